@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <exception>
+
+namespace base {
+
+/// The one error type of the system: a number that a caller can test and a text for a person. Thrown by operations whose
+/// failure the contract requires; caught at the trap of the procedure in which it happened.
+class Error : public std::exception
+{
+public:
+    Error(long number, QString description);
+
+    /// The number: one of `errors` below, or one of an outside component's own.
+    long number() const { return mNumber; }
+    const QString &description() const { return mDescription; }
+    const char *what() const noexcept override { return mWhat.constData(); }
+
+private:
+    long mNumber;
+    QString mDescription;
+    QByteArray mWhat;
+};
+
+/// Numbers as the users of late-bound objects know them.
+namespace errors {
+inline constexpr long invalidCall = 5;
+inline constexpr long overflow = 6;
+inline constexpr long subscriptOutOfRange = 9;
+inline constexpr long typeMismatch = 13;
+inline constexpr long fileNotFound = 53;
+inline constexpr long fileInputOutput = 57;
+inline constexpr long diskFull = 61;
+inline constexpr long permissionDenied = 70;
+inline constexpr long pathAccess = 75;
+inline constexpr long objectNotSet = 91;
+inline constexpr long invalidValue = 380;
+inline constexpr long noSuchMember = 438;
+inline constexpr long automation = 440;
+inline constexpr long duplicateKey = 457;
+inline constexpr long notPossible = 600;
+} // namespace errors
+
+} // namespace base
