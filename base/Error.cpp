@@ -3,8 +3,8 @@
 
 namespace base {
 
-Error::Error(long number, QString description)
-    : mNumber(number), mDescription(std::move(description)), mWhat(mDescription.toUtf8())
+Error::Error(long number, QString description, int line, const char *file)
+    : mNumber(number), mLine(line), mFile(file), mDescription(std::move(description)), mWhat(mDescription.toUtf8())
 {
 }
 
