@@ -56,7 +56,7 @@ static double leadingNumber(const QString &text)
 {
     static const QRegularExpression number(QStringLiteral("^\\s*([+-]?(\\d+\\.?\\d*|\\.\\d+)([eEdD][+-]?\\d+)?)"));
     const auto match = number.match(text);
-    return match.hasMatch() ? match.captured(1).replace(u'd', u'e', Qt::CaseInsensitive).toDouble() : 0.0;
+    return match.hasMatch() ? match.captured(1).replace(QChar(u'd'), QChar(u'e'), Qt::CaseInsensitive).toDouble() : 0.0;
 }
 
 static QString settingText(const QVariant &value)
@@ -158,12 +158,13 @@ void RemoveAttribute(IHTMLElement *e, const QString &Name)
 {
     const auto node = GetAttributeNode(e, Name);
     if (!node || !node->specified()) return;
-    // One step for a reader of the log: the value first, then the attribute, is how removal is told to work, and in one
-    // assignment nobody sees the way.
+    // The value goes first: an element that refuses the removal is then left with an empty one.
+    attempt([&] { node->setNodeValue(QString()); });
     attempt([&] {
         base::faults::check("IHTMLElement", "removeAttribute");
         e->removeAttribute(Name);
     });
+    if (e->nodeName() == QLatin1String("IMG")) return;
     attempt([&] { e->removeAttributeNode(*node); });
 }
 
