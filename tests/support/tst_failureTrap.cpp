@@ -503,6 +503,7 @@ private Q_SLOTS:
         QCOMPARE(parts("\"my prog\""), QStringList({"my prog", ""}));
         QCOMPARE(parts("\"open end"), QStringList({"open end", ""}));
         QCOMPARE(parts(""), QStringList({"", ""}));
+        QCOMPARE(twdClient::processCommandLine().programName, QCoreApplication::arguments().value(0));
     }
 };
 
