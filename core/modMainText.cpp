@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/modMainText.h"
 
-#include <QLocale>
 #include <optional>
 
 namespace modMain {
@@ -126,31 +125,6 @@ QString ReturnNonBody(const QString &CompleteDocument, const QString &NewBody)
     if (!place) return RemoveLeadingAndTrailingLineFeeds(CompleteDocument);
     return RemoveLeadingAndTrailingLineFeeds(CompleteDocument.left(place->begin) + NewBody +
                                              CompleteDocument.mid(place->end));
-}
-
-double LeadingNumber(const QString &Text)
-{
-    QString number = Text;
-    number.remove(QLatin1Char(' ')).remove(QLatin1Char('\t')).remove(QLatin1Char('\n'));
-    qsizetype end = 0;
-    const auto skipDigits = [&number](qsizetype at) {
-        while (at < number.size() && number[at] >= u'0' && number[at] <= u'9')
-            ++at;
-        return at;
-    };
-    const auto skipSign = [&number](qsizetype at) {
-        return at < number.size() && (number[at] == u'+' || number[at] == u'-') ? at + 1 : at;
-    };
-    end = skipDigits(skipSign(0));
-    if (end < number.size() && number[end] == u'.') end = skipDigits(end + 1);
-    if (end < number.size() && (number[end] == u'e' || number[end] == u'E')) {
-        const qsizetype exponent = skipSign(end + 1);
-        const qsizetype behind = skipDigits(exponent);
-        if (behind > exponent) end = behind;
-    }
-    bool isNumber = false;
-    const double value = QLocale::c().toDouble(number.left(end), &isNumber);
-    return isNumber ? value : 0;
 }
 
 QString RemoveLeadingAndTrailingLineFeeds(const QString &Text)

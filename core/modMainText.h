@@ -32,9 +32,6 @@ QString GetHrefFromOuterHTML(const QString &Text);
 QString ReturnBody(const QString &CompleteDocument);
 /// The document with another body; unchanged if it has no tags of a body.
 QString ReturnNonBody(const QString &CompleteDocument, const QString &NewBody);
-/// The number that a text begins with, 0 without one. Blanks around and between its signs don't count, what follows the
-/// number doesn't either; the decimal sign is the point, whatever the user's language.
-double LeadingNumber(const QString &Text);
 /// Removes every CR LF pair at the end, then every one at the start.
 QString RemoveLeadingAndTrailingLineFeeds(const QString &Text);
 

@@ -222,28 +222,6 @@ private Q_SLOTS:
         QCOMPARE(ReturnNonBody("<P>x</P>", "new"), "<P>x</P>");
     }
 
-    void numbersLeadTheirTexts_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<double>("number");
-        QTest::newRow("whole") << "12" << 12.0;
-        QTest::newRow("fraction") << "-0.5x" << -0.5;
-        QTest::newRow("no leading digit") << ".25" << 0.25;
-        QTest::newRow("unit") << "12px" << 12.0;
-        QTest::newRow("blanks") << "  1 2 " << 12.0;
-        QTest::newRow("exponent") << "1e3" << 1000.0;
-        QTest::newRow("no exponent") << "1em" << 1.0;
-        QTest::newRow("comma") << "1,5" << 1.0;
-        QTest::newRow("sign alone") << "-" << 0.0;
-        QTest::newRow("word") << "True" << 0.0;
-        QTest::newRow("empty") << "" << 0.0;
-    }
-    void numbersLeadTheirTexts()
-    {
-        QFETCH(QString, text);
-        QTEST(LeadingNumber(text), "number");
-    }
-
     void lineFeedsGoInPairs()
     {
         QCOMPARE(RemoveLeadingAndTrailingLineFeeds("\r\n\r\na\r\nb\r\n\r\n"), "a\r\nb");
