@@ -2,6 +2,7 @@
 #include "support/FailureTrap.h"
 
 #include "support/InstanceCounts.h"
+#include "support/LineTable.h"
 
 #include <cxxabi.h>
 #include <new>
@@ -17,6 +18,7 @@ struct Caught
     QString description;
     int line = 0;
     const char *file = nullptr;
+    base::StackPlaces stack = {};
 };
 
 QString foreignDescription()
@@ -31,7 +33,7 @@ Caught currentError()
     try {
         throw;
     } catch (const base::Error &error) {
-        return {error.number(), error.description(), error.line(), error.file()};
+        return {error.number(), error.description(), error.line(), error.file(), error.stack()};
     } catch (const std::bad_alloc &) {
         return {base::errors::outOfMemory, QStringLiteral("Out of memory")};
     } catch (const std::out_of_range &error) {
@@ -83,6 +85,17 @@ QString TrapFrame::makeDump()
     return wholeDump(mDumps ? mDumps->locals : QString(), members.text(), mDumps ? mDumps->parameters : QString());
 }
 
+std::optional<int> TrapFrame::lineOfCall(const base::StackPlaces &stack) const
+{
+    for (const base::StackPlace &place : stack) {
+        const std::optional<int> line = lineInFile(place.address, mFile);
+        if (line && *line >= mLine) return line;
+        // This object lies in the procedure's frame; what is further out are its callers.
+        if (place.frame > this) break;
+    }
+    return {};
+}
+
 FailureReport TrapFrame::makeReport()
 {
     const Caught error = currentError();
@@ -94,7 +107,7 @@ FailureReport TrapFrame::makeReport()
     // An error that was thrown in this file, behind the trap's line, was thrown by the procedure itself or by a helper
     // beside it, whose line says more than the call's.
     const bool thrownHere = error.file && std::strcmp(error.file, mFile) == 0 && error.line >= mLine;
-    report.line = thrownHere ? error.line : mLastLine;
+    report.line = thrownHere ? error.line : lineOfCall(error.stack).value_or(mLastLine);
 
     SupportVariables &variables = supportVariables();
     variables.twdErrorNumber = report.number;

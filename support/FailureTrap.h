@@ -34,8 +34,9 @@
 /// declared behind the variables that they name: while the stack unwinds they still see them, and write their dump
 /// then. On the way where nothing fails a trap is a handful of stores, a guard one store a variable.
 ///
-/// The line reported is that of the statement in the procedure that failed: the one that threw, or, if a function that
-/// it called did, the call's, as far as that function told it (`CallSite`); otherwise it is the trap's own line.
+/// The line reported is that of the statement in the procedure that failed. Where a function that it called threw, the
+/// calls that led to the error tell it, as long as the program carries its line table; without one, the last line that
+/// the procedure is known to have reached does (`CallSite`), and after that the trap's own line.
 namespace support {
 
 using ModuleDump = void (*)(VariableDump &);
@@ -51,10 +52,12 @@ public:
           mLastLine(line), mPrevious(sCurrent)
     {
         sCurrent = this;
+        ++base::errorStacksWanted;
     }
     ~TrapFrame()
     {
         sCurrent = mPrevious;
+        --base::errorStacksWanted;
         delete mDumps;
     }
     TrapFrame(const TrapFrame &) = delete;
@@ -84,6 +87,7 @@ private:
     };
 
     FailureReport makeReport();
+    std::optional<int> lineOfCall(const base::StackPlaces &stack) const;
     QString makeDump();
 
     const char *mModule, *mProcedure;
@@ -177,6 +181,12 @@ long currentErrorNumber() noexcept;
 /// Runs a body with errors ignored. The error's number is the test: 0 when all went well.
 template <class Body> long attempt(Body &&body) noexcept
 {
+    // Nobody will ask where an error came from; a trap inside counts anew.
+    struct Untraced
+    {
+        const int wanted = std::exchange(base::errorStacksWanted, 0);
+        ~Untraced() { base::errorStacksWanted = wanted; }
+    } untraced;
     try {
         body();
         return 0;

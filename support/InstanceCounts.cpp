@@ -135,6 +135,14 @@ twdClient::CommandLine twdClient::takeApart(const QString &commandLine)
     return parts;
 }
 
+twdClient::CommandLine twdClient::processCommandLine()
+{
+    QStringList words = QCoreApplication::arguments();
+    for (QString &word : words)
+        if (word.isEmpty() || word.contains(QLatin1Char(' '))) word = QLatin1Char('"') + word + QLatin1Char('"');
+    return takeApart(words.join(QLatin1Char(' ')));
+}
+
 void twdClient::setConnection(std::shared_ptr<TraceConnection> connection)
 {
     givenConnection() = std::move(connection);

@@ -97,6 +97,8 @@ public:
     /// A leading double quote is honoured: the program's name then ends at the next one. Blanks between the name and
     /// the arguments belong to neither.
     static CommandLine takeApart(const QString &commandLine);
+    /// The same for this process.
+    static CommandLine processCommandLine();
 
     /// Puts another connection in place of the default one (empty brings that back) and starts anew.
     static void setConnection(std::shared_ptr<TraceConnection> connection);

@@ -2,6 +2,7 @@
 #include "support/Debug.h"
 #include "support/FailureTrap.h"
 #include "support/InstanceCounts.h"
+#include "support/LineTable.h"
 #include "support/SettingsStore.h"
 
 #include <QApplication>
@@ -19,11 +20,32 @@ class Element;
 namespace {
 
 int failingLine = 0;
+int work = 0;
 
 int mayFail(bool fail, CallSite = {})
 {
     if (fail) throw std::runtime_error("call failed");
     return 1;
+}
+
+/// Stands for an operation of another folder: its error tells another file.
+void __attribute__((noinline)) failElsewhere(int depth)
+{
+    if (depth > 0)
+        failElsewhere(depth - 1);
+    else
+        throw base::Error(600, QStringLiteral("Not possible"), 1, "Elsewhere.cpp");
+    work += 1;
+}
+
+/// Is any call that led here known by its line?
+bool carriesLineTable()
+{
+    base::errorStacksWanted += 1;
+    const base::Error error(1, QString());
+    base::errorStacksWanted -= 1;
+    return std::any_of(error.stack().begin(), error.stack().end(),
+                       [](const base::StackPlace &place) { return lineInFile(place.address, __FILE__).has_value(); });
 }
 
 class Subject
@@ -69,6 +91,23 @@ public:
             mCount += 1;
         });
     }
+    void CallingElsewhere()
+    {
+        trap("Subject", "CallingElsewhere", this, [&] {
+            work += 1;
+            failingLine = __LINE__ + 1;
+            failElsewhere(3);
+            work += 2;
+        });
+    }
+    void CallingAttempt()
+    {
+        trap("Subject", "CallingAttempt", this, [&] {
+            if (attempt([] { failElsewhere(1); }) != 600) work = -1;
+            // The trap inside an attempt still knows its lines.
+            attempt([&] { CallingElsewhere(); });
+        });
+    }
     void Outer()
     {
         trap("Subject", "Outer", this, [&] {
@@ -103,7 +142,6 @@ void moduleProcedure()
 }
 
 /// What a trap costs is measured on a body that the compiler can't look through.
-int work = 0;
 void __attribute__((noinline)) trappedWork()
 {
     trap("modTest", "trappedWork", nullptr, [] { work += 1; });
@@ -262,6 +300,21 @@ private Q_SLOTS:
         QCOMPARE(mReports.at(0).line, failingLine);
         QCOMPARE(mReports.at(0).description, "call failed");
         QCOMPARE(subject.mCount, 4);
+    }
+
+    void theLineIsThatOfTheCallThatLedToTheError()
+    {
+        if (!carriesLineTable()) QSKIP("this build has no line table");
+        Subject subject;
+        subject.CallingElsewhere();
+        QCOMPARE(mReports.at(0).line, failingLine);
+        QCOMPARE(mReports.at(0).number, 600);
+        subject.CallingAttempt();
+        QCOMPARE(mReports.size(), 2u);
+        QCOMPARE(mReports.at(1).procedure, "CallingElsewhere");
+        QCOMPARE(mReports.at(1).line, failingLine);
+        QVERIFY(work > 0);
+        work = 0;
     }
 
     void theFailureDoesNotSpreadToTheCaller()
@@ -450,6 +503,7 @@ private Q_SLOTS:
         QCOMPARE(parts("\"my prog\""), QStringList({"my prog", ""}));
         QCOMPARE(parts("\"open end"), QStringList({"open end", ""}));
         QCOMPARE(parts(""), QStringList({"", ""}));
+        QCOMPARE(twdClient::processCommandLine().programName, QCoreApplication::arguments().value(0));
     }
 };
 
