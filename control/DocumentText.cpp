@@ -228,8 +228,6 @@ void DocumentText::UpdateInternalHTMLText()
         // While a load is under way there is nothing on the surface to copy, and the store has the text.
         if (mState.mLoadingEd || !mState.mLoaded) return;
         SetInternalHTMLText(GetVisualHTML(), false);
-        // What the store has now is what the surface shows.
-        mState.mHTMLSourceChanged = false;
     });
 }
 
