@@ -44,12 +44,10 @@ qsizetype Collection::place(const QVariant &indexOrKey) const
 {
     if (indexOrKey.typeId() == QMetaType::QString) {
         const auto found = mKeys.constFind(indexOrKey.toString().toCaseFolded());
-        if (found == mKeys.constEnd())
-            throw Error(errors::invalidCall, tr("Invalid procedure call or argument"));
+        if (found == mKeys.constEnd()) throw Error(errors::invalidCall, tr("Invalid procedure call or argument"));
         return found.value();
     }
-    if (!isNumber(indexOrKey))
-        throw Error(errors::typeMismatch, tr("Type mismatch"));
+    if (!isNumber(indexOrKey)) throw Error(errors::typeMismatch, tr("Type mismatch"));
     const double index = std::nearbyint(indexOrKey.toDouble());
     if (!(index >= 1 && index <= double(mItems.size())))
         throw Error(errors::subscriptOutOfRange, tr("Subscript out of range"));
@@ -59,8 +57,7 @@ qsizetype Collection::place(const QVariant &indexOrKey) const
 void Collection::renumber(qsizetype from)
 {
     for (qsizetype i = from; i < mFoldedKeys.size(); ++i) {
-        if (!mFoldedKeys.at(i).isEmpty())
-            mKeys.insert(mFoldedKeys.at(i), i);
+        if (!mFoldedKeys.at(i).isEmpty()) mKeys.insert(mFoldedKeys.at(i), i);
     }
 }
 
@@ -91,8 +88,7 @@ void Collection::Remove(const QVariant &IndexOrKey)
     const qsizetype at = place(IndexOrKey);
     mItems.removeAt(at);
     const QString key = mFoldedKeys.takeAt(at);
-    if (!key.isEmpty())
-        mKeys.remove(key);
+    if (!key.isEmpty()) mKeys.remove(key);
     renumber(at);
 }
 

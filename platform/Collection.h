@@ -43,7 +43,7 @@ private:
     void renumber(qsizetype from);
 
     QVariantList mItems;
-    QStringList mFoldedKeys; // one per item, empty without a key
+    QStringList mFoldedKeys;         // one per item, empty without a key
     QHash<QString, qsizetype> mKeys; // folded keys and the offsets of their items
 };
 

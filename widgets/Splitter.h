@@ -23,8 +23,8 @@ public:
     Qt::Orientation orientation() const { return mOrientation; }
     void setOrientation(Qt::Orientation orientation);
 
-    /// The pane becomes a child of the splitter. Null empties the place; the pane that stood there is hidden, and stays a
-    /// child until its owner moves it elsewhere or deletes it.
+    /// The pane becomes a child of the splitter. Null empties the place; the pane that stood there is hidden, and stays
+    /// a child until its owner moves it elsewhere or deletes it.
     void setPane1(QWidget *pane) { setPane(0, pane); }
     void setPane2(QWidget *pane) { setPane(1, pane); }
     QWidget *pane1() const { return mPanes[0]; }
