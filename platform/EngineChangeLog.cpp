@@ -11,6 +11,18 @@ namespace {
 
 using changes::ChangeTracker;
 
+ChangeDocumentWrapper &wrapper()
+{
+    static ChangeDocumentWrapper wrapper;
+    return wrapper;
+}
+
+std::function<void(const std::vector<int> &)> &batchObserver()
+{
+    static std::function<void(const std::vector<int> &)> observer;
+    return observer;
+}
+
 class Log final : public IHTMLChangeLog, private changes::Sink
 {
 public:
@@ -19,11 +31,13 @@ public:
     {
         if (mTracker) mTracker->dropLog(*mLog);
     }
-    void GetNextChange(char *Buffer, int Size, int &Needed) override
+    void GetNextChange(uint8_t *buffer, int size, int &needed) override
     {
-        Needed = mLog->isEmpty() ? 0 : int(mLog->front().size());
-        if (Size < Needed || Size == 0 || Needed == 0) return;
-        std::copy_n(mLog->front().constData(), Needed, Buffer);
+        needed = mLog->isEmpty() ? 0 : int(mLog->front().size());
+        if (needed == 0 && !mBatch.empty() && batchObserver()) batchObserver()(std::exchange(mBatch, {}));
+        if (needed == 0 || size < needed) return;
+        if (batchObserver()) mBatch.push_back(uchar(mLog->front()[0]));
+        std::copy_n(mLog->front().constData(), needed, buffer);
         mLog->pop();
     }
 
@@ -33,30 +47,48 @@ private:
     QPointer<ChangeTracker> mTracker;
     IHTMLChangeSink *mSink;
     base::Ref<changes::ChangeLog> mLog;
+    std::vector<int> mBatch; // kinds read since the log was last empty
 };
+
+/// An element as a markup pointer keeps it.
+std::shared_ptr<dom::Element> shared(const base::Ref<dom::Element> &element)
+{
+    return std::shared_ptr<dom::Element>(element.get(), [element](dom::Element *) {});
+}
 
 class Container final : public IMarkupContainer2
 {
 public:
     explicit Container(ChangeTracker *tracker) : mTracker(tracker) {}
-    std::unique_ptr<IHTMLChangeLog> CreateChangeLog(IHTMLChangeSink *Sink, bool, bool) override
+    void CreateChangeLog(IHTMLChangeSink *sink, std::unique_ptr<IHTMLChangeLog> &log, bool, bool) override
     {
-        return mTracker ? std::make_unique<Log>(*mTracker, Sink) : nullptr;
+        // The engine's records always play both ways.
+        log = mTracker ? std::make_unique<Log>(*mTracker, sink) : nullptr;
     }
-    int RegisterForDirtyRange(IHTMLChangeSink *) override { return mTracker ? mTracker->watchDirtyRange() : 0; }
-    void UnRegisterForDirtyRange(int Cookie) override
+    void RegisterForDirtyRange(IHTMLChangeSink *, int &cookie) override
     {
-        if (mTracker) mTracker->unwatchDirtyRange(Cookie);
+        cookie = mTracker ? mTracker->watchDirtyRange() : 0;
     }
-    void GetAndClearDirtyRange(int Cookie, IMarkupPointer &Start, IMarkupPointer &End) override
+    void UnRegisterForDirtyRange(int cookie) override
     {
-        if (!mTracker) return;
-        const ChangeTracker::DirtyRange range = mTracker->takeDirtyRange(Cookie);
-        Start.scope = range.first;
-        End.scope = range.last;
+        if (mTracker) mTracker->unwatchDirtyRange(cookie);
+    }
+    void GetAndClearDirtyRange(int cookie, std::unique_ptr<IMarkupPointer> &start,
+                               std::unique_ptr<IMarkupPointer> &end) override
+    {
+        const ChangeTracker::DirtyRange range = mTracker ? mTracker->takeDirtyRange(cookie) : ChangeTracker::DirtyRange{};
+        place(start, range.first);
+        place(end, range.last);
     }
 
 private:
+    static void place(std::unique_ptr<IMarkupPointer> &pointer, const base::Ref<dom::Element> &element)
+    {
+        if (element && pointer)
+            pointer->MoveToScope(shared(element));
+        else
+            pointer.reset();
+    }
     QPointer<ChangeTracker> mTracker;
 };
 
@@ -64,16 +96,16 @@ class Playback final : public IHTMLChangePlayback
 {
 public:
     explicit Playback(ChangeTracker *tracker) : mTracker(tracker) {}
-    void ExecChange(const QByteArray &Record, int Forward) override
+    void ExecChange(const QByteArray &record, int forward) override
     {
-        if (mTracker) mTracker->play(Record, Forward != 0);
+        if (mTracker) mTracker->play(record, forward != 0);
     }
 
 private:
     QPointer<ChangeTracker> mTracker;
 };
 
-class SurfaceDocument final : public ChangeDocument
+class SurfaceDocument final : public IChangeDocument
 {
 public:
     explicit SurfaceDocument(HTMLEditor &surface)
@@ -83,19 +115,33 @@ public:
     }
     std::shared_ptr<IMarkupContainer2> MarkupContainer() override { return mContainer; }
     std::shared_ptr<IHTMLChangePlayback> ChangePlayback() override { return mPlayback; }
-    bool IsControlRange() const override { return mSurface && mSurface->isControlSelected(); }
+    std::shared_ptr<IMarkupServices> MarkupServices() override { return mServices; }
+    bool IsControlRange() override { return mSurface && mSurface->isControlSelected(); }
 
 private:
     QPointer<HTMLEditor> mSurface;
     std::shared_ptr<Container> mContainer;
     std::shared_ptr<Playback> mPlayback;
+    std::shared_ptr<IMarkupServices> mServices = std::make_shared<IMarkupServices>();
 };
 
 } // namespace
 
-std::shared_ptr<ChangeDocument> changeDocument(HTMLEditor &surface)
+std::shared_ptr<IChangeDocument> changeDocument(HTMLEditor &surface)
 {
-    return std::make_shared<SurfaceDocument>(surface);
+    auto document = std::make_shared<SurfaceDocument>(surface);
+    if (wrapper()) return wrapper()(document);
+    return document;
+}
+
+void setChangeDocumentWrapper(ChangeDocumentWrapper newWrapper)
+{
+    wrapper() = std::move(newWrapper);
+}
+
+void setBatchObserver(std::function<void(const std::vector<int> &kinds)> observer)
+{
+    batchObserver() = std::move(observer);
 }
 
 } // namespace platform
