@@ -248,9 +248,9 @@ void FlatStrip::paintTab(QPainter &painter, const Tab &tab, bool selected, bool 
         painter.drawPath(path);
     }
     QColor text = selected ? colors.color(QPalette::Text) : colors.color(QPalette::WindowText);
-    // A back colour of the host's own may be as dark or light as the palette's text.
-    if (!selected && mBackColor.isValid() && qAbs(qGray(text.rgb()) - qGray(BackColor().rgb())) < 80)
-        text = qGray(BackColor().rgb()) < 128 ? Qt::white : Qt::black;
+    // A back colour of the host's own may be as dark or as light as the palette's text.
+    const bool onDark = qGray(BackColor().rgb()) < 128;
+    if (!selected && mBackColor.isValid() && onDark == (qGray(text.rgb()) < 128)) text = onDark ? Qt::white : Qt::black;
     if (!isEnabled()) text = colors.color(QPalette::Disabled, QPalette::WindowText);
     painter.setPen(text);
     const QRect inner = tab.rect.adjusted(sidePadding / 2, 0, -sidePadding / 2, 0);
