@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QMetaType>
 #include <QPointer>
 #include <QString>
 #include <memory>
@@ -109,3 +110,4 @@ Value readJson(const QString &text, qsizetype &position);
 Value parseJson(const QString &text);
 
 } // namespace platform
+Q_DECLARE_METATYPE(platform::Value)
