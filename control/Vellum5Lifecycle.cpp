@@ -151,9 +151,9 @@ void Vellum5::Initialise()
             path = QCoreApplication::applicationDirPath() + QStringLiteral("\\VellumKit5.ocx/waveyred.gif");
         state.mSpellImagePath = path;
         setShowPropertySheet(state.mShowPropertySheet);
-        mParts->txtHTMLSource->hotKeys().add(137, QKeySequence(Qt::CTRL | Qt::Key_A));
-        mParts->txtHTMLSource->hotKeys().removeAll(178);
-        mParts->txtHTMLSource->hotKeys().removeAll(169);
+        HotKeys::global().add(137, QKeySequence(Qt::CTRL | Qt::Key_A));
+        HotKeys::global().removeAll(178);
+        HotKeys::global().removeAll(169);
         for (const int option : {7, 8, 1}) mParts->ed->setNumberedOption(option, true);
         state.mHTMLSourceChanged = true;
         mParts->views.setEditView(EditViewEnum::hvVisualEdit);

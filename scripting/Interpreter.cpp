@@ -131,10 +131,12 @@ void Interpreter::execute(const Command &command)
         (*verb)(*this, words);
     } catch (...) {
         if (--mDepth == 0 && waits) settle();
+        if (mDepth == 0) skipSettle = false;
         throw;
     }
     --mDepth;
-    if (waits) settle();
+    if (waits && !skipSettle) settle();
+    if (mDepth == 0) skipSettle = false;
 }
 
 void Interpreter::runInHandler(const QString &command, const Event &event)
@@ -192,6 +194,12 @@ Interpreter::Target Interpreter::readPath(Words &words)
         platform::Path::read(words.line(), position, [this](const QString &name) { return named(name); });
     words.moveTo(position);
     return {path.root.isEmpty() ? objectValue(reinterpret_cast<QObject *>(&control())) : named(path.root), path};
+}
+
+Value Interpreter::readTarget(Words &words)
+{
+    const Target target = readPath(words);
+    return target.path.steps.empty() ? target.start : target.path.get(target.start);
 }
 
 MessageBox::Button Interpreter::answerBox(const MessageBox::Request &request)

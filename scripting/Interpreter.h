@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/DispatchPath.h"
+#include "platform/FileText.h"
 #include "platform/MessageBox.h"
 #include "scripting/Script.h"
 #include "scripting/ScriptHost.h"
@@ -59,6 +60,10 @@ public:
         platform::Path path;
     };
     Target readPath(Words &words);
+    /// The value that a path names.
+    platform::Value readTarget(Words &words);
+    ControlState &state() { return mHost->state(); }
+    Qt::MouseButtons heldPointer; ///< buttons that `press` holds down
 
     // Message boxes and reports
     QStringList takeBoxes() { return std::exchange(mBoxes, {}); }
@@ -66,8 +71,9 @@ public:
     std::vector<support::FailureReport> takeReports() { return std::exchange(mReports, {}); }
     QStringList takeDebugLines() { return std::exchange(mDebug, {}); }
 
-    bool waits = true;     ///< whether commands let happen what was posted
-    bool unexpected = false;
+    bool waits = true;       ///< whether commands let happen what was posted
+    bool skipSettle = false; ///< the command that is ending was told not to wait
+    platform::FileFormat fileFormat; ///< of the file opened last
     QString lastOutput() const { return mLastOutput; }
     QString &output() { return mOutput; }
     QString withFolder(QString text) const;

@@ -4,6 +4,7 @@
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
 #include "platform/Value.h"
+#include "support/VariableDump.h"
 
 #include <QObject>
 
@@ -14,6 +15,9 @@ platform::Value objectValue(QObject *object);
 platform::Value elementValue(dom::Element *element);
 platform::Value documentValue(dom::Document *document);
 platform::Value eventValue(dom::EventObject *event);
+platform::Value attributeValue(dom::AttributeNode *node);
+/// The value as a failure's dump would show it.
+support::DumpValue dumpOf(const platform::Value &value);
 /// The element behind a value; null if it is none.
 dom::Element *elementOf(const platform::Value &value);
 

@@ -39,13 +39,15 @@ void ScriptHost::makeControl(PropertyBag *bag)
     mRecords.clear();
     mControl = bag ? std::make_unique<Vellum5>(*bag, nullptr, this) : std::make_unique<Vellum5>();
     mSpy = std::make_unique<SignalSpy>(*mControl, [this](const Event &event) { heard(event); });
-    QObject::connect(&surface(), &surface::HTMLEditor::documentLoaded, mControl.get(), [this] { loaded(); });
+    QObject::connect(&surface(), &surface::HTMLEditor::documentLoaded, mControl.get(),
+                     [this](const QString &text) { loaded(text); });
     mControl->resize(1000, 800);
     show();
 }
 
-void ScriptHost::loaded()
+void ScriptHost::loaded(const QString &text)
 {
+    mLoadedText = text;
     mRecords.clear();
     if (changes::ChangeTracker *tracker = surface().tracker())
         tracker->onRecord = [this](const QByteArray &record) { mRecords.push_back(record); };
@@ -54,7 +56,6 @@ void ScriptHost::loaded()
 void ScriptHost::forgetHistory()
 {
     mBatches.clear();
-    mRecords.clear();
 }
 
 Vellum5 &ScriptHost::control() const

@@ -50,13 +50,15 @@ public:
     std::vector<std::vector<int>> takeBatches() { return std::exchange(mBatches, {}); }
     /// Every record of the document since its load, for a replay.
     const std::vector<QByteArray> &records() const { return mRecords; }
+    /// The text that the surface loaded last.
+    const QString &loadedText() const { return mLoadedText; }
     void forgetHistory();
 
 private:
     bool UserMode() const override { return mUserMode; }
     void PropertyChanged(const QString &Name) override { mPropertyChanges << Name; }
     void heard(const Event &event);
-    void loaded();
+    void loaded(const QString &text);
 
     struct Answer {
         std::vector<std::pair<QString, platform::Value>> arguments;
@@ -71,6 +73,7 @@ private:
     std::shared_ptr<ScriptedChangeLog> mScripted;
     std::vector<std::vector<int>> mBatches;
     std::vector<QByteArray> mRecords;
+    QString mLoadedText;
 };
 
 } // namespace scripting

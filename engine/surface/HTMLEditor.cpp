@@ -99,7 +99,7 @@ void HTMLEditor::finishLoad()
     mView->documentGone();
     mLoaded = std::make_unique<LoadedDocument>(std::move(document));
     mView->documentLoaded(*mLoaded);
-    Q_EMIT documentLoaded();
+    Q_EMIT documentLoaded(text);
     if (std::exchange(mFocusAtLoadEnd, false)) takeFocus();
     if (load->isNavigation) Q_EMIT navigateComplete();
     Q_EMIT documentComplete(url);

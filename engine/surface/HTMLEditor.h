@@ -92,8 +92,8 @@ public:
     dom::Element *elementAt(QPoint client) const;
 
 Q_SIGNALS:
-    /// A new document has taken the place of the old one; nobody has touched it yet.
-    void documentLoaded();
+    /// A new document, made of `text`, has taken the place of the old one; nobody has touched it yet.
+    void documentLoaded(const QString &text);
     void documentComplete(const QString &url);
     void beforeNavigate(const surface::Navigation &navigation, bool &cancel);
     void navigateComplete();
