@@ -4,6 +4,7 @@
 #include "base/Error.h"
 #include "platform/HotKeys.h"
 
+#include <QAccessible>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMimeData>
@@ -54,16 +55,16 @@ CodeMax::CodeMax(QWidget *parent) : QsciScintilla(parent)
     setUpKeys();
     setUpLooks();
     connect(this, &QsciScintillaBase::SCN_MODIFIED, this, [this](int, int type) {
-        if (!mSilent && type & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) {
-            mModified = true;
-            if (mEditDepth == 0) tellLater();
+        if (type & (SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE)) {
+            if (!mSilent) mModified = true;
+            if (mEditDepth == 0) tellLater(); // what comes after it is over before the call is made
         }
     });
+    chooseNotices();
     // Comes late, with the next painting; it is for moves that no event or call of ours brings.
     connect(this, &QsciScintillaBase::SCN_UPDATEUI, this, [this] {
         if (mEditDepth == 0 && selectionBytes() != mToldSelection) tellLater();
     });
-    connect(this, &QsciScintilla::linesChanged, this, [this] { fitLineNumbers(); });
 }
 
 CodeMax::~CodeMax() = default;
@@ -87,9 +88,25 @@ QString CodeMax::cleaned(QString text)
 
 // Signals
 
+/// QScintilla answers the notice of a change with an event for assistive technology, for which it counts all characters
+/// in front, also while nobody is there to receive it. So that notice is asked for only when somebody is; we ourselves
+/// listen to the one before the change.
+void CodeMax::chooseNotices()
+{
+    // The marks of who did it and how are part of the mask: each of them alone would bring the notice.
+    constexpr long after = SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT | SC_PERFORMED_USER | SC_PERFORMED_UNDO |
+                           SC_PERFORMED_REDO | SC_MULTISTEPUNDOREDO | SC_LASTSTEPINUNDOREDO | SC_MULTILINEUNDOREDO |
+                           SC_STARTACTION;
+    const long now = send(SCI_GETMODEVENTMASK);
+    const long wanted =
+        (QAccessible::isActive() ? now | after : now & ~after) | SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE;
+    if (wanted != now) send(SCI_SETMODEVENTMASK, static_cast<unsigned long>(wanted));
+}
+
 void CodeMax::tell()
 {
     const QPointer<CodeMax> self(this);
+    fitLineNumbers();
     const bool moved = selectionBytes() != mToldSelection;
     mToldSelection = selectionBytes();
     if (std::exchange(mModified, false)) Q_EMIT Change();
@@ -165,16 +182,20 @@ void CodeMax::setText(const QString &text)
     const QString clean = cleaned(text);
     const bool readOnly = isReadOnly();
     const bool silent = std::exchange(mSilent, true);
+    ++mEditDepth;
+    chooseNotices();
     if (readOnly) send(SCI_SETREADONLY, 0);
     send(SCI_BEGINUNDOACTION);
     const bool changed = replaceDifference(clean.toUtf8());
     send(SCI_ENDUNDOACTION);
     if (readOnly) send(SCI_SETREADONLY, 1);
     mSilent = silent;
+    --mEditDepth;
     if (!changed) return;
     takeLineEnds(clean);
     send(SCI_GOTOPOS, 0);
     mToldSelection = selectionBytes();
+    fitLineNumbers();
 }
 
 void CodeMax::ClearUndo()

@@ -152,6 +152,7 @@ private:
 
     /// Runs a part of an edit; the outermost tells of the whole.
     template <class Edit> void edit(Edit edit);
+    void chooseNotices();
     void tell();
     void tellLater();
     long send(unsigned int message, unsigned long wParam = 0, long lParam = 0) const;
@@ -196,7 +197,7 @@ private:
 template <class Edit> void CodeMax::edit(Edit edit)
 {
     const QPointer<CodeMax> self(this); // what an event calls may delete the editor
-    ++mEditDepth;
+    if (mEditDepth++ == 0) chooseNotices();
     edit();
     if (!self) return;
     if (--mEditDepth == 0) tell();
