@@ -2,8 +2,10 @@
 #include "platform/CodeMax.h"
 
 #include "base/Error.h"
+#include "platform/CodeMaxAccessible.h"
 #include "platform/HotKeys.h"
 
+#include <QAccessible>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMimeData>
@@ -47,23 +49,26 @@ bool isContinuation(char byte)
 
 CodeMax::CodeMax(QWidget *parent) : QsciScintilla(parent)
 {
+    CodeMaxAccessible::install();
     setUtf8(true);
     setEolMode(EolWindows);
     send(SCI_ALLOCATELINECHARACTERINDEX, SC_LINECHARACTERINDEX_UTF16);
     send(SCI_USEPOPUP, 0);
     setUpKeys();
     setUpLooks();
-    connect(this, &QsciScintillaBase::SCN_MODIFIED, this, [this](int, int type) {
-        if (!mSilent && type & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) {
-            mModified = true;
-            if (mEditDepth == 0) tellLater();
-        }
-    });
+    // QScintilla answers the notice that follows a change with an event for assistive technology, for which it counts
+    // all characters in front, also while nobody is there to receive it. So we have only the one before the change
+    // sent. The marks of who did it and how are part of the mask: each of them alone would bring the other.
+    constexpr long after = SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT | SC_PERFORMED_USER | SC_PERFORMED_UNDO |
+                           SC_PERFORMED_REDO | SC_MULTISTEPUNDOREDO | SC_LASTSTEPINUNDOREDO | SC_MULTILINEUNDOREDO |
+                           SC_STARTACTION;
+    const long notices = (send(SCI_GETMODEVENTMASK) & ~after) | SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE;
+    send(SCI_SETMODEVENTMASK, static_cast<unsigned long>(notices));
+    connect(this, &QsciScintillaBase::SCN_MODIFIED, this, &CodeMax::noteChange);
     // Comes late, with the next painting; it is for moves that no event or call of ours brings.
     connect(this, &QsciScintillaBase::SCN_UPDATEUI, this, [this] {
         if (mEditDepth == 0 && selectionBytes() != mToldSelection) tellLater();
     });
-    connect(this, &QsciScintilla::linesChanged, this, [this] { fitLineNumbers(); });
 }
 
 CodeMax::~CodeMax() = default;
@@ -87,13 +92,36 @@ QString CodeMax::cleaned(QString text)
 
 // Signals
 
+void CodeMax::noteChange(int position, int type, const char *text, int length)
+{
+    if (!(type & (SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE))) return;
+    if (!mSilent) mModified = true;
+    if (mEditDepth == 0) tellLater(); // what comes after it is over before the call is made
+    if (!QAccessible::isActive()) return;
+    const int offset = offsetOfByte(position);
+    if (type & SC_MOD_BEFOREDELETE) {
+        QAccessibleTextRemoveEvent event(this, offset, textOf(position, position + length));
+        QAccessible::updateAccessibility(&event);
+    } else if (text) {
+        QAccessibleTextInsertEvent event(this, offset, decoded(text, length));
+        QAccessible::updateAccessibility(&event);
+    }
+}
+
 void CodeMax::tell()
 {
     const QPointer<CodeMax> self(this);
+    fitLineNumbers();
     const bool moved = selectionBytes() != mToldSelection;
     mToldSelection = selectionBytes();
     if (std::exchange(mModified, false)) Q_EMIT Change();
-    if (self && moved) Q_EMIT SelChange();
+    if (!self || !moved) return;
+    if (QAccessible::isActive()) {
+        const CodeMaxRange range = GetSel(false);
+        QAccessibleTextCursorEvent event(this, OffsetOf({range.EndLineNo, range.EndColNo}));
+        QAccessible::updateAccessibility(&event);
+    }
+    Q_EMIT SelChange();
 }
 
 void CodeMax::tellLater()
@@ -165,16 +193,19 @@ void CodeMax::setText(const QString &text)
     const QString clean = cleaned(text);
     const bool readOnly = isReadOnly();
     const bool silent = std::exchange(mSilent, true);
+    ++mEditDepth;
     if (readOnly) send(SCI_SETREADONLY, 0);
     send(SCI_BEGINUNDOACTION);
     const bool changed = replaceDifference(clean.toUtf8());
     send(SCI_ENDUNDOACTION);
     if (readOnly) send(SCI_SETREADONLY, 1);
     mSilent = silent;
+    --mEditDepth;
     if (!changed) return;
     takeLineEnds(clean);
     send(SCI_GOTOPOS, 0);
     mToldSelection = selectionBytes();
+    fitLineNumbers();
 }
 
 void CodeMax::ClearUndo()
@@ -263,6 +294,23 @@ int CodeMax::offsetOfByte(long position) const
     const CodeMaxPosition place = positionOfByte(position);
     const auto line = static_cast<unsigned long>(place.LineNo);
     return int(send(SCI_INDEXPOSITIONFROMLINE, line, SC_LINECHARACTERINDEX_UTF16)) + place.ColNo;
+}
+
+QString CodeMax::TextBetween(int start, int end) const
+{
+    return textOf(byteOf(start), byteOf(end));
+}
+
+int CodeMax::OffsetAt(const QPoint &point) const
+{
+    const QPoint inside = viewport()->mapFrom(this, point);
+    const long at = send(SCI_POSITIONFROMPOINTCLOSE, static_cast<unsigned long>(inside.x()), inside.y());
+    return at < 0 ? -1 : offsetOfByte(at);
+}
+
+void CodeMax::ScrollTo(int start, int end)
+{
+    send(SCI_SCROLLRANGE, static_cast<unsigned long>(byteOf(end)), byteOf(start));
 }
 
 CodeMaxPosition CodeMax::PositionOf(int offset) const

@@ -80,6 +80,8 @@ public:
     int LineCount() const;
     /// The text of a line from 0, without its end; "" beyond the last.
     QString LineText(int line) const;
+    /// The text from one offset to another.
+    QString TextBetween(int start, int end) const;
     CodeMaxPosition PositionOf(int offset) const;
     int OffsetOf(const CodeMaxPosition &position) const;
 
@@ -87,6 +89,11 @@ public:
     quintptr hWnd() const { return quintptr(winId()); }
     /// The character's rectangle in pixels of this widget; empty where the line isn't in view.
     QRect PosToRect(int line, int column) const;
+
+    /// The offset nearest to a point in pixels of this widget; -1 where no text is.
+    int OffsetAt(const QPoint &point) const;
+    /// Brings a stretch of text into view, its start before its end.
+    void ScrollTo(int start, int end);
 
     bool CanUndo() const;
     bool CanRedo() const;
@@ -152,6 +159,7 @@ private:
 
     /// Runs a part of an edit; the outermost tells of the whole.
     template <class Edit> void edit(Edit edit);
+    void noteChange(int position, int type, const char *text, int length);
     void tell();
     void tellLater();
     long send(unsigned int message, unsigned long wParam = 0, long lParam = 0) const;

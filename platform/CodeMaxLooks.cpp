@@ -102,7 +102,8 @@ void CodeMax::applyPalette()
     mLexer->setColor(text);
     mLexer->setFont(font);
     using Lexer = QsciLexerHTML;
-    for (const int style : {Lexer::HTMLComment, Lexer::SGMLComment, Lexer::JavaScriptComment})
+    for (const int style :
+         {Lexer::HTMLComment, Lexer::SGMLComment, Lexer::JavaScriptComment, Lexer::JavaScriptCommentLine})
         mLexer->setColor(colors.comment, style);
     for (const int style :
          {Lexer::HTMLDoubleQuotedString, Lexer::HTMLSingleQuotedString, Lexer::SGMLDoubleQuotedString,
@@ -120,7 +121,10 @@ void CodeMax::applyPalette()
     setSelectionBackgroundColor(palette().color(QPalette::Highlight));
     setSelectionForegroundColor(palette().color(QPalette::HighlightedText));
     setMarginsBackgroundColor(palette().color(QPalette::Window));
-    setMarginsForegroundColor(palette().color(QPalette::PlaceholderText));
+    // Scintilla takes no translucent colours; the palette's placeholder is one.
+    const QColor margin = palette().color(QPalette::Window), number = palette().color(QPalette::WindowText);
+    setMarginsForegroundColor(QColor((2 * number.red() + margin.red()) / 3, (2 * number.green() + margin.green()) / 3,
+                                     (2 * number.blue() + margin.blue()) / 3));
     setMarginsFont(font);
     mNumberDigits = 0;
     fitLineNumbers();

@@ -3,6 +3,7 @@
 #include "platform/CodeMax.h"
 #include "platform/HotKeys.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
@@ -402,6 +403,32 @@ private Q_SLOTS:
         QCoreApplication::sendEvent(editor.viewport(), &event);
         QCOMPARE(menu.count(), 1);
         QVERIFY(!QApplication::activePopupWidget());
+    }
+
+    void assistiveToolsReadAndEdit()
+    {
+        CodeMax editor;
+        editor.setText(u("a😀b\r\nsecond"));
+        showActive(editor);
+        QAccessibleInterface *seen = QAccessible::queryAccessibleInterface(&editor);
+        QCOMPARE(seen->role(), QAccessible::EditableText);
+        QVERIFY(seen->state().multiLine && seen->state().editable);
+        QAccessibleTextInterface *text = seen->textInterface();
+        QVERIFY(text);
+        QCOMPARE(text->characterCount(), 12);
+        QCOMPARE(text->text(3, 8), QString("b\r\nse"));
+        int start = 0, end = 0;
+        QCOMPARE(text->textAtOffset(7, QAccessible::LineBoundary, &start, &end), QString("second"));
+        QCOMPARE(start, 6);
+        QCOMPARE(end, 12);
+        QCOMPARE(text->textBeforeOffset(7, QAccessible::LineBoundary, &start, &end), u("a😀b\r\n"));
+        text->setSelection(0, 6, 9);
+        QCOMPARE(editor.SelText(), QString("sec"));
+        QCOMPARE(text->cursorPosition(), 9);
+        const QRect place = text->characterRect(6);
+        QCOMPARE(text->offsetAtPoint(place.center() - QPoint(2, 0)), 6);
+        seen->editableTextInterface()->replaceText(6, 12, "x");
+        QCOMPARE(editor.Text(), u("a😀b\r\nx"));
     }
 
     void screenshots()
