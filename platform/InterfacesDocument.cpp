@@ -33,7 +33,8 @@ Value elementFromPoint(Document &document, Arguments &arguments)
 /// By a number or by an id; what isn't there is Nothing.
 Value itemOf(dom::ElementCollection &collection, const Value &key)
 {
-    if (key.isString()) return valueOf(collection.item(key.toString()));
+    // Elements without an id aren't found by an empty one.
+    if (key.isString()) return key.toString().isEmpty() ? Value::nothing() : valueOf(collection.item(key.toString()));
     const int index = key.toInt();
     return index < 0 ? Value::nothing() : valueOf(collection.item(uint32_t(index)));
 }
