@@ -219,7 +219,13 @@ Position Content::settled(const Position &p) const
     return p;
 }
 
-Position Content::normalised(const Position &given) const
+bool Content::delimitsLines(const Node &node) const
+{
+    const Element *element = node.asElement();
+    return element && mRendering.isDisplayed(*element) && (isBlock(*element) || holdsLines(*element));
+}
+
+Position Content::normalised(const Position &given, Between between) const
 {
     Position p = outOfObjects(given);
     const Item next = after(p), previous = before(p);
@@ -246,6 +252,7 @@ Position Content::normalised(const Position &given) const
     Element *around = container(p);
     if (around && isEmpty(*around) && !isTableStructure(*around)) return {around, p.node == around ? p.offset : 0};
     for (const bool forward : {true, false}) {
+        if (between == (forward ? Between::RangeEnd : Between::RangeStart)) continue;
         Item item = forward ? right : left;
         while (item.kind == Item::Kind::Edge && item.start == forward) {
             Element &block = *item.element();

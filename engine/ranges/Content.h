@@ -77,6 +77,8 @@ public:
     bool isLineEmpty(const Position &p) const;
     /// Whether `block` shows nothing at all: no text, break, object or cell.
     bool isEmpty(const dom::Element &block) const;
+    /// Whether lines end at the node: a block, a rule, an inline element around blocks.
+    bool delimitsLines(const dom::Node &node) const;
     /// Whether the caret can stand in it though it is empty: held open, a cell, an item, the limit itself.
     bool takesCaretEmpty(const dom::Element &block) const;
 
@@ -84,7 +86,9 @@ public:
     /// show, behind the character in front of it, else in front of the one behind it, else beside the object. Between
     /// blocks it is the start of the one that follows, else the end of the one before; where there is none either, `p`
     /// itself.
-    Position normalised(const Position &p) const;
+    /// A range's start looks forward only, and its end backward only; they stay where no text takes them.
+    enum class Between : uint8_t { Caret, RangeStart, RangeEnd };
+    Position normalised(const Position &p, Between between = Between::Caret) const;
     /// Whether a caret can stand there and be seen.
     bool isCaretPlace(const Position &p) const;
 
