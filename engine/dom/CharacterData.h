@@ -54,16 +54,19 @@ private:
 class DocumentType final : public Node
 {
 public:
-    /// `source` is what stands between "<!" and ">", as written.
-    DocumentType(Document &document, QString source)
-        : Node(document, NodeType::DocumentType), mSource(std::move(source))
+    /// `source` is what stands between "<!" and ">", as written; `spaceBehind` the white space that follows it, which HTML
+    /// would drop and a person would miss.
+    DocumentType(Document &document, QString source, QString spaceBehind)
+        : Node(document, NodeType::DocumentType), mSource(std::move(source)), mSpaceBehind(std::move(spaceBehind))
     {
     }
     const QString &source() const { return mSource; }
+    const QString &spaceBehind() const { return mSpaceBehind; }
     QString nodeName() const override { return QStringLiteral("!doctype"); }
 
 private:
     QString mSource;
+    QString mSpaceBehind;
 };
 
 } // namespace dom

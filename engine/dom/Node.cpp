@@ -169,8 +169,10 @@ Ref<Node> copyOf(const Node &node)
         const auto &comment = static_cast<const Comment &>(node);
         return base::make<Comment>(document, comment.data(), comment.form());
     }
-    case NodeType::DocumentType:
-        return base::make<DocumentType>(document, static_cast<const DocumentType &>(node).source());
+    case NodeType::DocumentType: {
+        const auto &doctype = static_cast<const DocumentType &>(node);
+        return base::make<DocumentType>(document, doctype.source(), doctype.spaceBehind());
+    }
     default: return base::make<DocumentFragment>(document);
     }
 }

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "control/Changes.h"
+
+#include "control/SurfaceEvents.h"
+#include "core/Host.h"
+#include "engine/changes/EditScope.h"
+#include "engine/css/StyleObject.h"
+#include "platform/CodeMax.h"
+#include "platform/EngineChangeLog.h"
+#include "support/FailureTrap.h"
+#include "undo/ChangeManager.h"
+
+using support::Parameters;
+using support::trap;
+
+namespace {
+
+constexpr char module[] = "Vellum5";
+constexpr int sourceUndo = 129;
+constexpr int sourceRedo = 139;
+
+bool isDesign(EditViewEnum view)
+{
+    return view == EditViewEnum::hvVisualEdit;
+}
+
+} // namespace
+
+Changes::Changes(ControlState &state, Host &host, HTMLEditor &surface, CodeMax &source, SurfaceEvents &events)
+    : mState(state), mHost(host), ed(surface), txtHTMLSource(source), mEvents(events)
+{
+}
+
+void Changes::CreateNewChangeManager()
+{
+    trap(module, "CreateNewChangeManager", &mState, [&] {
+        KillChangeManager();
+        if (!mState.mLoaded) return;
+        mState.mChangeManager = std::make_unique<ChangeManager>();
+        ChangeManager &manager = *mState.mChangeManager;
+        QObject::connect(&manager, &ChangeManager::Changed, &mEvents, &SurfaceEvents::mChangeManager_Changed);
+        QObject::connect(&manager, &ChangeManager::ElementChanged, &mEvents,
+                         &SurfaceEvents::mChangeManager_ElementChanged);
+        manager.Initialise(platform::changeDocument(ed));
+    });
+}
+
+void Changes::KillChangeManager()
+{
+    trap(module, "KillChangeManager", &mState, [&] {
+        if (mState.mTerminated || !mState.mChangeManager) return;
+        mState.mChangeManager->Terminate();
+        mState.mChangeManager.reset();
+    });
+}
+
+void Changes::StartUndoBlock(bool Merge, bool PrivateBlock)
+{
+    trap(module, "StartUndoBlock", &mState, [&] {
+        Parameters parameters("Merge", Merge, "PrivateBlock", PrivateBlock);
+        if (!mState.mChangeManager) return;
+        // What waits happened before the block and isn't part of it.
+        changes::Waiting::tell();
+        mState.mChangeManager->StartUndoBlock(Merge, PrivateBlock);
+    });
+}
+
+void Changes::EndUndoBlock(bool Deferred)
+{
+    trap(module, "EndUndoBlock", &mState, [&] {
+        Parameters parameters("Deferred", Deferred);
+        if (!mState.mChangeManager) return;
+        if (!Deferred) mState.mChangeManager->Flush();
+        mState.mChangeManager->EndUndoBlock(Deferred);
+    });
+}
+
+void Changes::FlushChanges()
+{
+    trap(module, "FlushChanges", &mState, [&] {
+        if (mState.mChangeManager) mState.mChangeManager->Flush();
+    });
+}
+
+void Changes::ResetUndo()
+{
+    trap(module, "ResetUndo", &mState, [&] {
+        if (mHost.mDoc()) CreateNewChangeManager();
+    });
+}
+
+void Changes::Undo()
+{
+    trap(module, "Undo", &mState, [&] {
+        if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit) {
+            txtHTMLSource.ExecuteCmd(sourceUndo);
+        } else {
+            changes::Waiting::tell();
+            if (mState.mChangeManager) {
+                mState.mChangeManager->Undo();
+                mState.mChangeManager->Flush();
+            } else {
+                ed.undo();
+            }
+            // An undo can bring back the highlight of a cell selection.
+            if (IHTMLDocument2 *document = mHost.mDoc())
+                for (IHTMLElement *cell : document->elementsNamed("td"))
+                    if (cell->rareDataIfAny() && cell->rareDataIfAny()->runtimeStyle)
+                        cell->runtimeStyle()->setCssText(QString());
+        }
+        mEvents.ed_CommandStateChange(-1, true);
+        mEvents.RaiseChangeEvent(true);
+    });
+}
+
+void Changes::Redo()
+{
+    trap(module, "Redo", &mState, [&] {
+        if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit) {
+            txtHTMLSource.ExecuteCmd(sourceRedo);
+        } else {
+            changes::Waiting::tell();
+            if (mState.mChangeManager) {
+                mState.mChangeManager->Redo();
+                mState.mChangeManager->Flush();
+            } else {
+                ed.redo();
+            }
+        }
+        mEvents.ed_CommandStateChange(-1, true);
+    });
+}
+
+bool Changes::UndoEnabled() const
+{
+    return trap<bool>(module, "UndoEnabled", &mState, [&](bool &Result) {
+        if (isDesign(mState.mCurrentEditView))
+            Result = mState.mChangeManager ? mState.mChangeManager->UndoCount() >= 1 : ed.queryStatus(43) == 2;
+        else if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit)
+            Result = txtHTMLSource.CanUndo();
+    });
+}
+
+bool Changes::RedoEnabled() const
+{
+    return trap<bool>(module, "RedoEnabled", &mState, [&](bool &Result) {
+        if (isDesign(mState.mCurrentEditView))
+            Result = mState.mChangeManager ? mState.mChangeManager->RedoCount() >= 1 : ed.queryStatus(29) == 2;
+        else if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit)
+            Result = txtHTMLSource.CanRedo();
+    });
+}

@@ -1,0 +1,386 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "control/DocumentText.h"
+
+#include "core/Host.h"
+#include "core/modMain.h"
+#include "engine/changes/EditScope.h"
+#include "engine/css/StyleObject.h"
+#include "engine/css/StyleSheetObject.h"
+#include "engine/html/Parser.h"
+#include "platform/CodeMax.h"
+#include "platform/FileHelper.h"
+#include "platform/HttpHelper.h"
+#include "platform/MessageBox.h"
+#include "support/FailureTrap.h"
+
+#include <QCoreApplication>
+
+using support::Parameters;
+using support::trap;
+
+namespace {
+
+constexpr char module[] = "Vellum5";
+
+const QString helpNamespace = QStringLiteral("http://msdn.microsoft.com/mshelp");
+/// The byte order mark of UTF-8 as a parser shows it that reads it as windows-1252.
+const QString shownMark = QStringLiteral("\u00EF\u00BB\u00BF");
+
+QString misspellingRule(const QString &picture)
+{
+    return QStringLiteral("BACKGROUND-POSITION: left bottom; BACKGROUND-IMAGE: url('res://") + picture +
+           QStringLiteral("'); BACKGROUND-REPEAT: repeat-x; isStyleInternal: True");
+}
+
+bool startsWith(const QString &text, const char *with)
+{
+    return text.startsWith(QLatin1String(with), Qt::CaseInsensitive);
+}
+
+const QString navigatingKey = QStringLiteral("AppEvents\\Schemes\\Apps\\Explorer\\Navigating\\.current");
+
+} // namespace
+
+DocumentText::DocumentText(ControlState &state, Host &host, HTMLEditor &ed, CodeMax &source)
+    : mState(state), mHost(host), ed(ed), txtHTMLSource(source)
+{
+}
+
+// In
+
+void DocumentText::setDocumentHTML(const QString &Text)
+{
+    trap(module, "DocumentHTML", &mState, [&] {
+        Parameters parameters("Text", Text);
+        SetInternalHTMLText(Text, true);
+        UpdateCurrentView(true);
+        // The call cleared the flag; in the source view the surface still holds the old text.
+        if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit) mState.mHTMLSourceChanged = true;
+    });
+}
+
+void DocumentText::setBodyText(const QString &Text)
+{
+    trap(module, "BodyText", &mState, [&] { setDocumentHTML(AddHTMLWrapper(Text)); });
+}
+
+QString DocumentText::BodyText()
+{
+    return trap<QString>(module, "BodyText", &mState,
+                         [&](QString &Result) { Result = modMain::ReturnBody(DocumentHTML()); });
+}
+
+void DocumentText::SetInternalHTMLText(QString Text, bool ClearUndo)
+{
+    trap(module, "SetInternalHTMLText", &mState, [&] {
+        Parameters parameters("Text", Text, "ClearUndo", ClearUndo);
+        Text.remove(QStringLiteral("<?xml:namespace prefix = mshelp />"), Qt::CaseInsensitive);
+        Text.remove(QStringLiteral("<?xml:namespace prefix = mshelp ns = \"%1\" />").arg(helpNamespace),
+                    Qt::CaseInsensitive);
+        const bool bodyMode = mState.mBodyMode;
+        txtHTMLSource.setText(bodyMode ? FormatHTML(modMain::ReturnBody(Text), true) : FormatHTML(Text, false));
+        mState.mHTMLSourceChanged = true;
+        if (ClearUndo) txtHTMLSource.ClearUndo();
+    });
+}
+
+QString DocumentText::GetInternalHTMLText() const
+{
+    return txtHTMLSource.Text();
+}
+
+QString DocumentText::FormatHTML(const QString &Text, bool IsBody)
+{
+    Q_UNUSED(IsBody);
+    return Text; // the formatter's place
+}
+
+void DocumentText::SetedDocumentHTML(const QString &Text)
+{
+    trap(module, "SetedDocumentHTML", &mState, [&] {
+        Parameters parameters("Text", Text);
+        if (!mState.mInitialised) return;
+        mState.mLoadingEd = true;
+        ShutDownBeforeReload();
+        mState.mRespondToDocumentComplete = true;
+        if (mState.mBodyMode)
+            ed.setDocumentText(AddHTMLWrapper(modMain::ReturnBody(Text)));
+        else if (!mState.mBOM.isEmpty() && !Text.startsWith(shownMark))
+            ed.setDocumentText(mState.mBOM + Text);
+        else
+            ed.setDocumentText(Text);
+    });
+}
+
+void DocumentText::ShutDownBeforeReload()
+{
+    trap(module, "ShutDownBeforeReload", &mState, [&] {
+        mState.mSpellChoiceElement = nullptr;
+        KillChangeManager();
+        mState.mLoaded = false;
+    });
+}
+
+QString DocumentText::AddHTMLWrapper(const QString &Text)
+{
+    return trap<QString>(module, "AddHTMLWrapper", &mState, [&](QString &Result) {
+        const bool editable = mState.mEditMode == 1 && mState.mCurrentEditView == EditViewEnum::hvVisualEdit;
+        const QStringList lines = {
+            QStringLiteral("<!doctype HTML PUBLIC \"-//W3C//DTD HTML 4.0 Transitional//EN\">"),
+            QStringLiteral("<HTML xmlns:MSHelp=\"%1\">").arg(helpNamespace),
+            QStringLiteral("<HEAD>"),
+            QStringLiteral("<META HTTP-EQUIV=\"Content-Type\" CONTENT=\"text/html; CHARSET=UTF-8\">"),
+            StyleSheetLinks() + QStringLiteral("<BASE href=\"") + mState.mBaseURL +
+                QStringLiteral("\"/><script>function lxOnError() { return true; } window.onerror = lxOnError;</script>"
+                               "</HEAD>"),
+            QStringLiteral("<BODY contenteditable=\"%1\" id=\"bodyelement\">")
+                .arg(editable ? QStringLiteral("true") : QStringLiteral("false")),
+            Text,
+            QStringLiteral("</BODY>"),
+            QStringLiteral("</HTML>"),
+        };
+        Result = lines.join(QStringLiteral("\r\n"));
+    });
+}
+
+QString DocumentText::StyleSheetLinks()
+{
+    return trap<QString>(module, "StyleSheetLinks", &mState, [&](QString &Result) {
+        // COMPAT: the rule's closing brace is missing; the comment's end follows at once.
+        Result = QStringLiteral("<style><!-- SPAN.lxMisspelled { ") + misspellingRule(mState.mSpellImagePath) +
+                 QStringLiteral(" --></style>");
+        if (!mState.mStylesheets) return;
+        for (int i = 1; i <= mState.mStylesheets->Count(); ++i)
+            Result += QStringLiteral("    <link rel=\"stylesheet\" href=\"") + mState.mStylesheets->Item(i).toString() +
+                      QStringLiteral("\" type=\"text/css\">\r\n");
+    });
+}
+
+// The load ends
+
+bool DocumentText::isActive() const
+{
+    return ed.editMode() != dom::EditMode::Browse || ed.autoSelectEditableSpans();
+}
+
+void DocumentText::ed_DocumentComplete(const QString &URL)
+{
+    trap(module, "ed_DocumentComplete", &mState, [&] {
+        Parameters parameters("URL", URL);
+        mState.mLoadingEd = false;
+        if (mState.mRespondToDocumentComplete && !mState.mTerminating && !mState.mTerminated) {
+            mState.mLoaded = true;
+            if (isActive()) CreateNewChangeManager();
+            if (!mState.mBodyMode) {
+                if (URL != QLatin1String("about:blank")) addMisspellingStyle();
+            } else {
+                addBodyModeStyles();
+            }
+            if (isActive()) mHost.raiseDocumentComplete();
+        }
+        mState.mHTMLEdIsDirty = false;
+        mState.mDirty = false;
+        ResetNavSound();
+    });
+}
+
+void DocumentText::addMisspellingStyle()
+{
+    css::StyleSheetObject *sheet = mDoc()->styles->createStyleSheet(*mDoc(), QString());
+    sheet->setCssText(QStringLiteral("SPAN.lxMisspelled {") + misspellingRule(mState.mSpellImagePath) + u'}');
+}
+
+/// Style sheets written for a page whose content lies in a `div#pagebody` style the wrapper's body.
+void DocumentText::addBodyModeStyles()
+{
+    IHTMLDocument2 &document = *mDoc();
+    const uint32_t count = document.styles->styleSheetCount(document);
+    css::StyleSheetObject *added = document.styles->createStyleSheet(document, QString());
+    const QString page = QStringLiteral("div#pagebody");
+    for (uint32_t i = 0; i < count; ++i) {
+        css::StyleSheetObject *sheet = document.styles->styleSheet(document, i);
+        for (int r = 0; r < sheet->ruleCount(); ++r) {
+            const auto rule = sheet->rule(r);
+            QString selector = rule->selectorText();
+            if (!selector.contains(page, Qt::CaseInsensitive)) continue;
+            selector.replace(page, QStringLiteral("body#bodyelement"), Qt::CaseInsensitive);
+            added->addRule(selector, rule->style()->cssText(), -1);
+        }
+    }
+    if (mState.mCurrentEditView == EditViewEnum::hvPreview && document.body())
+        document.body()->runtimeStyle()->setProperty(QStringLiteral("visibility"), QStringLiteral("visible"));
+}
+
+// Out
+
+QString DocumentText::DocumentHTML()
+{
+    return trap<QString>(module, "DocumentHTML", &mState, [&](QString &Result) {
+        if (mState.mCurrentEditView == EditViewEnum::hvVisualEdit) UpdateInternalHTMLText();
+        Result = GetInternalHTMLText();
+    });
+}
+
+void DocumentText::UpdateInternalHTMLText()
+{
+    trap(module, "UpdateInternalHTMLText", &mState, [&] {
+        if (mState.mCurrentEditView != EditViewEnum::hvVisualEdit || !mState.mHTMLEdIsDirty) return;
+        // While a load is under way there is nothing on the surface to copy, and the store has the text.
+        if (mState.mLoadingEd || !mState.mLoaded) return;
+        SetInternalHTMLText(GetVisualHTML(), false);
+    });
+}
+
+QString DocumentText::GetVisualHTML()
+{
+    return trap<QString>(module, "GetVisualHTML", &mState, [&](QString &Result) {
+        if (!mHost.IsUserMode() || !mState.mInitialised || mState.mLoadingEd || !mDoc()) return;
+        Result = mDoc()->documentElement()->outerHTML();
+        if (mState.mDynamicSpellCheck) {
+            // The live document mustn't be touched, or it would be marked anew at each read.
+            const base::Ref<IHTMLDocument2> copy = html::parseDocument(Result);
+            const std::vector<IHTMLElement *> spans = copy->elementsNamed("span");
+            for (const auto &span : std::vector<base::Ref<IHTMLElement>>(spans.begin(), spans.end())) {
+                if (span->className().compare(QLatin1String("lxmisspelled"), Qt::CaseInsensitive) != 0) continue;
+                span->insertAdjacentText(QStringLiteral("afterend"), span->innerText());
+                span->setOuterHTML(QString());
+            }
+            Result = copy->documentElement()->outerHTML();
+        }
+        if (Result.startsWith(shownMark)) Result.remove(0, 3);
+    });
+}
+
+bool DocumentText::Dirty()
+{
+    return trap<bool>(module, "Dirty", &mState, [&](bool &Result) {
+        UpdateInternalHTMLText();
+        Result = mState.mDirty;
+    });
+}
+
+bool DocumentText::Loading() const
+{
+    return !mState.mLoaded || mState.mLoadingEd;
+}
+
+void DocumentText::WaitUntilLoaded()
+{
+    trap(module, "WaitUntilLoaded", &mState, [&] {
+        for (int pass = 0; pass < 21 && mState.mLoadingEd; ++pass) {
+            changes::EditScope::Suspension pump;
+            QCoreApplication::processEvents();
+        }
+    });
+}
+
+bool DocumentText::SetDocumentHTMLWithChangeKey(const QString &RHS, const QString &ChangeKey)
+{
+    return trap<bool>(module, "SetDocumentHTMLWithChangeKey", &mState, [&](bool &Result) {
+        Parameters parameters("RHS", RHS, "ChangeKey", ChangeKey);
+        if (ChangeKey != mState.mChangeKey) {
+            setDocumentHTML(RHS);
+            mState.mChangeKey = ChangeKey;
+            Result = true;
+        } else {
+            UpdateCurrentView(false);
+        }
+    });
+}
+
+void DocumentText::SetChangeKey(const QString &ChangeKey)
+{
+    trap(module, "SetChangeKey", &mState, [&] { mState.mChangeKey = ChangeKey; });
+}
+
+// Files
+
+void DocumentText::LoadFile(const QString &Filename)
+{
+    trap(module, "LoadFile", &mState, [&] {
+        Parameters parameters("Filename", Filename);
+        if (!Filename.startsWith(QLatin1String("http:"))) {
+            mState.mBaseURL = QStringLiteral("file://") + platform::FileHelper::folderPart(Filename);
+            mFormat = {};
+            if (platform::FileHelper::exists(Filename)) {
+                const platform::DecodedText file = platform::FileHelper::readText(Filename);
+                mFormat = file.format;
+                setDocumentHTML(file.text);
+            } else {
+                setDocumentHTML(QString());
+            }
+        } else {
+            mState.mBaseURL = Filename.left(Filename.lastIndexOf(u'/') + 1);
+            mFormat = {};
+            setDocumentHTML(platform::HttpHelper::fetchText(Filename));
+        }
+        mState.mFileName = Filename;
+    });
+}
+
+void DocumentText::SaveFile(bool &Cancel, bool Prompt)
+{
+    trap(module, "SaveFile", &mState, [&] {
+        Parameters parameters("Cancel", Cancel, "Prompt", Prompt);
+        if (!Dirty()) return;
+        if (Prompt) {
+            using platform::MessageBox;
+            changes::EditScope::Suspension modal;
+            const auto answer = MessageBox::show(
+                mHost.window(), MessageBox::Icon::Question, QStringLiteral("Save changes"),
+                QStringLiteral("Would you like to save your changes to this file ?"),
+                {MessageBox::Button::Yes, MessageBox::Button::No, MessageBox::Button::Cancel});
+            if (answer == MessageBox::Button::Cancel) Cancel = true;
+            if (answer != MessageBox::Button::Yes) return;
+        }
+        const platform::EncodedText written =
+            platform::FileHelper::writeText(mState.mFileName, GetInternalHTMLText(), mFormat);
+        mFormat = written.format;
+        if (!written.message.isEmpty()) {
+            using platform::MessageBox;
+            MessageBox::show(mHost.window(), MessageBox::Icon::Information, QStringLiteral("Save changes"),
+                             written.message, {MessageBox::Button::Ok});
+        }
+    });
+}
+
+// Navigation
+
+void DocumentText::Navigate(const surface::Navigation &navigation)
+{
+    trap(module, "Navigate", &mState, [&] {
+        Parameters parameters("URL", navigation.url);
+        mState.mAllowNavigate = true;
+        if (!(startsWith(navigation.url, "javascript:") && mState.mEditMode == 0)) {
+            mState.mLoadingEd = true;
+            support::SettingsStore &store = support::SettingsStore::instance();
+            const QString sound = store.read(support::SettingsRoot::CurrentUser, navigatingKey, QString());
+            if (!sound.isEmpty()) {
+                mState.mNavigateSound = sound;
+                store.write(support::SettingsRoot::CurrentUser, navigatingKey, QString(), QString());
+            }
+            ShutDownBeforeReload();
+            mState.mRespondToDocumentComplete = true;
+        }
+        ed.navigate(navigation);
+        if (ed.isHidden()) {
+            ed.show();
+            txtHTMLSource.hide();
+        }
+    });
+}
+
+void DocumentText::ResetNavSound()
+{
+    trap(module, "ResetNavSound", &mState, [&] {
+        if (mState.mNavigateSound.isEmpty()) return;
+        support::SettingsStore::instance().write(support::SettingsRoot::CurrentUser, navigatingKey, QString(),
+                                                 mState.mNavigateSound);
+        mState.mNavigateSound.clear();
+    });
+}
+
+IHTMLDocument2 *DocumentText::mDoc() const
+{
+    return mState.mTerminating || mState.mTerminated || !mState.mLoaded ? nullptr : ed.document();
+}

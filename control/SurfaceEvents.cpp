@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "control/SurfaceEvents.h"
+
+#include "core/Host.h"
+#include "core/modMain.h"
+#include "engine/changes/EditScope.h"
+#include "platform/MessageBox.h"
+#include "support/FailureTrap.h"
+
+using support::Parameters;
+using support::trap;
+
+namespace {
+constexpr char module[] = "Vellum5";
+}
+
+SurfaceEvents::SurfaceEvents(ControlState &state, Host &host, HTMLEditor &surface)
+    : mState(state), mHost(host), ed(surface)
+{
+    connect(&timChange, &base::Timer::timeout, this, [this] {
+        changes::EditScope scope;
+        timChange_Timer();
+    });
+}
+
+// Changes
+
+void SurfaceEvents::restartChangeTimer()
+{
+    timChange.setEnabled(false);
+    timChange.setInterval(mState.ChangeDelay);
+    timChange.setEnabled(true);
+}
+
+void SurfaceEvents::mChangeManager_Changed()
+{
+    trap(module, "mChangeManager_Changed", &mState, [&] {
+        if (!mHost.IsUserMode() || mState.Busy || mState.mLoadingEd) return;
+        mState.mDirty = true;
+        mState.mHTMLEdIsDirty = true;
+        if (mState.ChangeDelay < 1)
+            DocChanged();
+        else
+            restartChangeTimer();
+        mState.mLastChangeTime = base::Clock::instance().now();
+    });
+}
+
+void SurfaceEvents::mChangeManager_ElementChanged(IHTMLElement *Element)
+{
+    trap(module, "mChangeManager_ElementChanged", &mState, [&] {
+        base::Ref<IHTMLElement> element(Element);
+        Parameters parameters("Element", element);
+        if (!Element) return; // editable spans and the speller have their place here
+    });
+}
+
+void SurfaceEvents::ForceElementChange(IHTMLElement *Element)
+{
+    trap(module, "ForceElementChange", &mState, [&] {
+        mChangeManager_ElementChanged(Element);
+        mChangeManager_Changed();
+    });
+}
+
+void SurfaceEvents::txtHTMLSource_Change()
+{
+    trap(module, "txtHTMLSource_Change", &mState, [&] {
+        mState.mHTMLSourceChanged = true;
+        mState.mLastChangeTime = base::Clock::instance().now();
+        if (mState.ChangeDelay < 1) {
+            if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit) mHost.RefreshTools();
+            RaiseChangeEvent(false);
+        } else {
+            restartChangeTimer();
+            timChange.setTag(QStringLiteral("HTML"));
+        }
+    });
+}
+
+void SurfaceEvents::txtHTMLSource_SelChange()
+{
+    trap(module, "txtHTMLSource_SelChange", &mState, [&] {
+        if (!timChange.isEnabled()) mHost.RefreshTools();
+    });
+}
+
+void SurfaceEvents::txtHTMLSource_ShowProps()
+{
+    trap(module, "txtHTMLSource_ShowProps", &mState, [&] {
+        using platform::MessageBox;
+        changes::EditScope::Suspension modal;
+        MessageBox::show(mHost.window(), MessageBox::Icon::Information, QStringLiteral("Not available"),
+                         QStringLiteral("Properties not available for this window."), {MessageBox::Button::Ok});
+    });
+}
+
+void SurfaceEvents::timChange_Timer()
+{
+    trap(module, "timChange_Timer", &mState, [&] {
+        if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit) mHost.RefreshTools();
+        if (timChange.tag() == QLatin1String("HTML")) {
+            RaiseChangeEvent(false);
+            mHost.RefreshTools();
+        } else {
+            DocChanged();
+        }
+        timChange.setTag(QString());
+        timChange.setEnabled(false);
+    });
+}
+
+void SurfaceEvents::CommitEdit()
+{
+    trap(module, "CommitEdit", &mState, [&] {
+        if (!timChange.isEnabled()) return;
+        timChange.setEnabled(false);
+        timChange_Timer();
+    });
+}
+
+void SurfaceEvents::DocChanged()
+{
+    trap(module, "DocChanged", &mState, [&] { RaiseChangeEvent(false); });
+}
+
+void SurfaceEvents::RaiseChangeEvent(bool Force)
+{
+    trap(module, "RaiseChangeEvent", &mState, [&] {
+        Parameters parameters("Force", Force);
+        if (mHost.UndoEnabled() || Force) mHost.raiseChange();
+    });
+}
+
+bool SurfaceEvents::IsIdle() const
+{
+    return !mState.mLastChangeTime.isValid() ||
+           mState.mLastChangeTime.secsTo(base::Clock::instance().now()) > 2;
+}
+
+// The surface
+
+void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault)
+{
+    trap(module, "ed_ElementEvent", &mState, [&] {
+        Parameters parameters("EventId", EventId, "CancelDefault", CancelDefault);
+        if (!EventInfo->srcElement || !mState.mVisible || mState.mCurrentEditView == EditViewEnum::hvPreview) return;
+        if (EventId == elementevents::mouseDown) mState.mMouseIsDown = true;
+        if (EventId == elementevents::mouseUp) mState.mMouseIsDown = false;
+        mHost.raiseElementEvent(EventId, EventInfo, CancelDefault);
+    });
+}
+
+void SurfaceEvents::ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel)
+{
+    trap(module, "ed_BeforeNavigate", &mState, [&] {
+        const QString &URL = navigation.url;
+        Parameters parameters("URL", URL, "Cancel", Cancel);
+        if (navigation.targetFrameName == QLatin1String("ic_modal_Frame")) {
+            mState.mRespondToDocumentComplete = false;
+        } else if (mState.mAllowNavigate) {
+            ShutDownBeforeReload();
+        } else if (URL.startsWith(QLatin1String("javascript:"), Qt::CaseInsensitive) && mState.mEditMode == 0) {
+            return;
+        } else if (URL.startsWith(QLatin1String("designcommand:"))) {
+            Cancel = true;
+            mHost.raiseHyperlinkClick(URL);
+        } else if (!modMain::ParseURL(URL, mState.mBaseURL).startsWith(u'#')) {
+            Cancel = true;
+        }
+    });
+}
+
+void SurfaceEvents::ed_NavigateComplete()
+{
+    trap(module, "ed_NavigateComplete", &mState, [&] { mState.mAllowNavigate = false; });
+}
+
+void SurfaceEvents::ed_CommandStateChange(int Command, bool)
+{
+    trap(module, "ed_CommandStateChange", &mState, [&] {
+        Parameters parameters("Command", Command);
+        if (Command != -1 || mState.MouseIsDown || mState.Busy) return;
+        mState.Busy = true;
+        if (mHost.IsUserMode() && !mState.mLoadingEd) mHost.RefreshTools();
+        mState.Busy = false;
+    });
+}

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "base/Clock.h"
+#include "control/ControlState.h"
+
+class Host;
+
+/// What the control does with the surface's and the source editor's events, and when it tells the host of a change.
+class SurfaceEvents : public QObject
+{
+    Q_OBJECT
+public:
+    SurfaceEvents(ControlState &state, Host &host, HTMLEditor &ed);
+
+    std::function<void()> ShutDownBeforeReload;
+
+    void mChangeManager_Changed();
+    void mChangeManager_ElementChanged(IHTMLElement *Element);
+    void txtHTMLSource_Change();
+    void txtHTMLSource_SelChange();
+    void txtHTMLSource_ShowProps();
+    void timChange_Timer();
+    void CommitEdit();
+    void DocChanged();
+    /// An edit that leaves nothing to undo is no change, unless forced.
+    void RaiseChangeEvent(bool Force);
+    bool IsIdle() const;
+    void ForceElementChange(IHTMLElement *Element);
+
+    void ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault);
+    void ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel);
+    void ed_NavigateComplete();
+    void ed_CommandStateChange(int Command, bool Enable);
+
+    base::Timer timChange;
+
+private:
+    void restartChangeTimer();
+
+    ControlState &mState;
+    Host &mHost;
+    HTMLEditor &ed;
+};

@@ -1,0 +1,568 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "control/Vellum5.h"
+
+#include "control/Vellum5Parts.h"
+#include "core/modMain.h"
+#include "engine/changes/EditScope.h"
+#include "support/FailureTrap.h"
+#include "support/InstanceCounts.h"
+
+using changes::EditScope;
+using support::Parameters;
+using support::trap;
+
+// Properties and methods. Each public member is an edit scope: what the host wrote before is told first, and what the
+// member writes when it ends.
+
+namespace {
+constexpr char module[] = "Vellum5";
+}
+
+ControlState &Vellum5::state() const
+{
+    return mParts->state;
+}
+
+// Shell
+
+QString Vellum5::AppName() const
+{
+    return modMain::mAppName;
+}
+
+void Vellum5::setAppName(const QString &AppName)
+{
+    EditScope scope;
+    trap(module, "AppName", &mParts->state, [&] {
+        Parameters parameters("AppName", AppName);
+        modMain::mAppName = AppName;
+        const auto setting = [](const char *name, const char *byDefault) {
+            return modMain::GetAppValue(QLatin1String(name), QLatin1String(byDefault)).toString();
+        };
+        const QString spell = setting("DynamicSpell", "0");
+        mParts->state.mDynamicSpellCheck = PropertyBag::toBoolean(spell);
+        modMain::mAutoFormatHTML = setting("AutoFormatHTML", "True") != QLatin1String("False");
+        mParts->host.setCommandChecked(QStringLiteral("ToolsAutoSpell"), mParts->state.mDynamicSpellCheck);
+        mParts->splitPageMap->setPosition(setting("PageMapWidth", "42").toInt());
+        setShowPageMap(PropertyBag::toBoolean(setting("ShowPageMap", "False")));
+        setShowTagBar(PropertyBag::toBoolean(setting("ShowTagBar", "False")));
+    });
+}
+
+bool Vellum5::Enabled() const
+{
+    return mParts->state.mEnabled;
+}
+
+void Vellum5::setEnabled(bool Enabled)
+{
+    EditScope scope;
+    trap(module, "Enabled", &mParts->state, [&] {
+        mParts->state.mEnabled = Enabled;
+        mParts->ed->setEditMode(Enabled ? dom::EditMode(mParts->state.mEditMode) : dom::EditMode::Disabled);
+        mParts->host.RefreshTools();
+        mParts->txtHTMLSource->setEnabled(Enabled);
+    });
+}
+
+uint Vellum5::BackColor() const
+{
+    return mParts->state.mBackColor;
+}
+
+void Vellum5::setBackColor(uint BackColor)
+{
+    EditScope scope;
+    trap(module, "BackColor", &mParts->state, [&] {
+        mParts->state.mBackColor = BackColor;
+        mParts->strip->setBackColor(QColor(int(BackColor & 0xff), int((BackColor >> 8) & 0xff), int((BackColor >> 16) & 0xff)));
+        tellHost("BackColor");
+    });
+}
+
+int Vellum5::BorderStyle() const
+{
+    return mParts->state.mBorderStyle;
+}
+
+void Vellum5::setBorderStyle(int BorderStyle)
+{
+    EditScope scope;
+    trap(module, "BorderStyle", &mParts->state, [&] {
+        mParts->state.mBorderStyle = BorderStyle;
+        mParts->views.UserControl_Resize();
+        update();
+        tellHost("BorderStyle");
+    });
+}
+
+int Vellum5::ContextToolbarStyle() const
+{
+    return mParts->state.mContextToolbarStyle;
+}
+
+void Vellum5::setContextToolbarStyle(int Style)
+{
+    EditScope scope;
+    mParts->state.mContextToolbarStyle = Style;
+}
+
+bool Vellum5::Terminated() const
+{
+    return mParts->state.mTerminated;
+}
+
+bool Vellum5::Terminating() const
+{
+    return mParts->state.mTerminating;
+}
+
+bool Vellum5::Loaded() const
+{
+    return mParts->state.mLoaded;
+}
+
+QObject *Vellum5::EventProxy()
+{
+    if (!mParts->eventProxy) mParts->eventProxy = std::make_unique<QObject>();
+    return mParts->eventProxy.get();
+}
+
+VirtualCommandManager *Vellum5::CommandManager() const
+{
+    return mParts->state.mCommandManager.get();
+}
+
+QObject *Vellum5::ExternalObject() const
+{
+    return mParts->ed->externalObject();
+}
+
+void Vellum5::setExternalObject(QObject *Object)
+{
+    mParts->ed->setExternalObject(Object);
+}
+
+qulonglong Vellum5::hWnd() const
+{
+    return qulonglong(winId());
+}
+
+qulonglong Vellum5::EditorhWnd() const
+{
+    const bool source = mParts->state.mCurrentEditView == EditViewEnum::hvSourceEdit;
+    return source ? qulonglong(mParts->txtHTMLSource->winId()) : qulonglong(mParts->ed->winId());
+}
+
+qulonglong Vellum5::PageMaphWnd() const
+{
+    return 0;
+}
+
+qulonglong Vellum5::PageTagBarhWnd() const
+{
+    return 0;
+}
+
+CodeMax *Vellum5::SourceEditControl() const
+{
+    return mParts->txtHTMLSource;
+}
+
+HTMLEditor *Vellum5::VisualEditControl() const
+{
+    return mParts->ed;
+}
+
+IHTMLDocument2 *Vellum5::DOM() const
+{
+    return mParts->text.mDoc();
+}
+
+// Document text
+
+QString Vellum5::DocumentHTML()
+{
+    EditScope scope;
+    return mParts->text.DocumentHTML();
+}
+
+void Vellum5::setDocumentHTML(const QString &Text)
+{
+    EditScope scope;
+    mParts->text.setDocumentHTML(Text);
+}
+
+QString Vellum5::BodyText()
+{
+    EditScope scope;
+    return mParts->text.BodyText();
+}
+
+void Vellum5::setBodyText(const QString &Text)
+{
+    EditScope scope;
+    mParts->text.setBodyText(Text);
+}
+
+bool Vellum5::BodyMode() const
+{
+    return mParts->state.mBodyMode;
+}
+
+void Vellum5::setBodyMode(bool BodyMode)
+{
+    EditScope scope;
+    mParts->state.mBodyMode = BodyMode;
+    tellHost("BodyMode");
+}
+
+QString Vellum5::BaseURL() const
+{
+    return mParts->state.mBaseURL;
+}
+
+void Vellum5::setBaseURL(const QString &BaseURL)
+{
+    EditScope scope;
+    mParts->state.mBaseURL = BaseURL;
+    tellHost("BaseURL");
+}
+
+bool Vellum5::Dirty()
+{
+    EditScope scope;
+    return mParts->text.Dirty();
+}
+
+std::shared_ptr<platform::Collection> Vellum5::StyleSheets() const
+{
+    return mParts->state.mStylesheets;
+}
+
+void Vellum5::setStyleSheets(std::shared_ptr<platform::Collection> StyleSheets)
+{
+    if (StyleSheets) mParts->state.mStylesheets = std::move(StyleSheets);
+}
+
+void Vellum5::LoadFile(const QString &Filename)
+{
+    EditScope scope;
+    mParts->text.LoadFile(Filename);
+}
+
+void Vellum5::SaveFile(bool &Cancel, bool Prompt)
+{
+    EditScope scope;
+    mParts->text.SaveFile(Cancel, Prompt);
+}
+
+void Vellum5::Navigate(const QString &URL, int Flags, const QString &TargetFrameName, const QByteArray &PostData,
+                       const QString &Headers)
+{
+    EditScope scope;
+    mParts->text.Navigate({URL, Flags, TargetFrameName, PostData, Headers});
+}
+
+bool Vellum5::Loading() const
+{
+    return mParts->text.Loading();
+}
+
+void Vellum5::WaitUntilLoaded()
+{
+    EditScope scope;
+    mParts->text.WaitUntilLoaded();
+}
+
+bool Vellum5::SetDocumentHTMLWithChangeKey(const QString &RHS, const QString &ChangeKey)
+{
+    EditScope scope;
+    return mParts->text.SetDocumentHTMLWithChangeKey(RHS, ChangeKey);
+}
+
+void Vellum5::SetChangeKey(const QString &ChangeKey)
+{
+    EditScope scope;
+    mParts->text.SetChangeKey(ChangeKey);
+}
+
+bool Vellum5::AutoFormatHTML() const
+{
+    return modMain::mAutoFormatHTML;
+}
+
+void Vellum5::setAutoFormatHTML(bool AutoFormat)
+{
+    modMain::mAutoFormatHTML = AutoFormat;
+}
+
+bool Vellum5::AutoFormatRemoveBlankLines() const
+{
+    return mParts->state.mAutoFormatRemoveBlankLines;
+}
+
+void Vellum5::setAutoFormatRemoveBlankLines(bool Remove)
+{
+    mParts->state.mAutoFormatRemoveBlankLines = Remove;
+}
+
+int Vellum5::WrapCharacters() const
+{
+    return mParts->state.mWrapCharacters;
+}
+
+void Vellum5::setWrapCharacters(int Characters)
+{
+    mParts->state.mWrapCharacters = Characters;
+}
+
+QString Vellum5::FormatHTMLString(const QString &Text, bool IsBody)
+{
+    return mParts->text.FormatHTML(Text, IsBody);
+}
+
+// Views
+
+int Vellum5::EditView() const
+{
+    return int(mParts->views.EditView());
+}
+
+void Vellum5::setEditView(int View)
+{
+    EditScope scope;
+    mParts->views.setEditView(EditViewEnum(View));
+}
+
+bool Vellum5::DontPostWhenEditViewChanges() const
+{
+    return mParts->state.DontPostWhenEditViewChanges;
+}
+
+void Vellum5::setDontPostWhenEditViewChanges(bool DontPost)
+{
+    mParts->state.DontPostWhenEditViewChanges = DontPost;
+}
+
+bool Vellum5::ShowFlatStrip() const
+{
+    return mParts->state.mShowFlatStrip;
+}
+
+void Vellum5::setShowFlatStrip(bool Show)
+{
+    EditScope scope;
+    mParts->views.setShowFlatStrip(Show);
+}
+
+bool Vellum5::ShowPreviewButton() const
+{
+    return mParts->state.mShowPreviewButton;
+}
+
+void Vellum5::setShowPreviewButton(bool Show)
+{
+    EditScope scope;
+    mParts->views.setShowPreviewButton(Show);
+}
+
+bool Vellum5::ShowPageMap() const
+{
+    return mParts->state.mShowPageMap;
+}
+
+void Vellum5::setShowPageMap(bool Show)
+{
+    EditScope scope;
+    mParts->views.setShowPageMap(Show);
+}
+
+bool Vellum5::ShowTagBar() const
+{
+    return mParts->state.mShowTagBar;
+}
+
+void Vellum5::setShowTagBar(bool Show)
+{
+    EditScope scope;
+    mParts->views.setShowTagBar(Show);
+}
+
+bool Vellum5::ShowPropertySheet() const
+{
+    return mParts->state.mShowPropertySheet;
+}
+
+void Vellum5::setShowPropertySheet(bool Show)
+{
+    EditScope scope;
+    mParts->views.setShowPropertySheet(Show);
+}
+
+bool Vellum5::ShowDetails() const
+{
+    return mParts->state.mShowDetails;
+}
+
+void Vellum5::setShowDetails(bool Show)
+{
+    EditScope scope;
+    mParts->views.setShowDetails(Show);
+}
+
+// Editing
+
+int Vellum5::EditMode() const
+{
+    return mParts->state.mEditMode;
+}
+
+void Vellum5::setEditMode(int Mode)
+{
+    EditScope scope;
+    trap(module, "EditMode", &mParts->state, [&] {
+        Parameters parameters("EditMode", Mode);
+        if (Mode < 0 || Mode > 2)
+            throw base::Error(base::errors::invalidValue, QStringLiteral("There is no edit mode %1.").arg(Mode));
+        mParts->state.mEditMode = Mode; // reaches the surface at the next update of the view
+        tellHost("EditMode");
+    });
+}
+
+bool Vellum5::AutoSelectEditableSpans() const
+{
+    return mParts->ed->autoSelectEditableSpans();
+}
+
+void Vellum5::setAutoSelectEditableSpans(bool AutoSelect)
+{
+    EditScope scope;
+    mParts->ed->setAutoSelectEditableSpans(AutoSelect);
+    tellHost("AutoSelectEditableSpans");
+}
+
+bool Vellum5::EnableLinkClicks() const
+{
+    return mParts->state.mEnableLinkClicks;
+}
+
+void Vellum5::setEnableLinkClicks(bool Enable)
+{
+    mParts->state.mEnableLinkClicks = Enable;
+    tellHost("EnableLinkClicks");
+}
+
+int Vellum5::ChangeDelay() const
+{
+    return mParts->state.ChangeDelay;
+}
+
+void Vellum5::setChangeDelay(int Milliseconds)
+{
+    mParts->state.ChangeDelay = Milliseconds;
+}
+
+void Vellum5::CommitEdit()
+{
+    EditScope scope;
+    mParts->events.CommitEdit();
+}
+
+bool Vellum5::HasFocus() const
+{
+    return mParts->ed->hasFocus();
+}
+
+void Vellum5::SetFocusEx()
+{
+    EditScope scope;
+    trap(module, "SetFocusEx", &mParts->state, [&] {
+        if (!isVisible()) return;
+        if (mParts->state.mCurrentEditView == EditViewEnum::hvVisualEdit) {
+            WaitUntilLoaded();
+            if (mParts->state.mLoaded) mParts->ed->takeFocus();
+        } else if (mParts->state.mCurrentEditView == EditViewEnum::hvSourceEdit) {
+            mParts->txtHTMLSource->setFocus();
+        }
+    });
+}
+
+void Vellum5::SetFocusQueued()
+{
+    EditScope scope;
+    trap(module, "SetFocusQueued", &mParts->state, [&] {
+        if (mParts->state.mCurrentEditView == EditViewEnum::hvVisualEdit)
+            mParts->ed->takeFocusAtLoadEnd();
+        else if (mParts->state.mCurrentEditView == EditViewEnum::hvSourceEdit)
+            mParts->txtHTMLSource->setFocus();
+    });
+}
+
+void Vellum5::RunCommand(const QString &CommandName)
+{
+    EditScope scope;
+    mParts->commands.InternalRunCommand(CommandName, nullptr);
+}
+
+void Vellum5::RunCommandEx(const QString &CommandName, IHTMLElement *SpecificElement)
+{
+    EditScope scope;
+    mParts->commands.InternalRunCommand(CommandName, SpecificElement);
+}
+
+void Vellum5::ForceElementChange(IHTMLElement *Element)
+{
+    EditScope scope;
+    mParts->events.ForceElementChange(Element);
+}
+
+// Undo
+
+void Vellum5::StartUndoBlock(bool Merge, bool PrivateBlock)
+{
+    EditScope scope;
+    mParts->changes.StartUndoBlock(Merge, PrivateBlock);
+}
+
+void Vellum5::EndUndoBlock(bool Deferred)
+{
+    EditScope scope;
+    mParts->changes.EndUndoBlock(Deferred);
+}
+
+void Vellum5::FlushChanges()
+{
+    EditScope scope;
+    mParts->changes.FlushChanges();
+}
+
+void Vellum5::ResetUndo()
+{
+    EditScope scope;
+    mParts->changes.ResetUndo();
+}
+
+void Vellum5::Undo()
+{
+    EditScope scope;
+    mParts->changes.Undo();
+}
+
+void Vellum5::Redo()
+{
+    EditScope scope;
+    mParts->changes.Redo();
+}
+
+bool Vellum5::UndoEnabled() const
+{
+    EditScope scope;
+    return mParts->changes.UndoEnabled();
+}
+
+bool Vellum5::RedoEnabled() const
+{
+    EditScope scope;
+    return mParts->changes.RedoEnabled();
+}

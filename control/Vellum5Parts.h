@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "commands/Commands.h"
+#include "commands/VirtualCommandManager.h"
+#include "control/Changes.h"
+#include "control/DocumentText.h"
+#include "control/SurfaceEvents.h"
+#include "control/Vellum5.h"
+#include "control/Views.h"
+#include "core/Host.h"
+#include "platform/CodeMax.h"
+#include "support/Debug.h"
+#include "undo/ChangeManager.h"
+#include "widgets/Container.h"
+#include "widgets/FlatStrip.h"
+#include "widgets/Splitter.h"
+
+/// The host's window to the control, as the concerns see it.
+class ControlHost final : public Host
+{
+public:
+    explicit ControlHost(Vellum5 &control) : mControl(control) {}
+    bool IsUserMode() const override;
+    bool ExtenderVisible(bool ifUnknown) const override;
+    void tellPropertyChanged(const char *Name) override { mControl.tellHost(Name); }
+    void OutputDebugString(const QString &Text) const override { mControl.OutputDebugString(Text); }
+    IHTMLDocument2 *mDoc() const override;
+    void RefreshTools() override;
+    void setCommandChecked(const QString &Name, bool Checked) override;
+    void setCommandVisible(const QString &Name, bool Visible) override;
+    bool UndoEnabled() const override;
+    bool RedoEnabled() const override;
+    void raiseChange() override { Q_EMIT mControl.Change(); }
+    void raiseDocumentComplete() override { Q_EMIT mControl.DocumentComplete(); }
+    void raiseCommandClick(const QString &CommandName, bool &Ignore) override
+    {
+        Q_EMIT mControl.CommandClick(CommandName, Ignore);
+    }
+    void raiseHyperlinkClick(const QString &href) override { Q_EMIT mControl.HyperlinkClick(href); }
+    void raiseEditableSpanChanged(IHTMLElement *Span) override { Q_EMIT mControl.EditableSpanChanged(Span); }
+    void raiseElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault) override
+    {
+        Q_EMIT mControl.ElementEvent(EventId, EventInfo, CancelDefault);
+    }
+    QWidget *window() const override { return &mControl; }
+
+    HostContainer *container = nullptr;
+
+private:
+    Vellum5 &mControl;
+};
+
+/// What a control is made of: its state, the children it owns and the concerns that work on them.
+struct Vellum5::Parts {
+    explicit Parts(Vellum5 &control);
+
+    ControlState state;
+    ControlHost host;
+    support::DebugOutput debug{"Vellum5"};
+    // Children, by their told names
+    Splitter *splitMain;
+    Container *conEditors;
+    Splitter *splitPageMap;
+    HTMLEditor *ed;
+    CodeMax *txtHTMLSource;
+    FlatStrip *strip;
+    base::Timer timSpellCheck;
+    std::unique_ptr<QObject> eventProxy;
+    QPointer<QObject> externalObject;
+    // Concerns
+    DocumentText text;
+    Views views;
+    SurfaceEvents events;
+    Changes changes;
+    Commands commands;
+};

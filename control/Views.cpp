@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "control/Views.h"
+
+#include "control/DocumentText.h"
+#include "core/Host.h"
+#include "core/modMain.h"
+#include "platform/CodeMax.h"
+#include "support/FailureTrap.h"
+#include "widgets/Container.h"
+#include "widgets/FlatStrip.h"
+#include "widgets/Splitter.h"
+
+using support::attempt;
+using support::Parameters;
+using support::trap;
+
+namespace {
+
+constexpr char module[] = "Vellum5";
+
+const QString tabKeys[] = {QStringLiteral("normal"), QStringLiteral("htmlsource"), QStringLiteral("preview")};
+const QString viewCommands[] = {QStringLiteral("ViewNormal"), QStringLiteral("ViewSource"),
+                                QStringLiteral("ViewPreview")};
+
+} // namespace
+
+Views::Views(ControlState &state, Host &host, DocumentText &text, const Children &children)
+    : mState(state), mHost(host), mText(text), c(children)
+{
+}
+
+EditViewEnum Views::EditView() const
+{
+    const QString key = c.strip.SelectedTab();
+    for (int view = 0; view < 3; ++view)
+        if (key == tabKeys[view]) return EditViewEnum(view);
+    return EditViewEnum::hvVisualEdit;
+}
+
+void Views::setEditView(EditViewEnum View)
+{
+    trap(module, "EditView", &mState, [&] {
+        const int N = int(View);
+        Parameters parameters("EditView", N);
+        if (mSelectingTab || View == mState.mCurrentEditView) return;
+        if (N < 0 || N > 2)
+            throw base::Error(base::errors::invalidValue, QStringLiteral("There is no view %1.").arg(N));
+        if (mState.mCurrentEditView == EditViewEnum::hvVisualEdit) mText.UpdateInternalHTMLText();
+        for (int view = 0; view < 3; ++view) mHost.setCommandChecked(viewCommands[view], view == N);
+        if (c.strip.SelectedTab() != tabKeys[N]) {
+            mSelectingTab = true;
+            c.strip.setSelectedTab(tabKeys[N]);
+            mSelectingTab = false;
+        }
+        mState.mCurrentEditView = View;
+        UserControl_Resize();
+        if (mState.mInitialised && !mState.DontPostWhenEditViewChanges) UpdateCurrentView(true);
+    });
+}
+
+void Views::FlatStrip_Change(int NewTab)
+{
+    trap(module, "FlatStrip_Change", &mState, [&] {
+        if (NewTab >= 1) setEditView(EditViewEnum(NewTab - 1));
+    });
+}
+
+void Views::UpdateCurrentView(bool PostContent)
+{
+    UpdateView(mState.mCurrentEditView, PostContent);
+}
+
+void Views::UpdateView(EditViewEnum View, bool PostContent)
+{
+    trap(module, "UpdateView", &mState, [&] {
+        const int number = int(View);
+        Parameters parameters("View", number, "PostContent", PostContent);
+        if (View == EditViewEnum::hvSourceEdit)
+            showSource();
+        else
+            showSurface(View, PostContent);
+        mHost.RefreshTools();
+    });
+}
+
+void Views::showSurface(EditViewEnum View, bool PostContent)
+{
+    if (c.ed.isHidden()) c.ed.show();
+    const auto wished = View == EditViewEnum::hvPreview ? dom::EditMode::Browse : dom::EditMode(mState.mEditMode);
+    const bool ModeChanged = c.ed.editMode() != wished;
+    if (ModeChanged) c.ed.setEditMode(wished);
+    if (PostContent) {
+        const bool BaseChanged = c.ed.baseUrl() != mState.mBaseURL;
+        if (BaseChanged || mState.mHTMLSourceChanged || ModeChanged || mState.mBodyMode) {
+            if (BaseChanged) c.ed.setBaseUrl(mState.mBaseURL);
+            const QString text = mText.GetInternalHTMLText();
+            mText.SetedDocumentHTML(text.isEmpty() ? QStringLiteral(" ") : text);
+            mState.mHTMLSourceChanged = false;
+        }
+    }
+    if (!c.txtHTMLSource.isHidden()) c.txtHTMLSource.hide();
+}
+
+void Views::showSource()
+{
+    if (c.txtHTMLSource.isHidden()) c.txtHTMLSource.show();
+    c.ed.hide();
+    c.txtHTMLSource.setFocus();
+    mState.mHTMLSourceChanged = false;
+}
+
+// Layout. All lengths in pixels; a child that fails leaves the others to be placed.
+
+void Views::UserControl_Resize()
+{
+    if (!mHost.IsUserMode()) return;
+    attempt([&] {
+        const int width = c.control.width(), height = c.control.height();
+        const int Margin = mState.mThemed && mState.mBorderStyle == 1 ? 1 : 0;
+        const int TagBarHeight = 0; // the tag bar's place
+        int StripHeight = 0;
+        if (mState.mShowFlatStrip) {
+            StripHeight = c.strip.height();
+            c.strip.setGeometry(Margin, height - StripHeight - Margin, width - 2 * Margin, StripHeight);
+        }
+        const QRect editors(Margin, Margin + TagBarHeight, width - 2 * Margin,
+                            height - 2 * Margin - StripHeight - TagBarHeight);
+        if (c.splitMain.isHidden()) c.conEditors.setGeometry(editors);
+        c.splitMain.setGeometry(editors);
+    });
+}
+
+void Views::conEditors_Resize(int Width, int Height)
+{
+    // The overhang of two and the two lost in height hide the surface's own edges behind the container.
+    attempt([&] {
+        const QRect surface(0, 0, Width + 2, Height - 2);
+        if (mState.mShowPageMap && c.ed.parentWidget() != &c.conEditors)
+            c.splitPageMap.setGeometry(surface);
+        else
+            c.ed.setGeometry(surface);
+        c.txtHTMLSource.setGeometry(0, 0, Width, Height - 2);
+    });
+}
+
+void Views::setShowFlatStrip(bool Show)
+{
+    trap(module, "ShowFlatStrip", &mState, [&] {
+        mState.mShowFlatStrip = Show;
+        c.strip.setVisible(Show);
+        UserControl_Resize();
+        mHost.tellPropertyChanged("ShowFlatStrip");
+    });
+}
+
+void Views::setShowPreviewButton(bool Show)
+{
+    trap(module, "ShowPreviewButton", &mState, [&] {
+        if (mState.mShowPreviewButton == Show) return;
+        mState.mShowPreviewButton = Show;
+        c.strip.setTabVisible(tabKeys[2], Show);
+        mHost.tellPropertyChanged("ShowPreviewButton");
+    });
+}
+
+void Views::setShowPageMap(bool Show)
+{
+    trap(module, "ShowPageMap", &mState, [&] {
+        if (mState.mShowPageMap == Show) return;
+        mState.mShowPageMap = Show;
+        mHost.setCommandChecked(QStringLiteral("ViewPageMap"), Show);
+        mHost.tellPropertyChanged("ShowPageMap");
+    });
+}
+
+void Views::setShowTagBar(bool Show)
+{
+    trap(module, "ShowTagBar", &mState, [&] {
+        if (mState.mShowTagBar == Show) return;
+        mState.mShowTagBar = Show;
+        mHost.setCommandChecked(QStringLiteral("ViewPageElementBar"), Show);
+        mHost.tellPropertyChanged("ShowTagBar");
+    });
+}
+
+void Views::setShowPropertySheet(bool Show)
+{
+    trap(module, "ShowPropertySheet", &mState, [&] {
+        const QString command = QStringLiteral("ViewShowAttributes");
+        mHost.setCommandVisible(command, Show);
+        const bool open = Show && modMain::GetAppValue(QStringLiteral("HTMLAttributesClosed"), QStringLiteral("True"))
+                                          .toString() == QLatin1String("False");
+        mHost.setCommandChecked(command, open);
+        mState.mShowPropertySheet = Show;
+        mHost.tellPropertyChanged("ShowPropertySheet");
+    });
+}
+
+void Views::setShowDetails(bool Show)
+{
+    trap(module, "ShowDetails", &mState, [&] {
+        mState.mShowDetails = Show;
+        c.ed.setShowDetails(Show);
+        mHost.tellPropertyChanged("ShowDetails");
+    });
+}
+
+bool Views::IsPropertySheetVisible() const
+{
+    return false; // there is no sheet to show yet, whatever the command's state
+}

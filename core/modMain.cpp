@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/modMain.h"
+
+#include "platform/FileHelper.h"
+#include "support/FailureTrap.h"
+
+#include <QRegularExpression>
+
+namespace modMain {
+
+using support::attempt;
+using support::Parameters;
+using support::trap;
+
+long mInstanceCount = 0;
+QString mAppName;
+bool mAutoFormatHTML = true;
+bool mExtendedStyleSupportEnabled = false;
+bool mExtendedStyleSupportChecked = false;
+
+static void dumpModule(support::VariableDump &dump)
+{
+    dump.add("mInstanceCount", mInstanceCount)
+        .add("mAppName", mAppName)
+        .add("mAutoFormatHTML", mAutoFormatHTML)
+        .add("mExtendedStyleSupportEnabled", mExtendedStyleSupportEnabled)
+        .add("mExtendedStyleSupportChecked", mExtendedStyleSupportChecked);
+}
+
+static const support::ModuleDump module = &dumpModule;
+
+void Main()
+{
+    static bool done = false;
+    if (std::exchange(done, true)) return;
+    trap("modMain", "Main", module, [] {
+        support::registerGlobalVariable(QStringLiteral("mInstanceCount"), [] { return support::dumpValue(mInstanceCount); });
+        support::registerGlobalVariable(QStringLiteral("mAppName"), [] { return support::dumpValue(mAppName); });
+        support::registerGlobalVariable(QStringLiteral("mAutoFormatHTML"),
+                                        [] { return support::dumpValue(mAutoFormatHTML); });
+        const QString stored = support::SettingsStore::instance().read(
+            support::SettingsRoot::CurrentUser, QStringLiteral("Software\\Brimfield\\VellumPad"),
+            QStringLiteral("AutoFormatHTML"));
+        mAutoFormatHTML = stored != QLatin1String("False");
+    });
+}
+
+// Settings
+
+QString RegKeyPath()
+{
+    return QStringLiteral("Software\\Brimfield\\") + (mAppName.isEmpty() ? QStringLiteral("BrimVellumPad") : mAppName);
+}
+
+static double leadingNumber(const QString &text)
+{
+    static const QRegularExpression number(QStringLiteral("^\\s*([+-]?(\\d+\\.?\\d*|\\.\\d+)([eEdD][+-]?\\d+)?)"));
+    const auto match = number.match(text);
+    return match.hasMatch() ? match.captured(1).replace(QChar(u'd'), QChar(u'e'), Qt::CaseInsensitive).toDouble() : 0.0;
+}
+
+static QString settingText(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::Bool) return booleanText(value.toBool());
+    return value.toString();
+}
+
+static QString withExtra(const QString &path, const QString &extra)
+{
+    return extra.isEmpty() ? path : path + u'\\' + extra;
+}
+
+QVariant GetAppValue(const QString &KeyName, const QVariant &DefaultValue, int ConversionType, const QString &ExtraPath,
+                     support::SettingsRoot Root, const QString &RootPath)
+{
+    return trap<QVariant>("modMain", "GetAppValue", module, [&](QVariant &Result) {
+        Parameters parameters("KeyName", KeyName, "ConversionType", ConversionType, "ExtraPath", ExtraPath, "RootPath",
+                              RootPath);
+        const QString path = withExtra(RootPath.isEmpty() ? RegKeyPath() : RootPath, ExtraPath);
+        QString value = support::SettingsStore::instance().read(Root, path, KeyName);
+        if (value.isEmpty()) value = settingText(DefaultValue);
+        if (ConversionType == conversionNumber)
+            Result = leadingNumber(value);
+        else
+            Result = value;
+    });
+}
+
+void SetAppValue(const QString &KeyName, const QVariant &Value, const QString &ExtraPath)
+{
+    trap("modMain", "SetAppValue", module, [&] {
+        Parameters parameters("KeyName", KeyName, "ExtraPath", ExtraPath);
+        const QString path = withExtra(RegKeyPath(), ExtraPath);
+        const bool flag = Value.typeId() == QMetaType::Bool;
+        support::SettingsStore &store = support::SettingsStore::instance();
+        store.createKey(support::SettingsRoot::CurrentUser, path);
+        store.write(support::SettingsRoot::CurrentUser, path, KeyName,
+                    flag ? QString::number(Value.toBool() ? 1 : 0) : Value.toString());
+    });
+}
+
+bool ExtendedStyleSupportEnabled()
+{
+    return trap<bool>("modMain", "ExtendedStyleSupportEnabled", module, [&](bool &Result) {
+        if (!mExtendedStyleSupportChecked) {
+            mExtendedStyleSupportEnabled =
+                support::SettingsStore::instance().read(support::SettingsRoot::LocalMachine,
+                                                        QStringLiteral("Software\\Brimfield"),
+                                                        QStringLiteral("ExtendedStyles")) == QLatin1String("True");
+            mExtendedStyleSupportChecked = true;
+        }
+        Result = mExtendedStyleSupportEnabled;
+    });
+}
+
+// Attributes
+
+base::Ref<IHTMLDOMAttribute> GetAttributeNode(IHTMLElement *e, const QString &Name)
+{
+    base::Ref<IHTMLDOMAttribute> found;
+    attempt([&] {
+        if (!e) return;
+        for (const auto &node : e->attributes())
+            if (node->nodeName().compare(Name, Qt::CaseInsensitive) == 0) {
+                found = node;
+                return;
+            }
+    });
+    return found;
+}
+
+QVariant GetAttribute(IHTMLElement *e, const QString &Name)
+{
+    QVariant value;
+    attempt([&] {
+        const auto node = GetAttributeNode(e, Name);
+        if (node && node->specified()) value = node->nodeValue();
+    });
+    return value;
+}
+
+void SetAttribute(IHTMLElement *e, const QString &Name, const QVariant &Value)
+{
+    const QString text = Value.toString();
+    if (text.isEmpty()) return RemoveAttribute(e, Name);
+    if (!e || GetAttribute(e, Name).toString() == text) return;
+    const long failed = attempt([&] {
+        base::faults::check("IHTMLElement", "setAttribute");
+        e->setAttribute(Name, text);
+    });
+    if (failed == 0) return;
+    attempt([&] {
+        if (const auto node = GetAttributeNode(e, Name)) node->setNodeValue(text);
+    });
+}
+
+void RemoveAttribute(IHTMLElement *e, const QString &Name)
+{
+    const auto node = GetAttributeNode(e, Name);
+    if (!node || !node->specified()) return;
+    // The value goes first: an element that refuses the removal is then left with an empty one.
+    attempt([&] { node->setNodeValue(QString()); });
+    attempt([&] {
+        base::faults::check("IHTMLElement", "removeAttribute");
+        e->removeAttribute(Name);
+    });
+    if (e->nodeName() == QLatin1String("IMG")) return;
+    attempt([&] { e->removeAttributeNode(*node); });
+}
+
+// Styles
+
+QString GetElementClassName(IHTMLElement *e)
+{
+    return e ? e->className() : QString();
+}
+
+QString GetUniqueName(IHTMLElement *e)
+{
+    return e ? e->uniqueID() : QString();
+}
+
+// Elements
+
+static bool isBody(const IHTMLElement *e)
+{
+    return e->tagName() == QLatin1String("BODY");
+}
+
+bool IsChildElement(IHTMLElement *Parent, IHTMLElement *e)
+{
+    if (!Parent) return false;
+    const QString wanted = GetUniqueName(Parent);
+    for (IHTMLElement *at = e; at && !isBody(at); at = at->parentElement())
+        if (at->parentElement() && GetUniqueName(at->parentElement()) == wanted) return true;
+    return false;
+}
+
+bool IsElementEditable(IHTMLElement *e)
+{
+    return e && e->isContentEditable();
+}
+
+bool IsEditWrapperElement(IHTMLElement *e)
+{
+    const QString name = GetElementClassName(e);
+    return name.contains(QLatin1String("widgetproperty"), Qt::CaseInsensitive) ||
+           name.contains(QLatin1String("qsedit"), Qt::CaseInsensitive) ||
+           name.contains(QLatin1String("lxedit"), Qt::CaseInsensitive);
+}
+
+bool IsVisibleElement(IHTMLElement *e, bool OnlyEditable)
+{
+    if (!e) return false;
+    const QString name = GetElementClassName(e);
+    if (OnlyEditable && !IsElementEditable(e)) return name == QLatin1String("BrimContentWidget");
+    const QString tag = e->tagName();
+    if (tag == QLatin1String("DIV")) return !IsEditWrapperElement(e);
+    if (tag != QLatin1String("SPAN")) return true;
+    if (e->idAttribute().contains(QLatin1String("TaggedComment|"))) return false;
+    if (name.contains(QLatin1String("lxMisspelled"), Qt::CaseInsensitive)) return false;
+    return name.compare(QLatin1String("qsedit"), Qt::CaseInsensitive) != 0 &&
+           name.compare(QLatin1String("widgetproperty"), Qt::CaseInsensitive) != 0;
+}
+
+void RemoveSpan(IHTMLElement *e)
+{
+    trap("modMain", "RemoveSpan", module, [&] {
+        if (!e) return;
+        base::Ref<IHTMLElement> keep(e);
+        e->insertAdjacentText(QStringLiteral("afterend"), e->innerText());
+        e->setOuterHTML(QString());
+    });
+}
+
+QString GetHrefFromElement(IHTMLElement *e)
+{
+    if (!e) return {};
+    QString href;
+    const long failed = attempt([&] {
+        base::faults::check("IHTMLElement", "href");
+        href = e->href();
+    });
+    return failed == 0 ? href : GetHrefFromOuterHTML(e->outerHTML());
+}
+
+QString ToRelativeFileName(const QString &BaseURL, const QString &FileName)
+{
+    return trap<QString>("modMain", "ToRelativeFileName", module, [&](QString &Result) {
+        Parameters parameters("BaseURL", BaseURL, "FileName", FileName);
+        Result = FileName;
+        if (!BaseURL.isEmpty())
+            Result = platform::FileHelper::relativeName(platform::FileHelper::folderPart(BaseURL), FileName);
+    });
+}
+
+} // namespace modMain

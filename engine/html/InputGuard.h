@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+
+namespace html {
+
+/// What no page needs and what keeps a hostile one from exhausting time or memory.
+struct InputLimits {
+    int depth = 600;       ///< elements open at a time, the reopened formatting ones among them
+    int formatting = 24;   ///< formatting elements open at a time; each is made anew in every paragraph that follows
+    int attributes = 1000; ///< attributes of one tag
+};
+
+struct GuardedInput {
+    QByteArray text;         ///< UTF-8, ready for the tree builder
+    QByteArray doctype;      ///< what stands between "<!" and ">" of the first document type, as written; empty for none
+    QByteArray doctypeSpace; ///< white space behind it
+};
+
+/// A pass in front of the tree builder, whose time grows with the square of the depth. It leaves out start tags (and their
+/// end tags) that go beyond the limits and keeps every character of text. It also does what HTML doesn't know: a tag of a
+/// prefixed element that ends in "/>" is closed (`<o:p/>`), and a tag that the input's end cuts off is kept as text.
+GuardedInput guardInput(const QByteArray &utf8, const InputLimits &limits = {});
+
+} // namespace html

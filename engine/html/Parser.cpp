@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/html/Parser.h"
+
+#include "engine/dom/CharacterData.h"
+#include "engine/dom/Names.h"
+#include "engine/dom/RawTree.h"
+#include "engine/html/InputGuard.h"
+#include "engine/html/Markup.h"
+
+#include <gumbo.h>
+
+#include <QRegularExpression>
+
+namespace html {
+
+using namespace dom;
+
+namespace {
+
+/// NUL can't pass the tree builder, and a lone surrogate isn't text: both become the replacement character.
+QByteArray encoded(const QString &text)
+{
+    QString clean = text;
+    clean.replace(QChar(0), QChar(0xFFFD));
+    return clean.toUtf8();
+}
+
+QString decoded(const char *text, qsizetype length = -1)
+{
+    return QString::fromUtf8(text, length);
+}
+
+QString withLf(QString text)
+{
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(u'\r', u'\n');
+    return text;
+}
+
+class Gumbo
+{
+public:
+    explicit Gumbo(const QByteArray &text, GumboTag context = GUMBO_TAG_LAST) : mText(text)
+    {
+        GumboOptions options = kGumboDefaultOptions;
+        options.stop_on_first_error = false;
+        options.max_errors = 0;
+        if (context != GUMBO_TAG_LAST) options.fragment_context = context;
+        mOptions = options;
+        mOutput = gumbo_parse_with_options(&mOptions, mText.constData(), size_t(mText.size()));
+    }
+    ~Gumbo() { gumbo_destroy_output(&mOptions, mOutput); }
+    Gumbo(const Gumbo &) = delete;
+    Gumbo &operator=(const Gumbo &) = delete;
+    const GumboOutput &output() const { return *mOutput; }
+
+private:
+    QByteArray mText;
+    GumboOptions mOptions;
+    GumboOutput *mOutput;
+};
+
+/// Makes our nodes from the tree builder's, in document order and without recursion.
+class Builder
+{
+public:
+    explicit Builder(Document &document) : mDocument(document) {}
+
+    /// Appends what `vector` holds, with all below, to `into`.
+    void build(const GumboVector &vector, ParentNode &into)
+    {
+        struct Level {
+            const GumboVector *nodes;
+            unsigned next;
+            ParentNode *parent;
+        };
+        std::vector<Level> levels{{&vector, 0, &into}};
+        while (!levels.empty()) {
+            Level &level = levels.back();
+            if (level.next == level.nodes->length) {
+                levels.pop_back();
+                continue;
+            }
+            const auto *source = static_cast<const GumboNode *>(level.nodes->data[level.next++]);
+            ParentNode *parent = level.parent;
+            if (source->type == GUMBO_NODE_ELEMENT || source->type == GUMBO_NODE_TEMPLATE) {
+                Ref<Element> element = makeElement(source->v.element);
+                RawTree::append(*parent, *element);
+                levels.push_back({&source->v.element.children, 0, element.get()});
+            } else {
+                appendLeaf(*source, *parent);
+            }
+        }
+    }
+
+private:
+    static QString writtenName(const GumboElement &source)
+    {
+        GumboStringPiece piece = source.original_tag;
+        if (!piece.data || piece.length == 0) return {};
+        gumbo_tag_from_original_text(&piece);
+        return decoded(piece.data, qsizetype(piece.length));
+    }
+
+    Ref<Element> makeElement(const GumboElement &source)
+    {
+        Namespace space = Namespace::Html;
+        if (source.tag_namespace == GUMBO_NAMESPACE_SVG) space = Namespace::Svg;
+        if (source.tag_namespace == GUMBO_NAMESPACE_MATHML) space = Namespace::MathMl;
+        QString name;
+        if (space == Namespace::Svg) {
+            GumboStringPiece piece = source.original_tag;
+            gumbo_tag_from_original_text(&piece);
+            if (const char *normal = piece.data ? gumbo_normalize_svg_tagname(&piece) : nullptr) name = decoded(normal);
+        }
+        if (name.isEmpty() && source.tag != GUMBO_TAG_UNKNOWN && space == Namespace::Html)
+            name = decoded(gumbo_normalized_tagname(source.tag));
+        if (name.isEmpty()) {
+            name = writtenName(source);
+            if (space == Namespace::Html && !name.contains(u':')) name = name.toLower();
+        }
+        if (name.isEmpty()) name = decoded(gumbo_normalized_tagname(source.tag));
+        auto element = base::make<Element>(mDocument, Atom(name), space);
+        for (unsigned i = 0; i < source.attributes.length; ++i) {
+            const auto *attribute = static_cast<const GumboAttribute *>(source.attributes.data[i]);
+            const QString value = withLf(decoded(attribute->value));
+            RawTree::setAttribute(*element, Atom(attributeName(*attribute)), &value);
+        }
+        return element;
+    }
+
+    static QString attributeName(const GumboAttribute &attribute)
+    {
+        const QString name = decoded(attribute.name);
+        switch (attribute.attr_namespace) { // the builder takes the prefix off on foreign elements
+        case GUMBO_ATTR_NAMESPACE_XLINK: return QStringLiteral("xlink:") + name;
+        case GUMBO_ATTR_NAMESPACE_XML: return QStringLiteral("xml:") + name;
+        case GUMBO_ATTR_NAMESPACE_XMLNS:
+            return name == QLatin1String("xmlns") ? name : QStringLiteral("xmlns:") + name;
+        default: return name;
+        }
+    }
+
+    void appendLeaf(const GumboNode &source, ParentNode &parent)
+    {
+        if (source.type == GUMBO_NODE_COMMENT) {
+            RawTree::append(parent, *makeComment(source.v.text));
+            return;
+        }
+        const QString data = decoded(source.v.text.text);
+        Node *last = parent.lastChild();
+        if (last && last->isText()) {
+            auto &text = static_cast<Text &>(*last);
+            RawTree::replaceText(text, text.length(), 0, data);
+        } else {
+            RawTree::append(parent, *base::make<Text>(mDocument, data));
+        }
+    }
+
+    Ref<Comment> makeComment(const GumboText &source)
+    {
+        const GumboStringPiece &original = source.original_text;
+        const QByteArray written = QByteArray::fromRawData(original.data, qsizetype(original.length));
+        const bool plain = written.startsWith("<!--") || !written.startsWith('<') || !written.endsWith('>');
+        if (plain) return base::make<Comment>(mDocument, withLf(decoded(source.text)));
+        const QString data = withLf(decoded(written.constData() + 1, written.size() - 2));
+        declarePrefix(data);
+        return base::make<Comment>(mDocument, data, Comment::Form::Declaration);
+    }
+
+    void declarePrefix(const QString &data)
+    {
+        if (!data.startsWith(QLatin1String("?xml:namespace"), Qt::CaseInsensitive)) return;
+        static const QRegularExpression prefix(QStringLiteral("\\bprefix\\s*=\\s*\"?([\\w.-]+)"),
+                                               QRegularExpression::CaseInsensitiveOption);
+        const auto match = prefix.match(data);
+        if (match.hasMatch()) mDocument.declarePrefix(match.captured(1));
+    }
+
+    Document &mDocument;
+};
+
+/// The tree builder tells quirks; it overlooks the limited ones. (HTML standard, 13.2.6.4.1 "The initial insertion mode".)
+DocumentMode modeOf(const GumboDocument &document)
+{
+    if (document.doc_type_quirks_mode == GUMBO_DOCTYPE_QUIRKS) return DocumentMode::Quirks;
+    const QString publicId = decoded(document.public_identifier);
+    const auto begins = [&publicId](const char *with) {
+        return publicId.startsWith(QLatin1String(with), Qt::CaseInsensitive);
+    };
+    const bool hasSystemId = document.system_identifier && *document.system_identifier;
+    if (begins("-//W3C//DTD XHTML 1.0 Frameset//") || begins("-//W3C//DTD XHTML 1.0 Transitional//") ||
+        (hasSystemId && (begins("-//W3C//DTD HTML 4.01 Frameset//") || begins("-//W3C//DTD HTML 4.01 Transitional//"))))
+        return DocumentMode::LimitedQuirks;
+    return DocumentMode::Standards;
+}
+
+void takeNodes(Document &document, const GumboVector &nodes, DocumentFragment &into)
+{
+    Builder(document).build(nodes, into);
+}
+
+const GumboNode *findContext(const GumboNode *root, GumboTag tag)
+{
+    // The context stands at the end of the first branch of the skeleton.
+    const GumboNode *found = nullptr;
+    for (const GumboNode *at = root; at && at->type == GUMBO_NODE_ELEMENT;) {
+        if (at->v.element.tag == tag) found = at;
+        const GumboNode *into = nullptr;
+        for (unsigned i = 0; i < at->v.element.children.length; ++i) {
+            const auto *child = static_cast<const GumboNode *>(at->v.element.children.data[i]);
+            if (child->type == GUMBO_NODE_ELEMENT && child->v.element.tag != GUMBO_TAG_HEAD && !into) into = child;
+        }
+        if (found) break;
+        at = into;
+    }
+    return found;
+}
+
+/// The tree builder reads a fragment without quirks, and then a table ends a paragraph. A fragment of a quirks document
+/// that holds a table is read as the content of a whole one.
+bool parseInQuirks(Document &document, GumboTag context, const QByteArray &text, DocumentFragment &into)
+{
+    QByteArray open = "<body>";
+    const QByteArray name(gumbo_normalized_tagname(context));
+    if (context == GUMBO_TAG_TD || context == GUMBO_TAG_TH)
+        open += "<table><tbody><tr><" + name + ">";
+    else if (context != GUMBO_TAG_BODY)
+        open += "<" + name + ">";
+    const Gumbo gumbo(open + text);
+    const GumboNode *place = findContext(gumbo.output().root, context);
+    if (!place) return false;
+    if (const GumboNode *parent = place->parent; context != GUMBO_TAG_BODY && parent) {
+        const GumboVector &siblings = parent->v.element.children;
+        if (siblings.data[siblings.length - 1] != place) return false; // it was closed by its own content
+    }
+    takeNodes(document, place->v.element.children, into);
+    return true;
+}
+
+} // namespace
+
+Ref<Document> parseDocument(const QString &text)
+{
+    const GuardedInput input = guardInput(encoded(text));
+    const Gumbo gumbo(input.text);
+    Ref<Document> document = Document::create();
+    document->markup = &Markup::instance();
+    const GumboDocument &source = gumbo.output().document->v.document;
+    document->setMode(modeOf(source));
+    if (source.has_doctype && !input.doctype.isEmpty())
+        RawTree::append(*document, *base::make<DocumentType>(*document, withLf(QString::fromUtf8(input.doctype)),
+                                                             withLf(QString::fromUtf8(input.doctypeSpace))));
+    Builder(*document).build(source.children, *document);
+    return document;
+}
+
+Ref<DocumentFragment> parseFragment(Document &document, const Element &context, const QString &text)
+{
+    auto fragment = base::make<DocumentFragment>(document);
+    if (text.isEmpty()) return fragment;
+    if (context.is(names::script) || context.is(names::style) || context.is(names::xmp)) {
+        RawTree::append(*fragment, *document.createTextNode(withLf(text)));
+        return fragment;
+    }
+    const GuardedInput input = guardInput(encoded(text));
+    GumboTag tag = context.space() == Namespace::Html ? gumbo_tag_enum(context.name().text().toUtf8().constData())
+                                                      : GUMBO_TAG_DIV;
+    if (tag == GUMBO_TAG_UNKNOWN) tag = GUMBO_TAG_DIV;
+    if (document.isQuirks() && input.text.toLower().contains("<table") &&
+        parseInQuirks(document, tag, input.text, *fragment))
+        return fragment;
+    const Gumbo gumbo(input.text, tag);
+    takeNodes(document, gumbo.output().root->v.element.children, *fragment);
+    return fragment;
+}
+
+} // namespace html

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/dom/Document.h"
+#include "engine/dom/EventObject.h"
+
+#include <QAbstractScrollArea>
+#include <QPointer>
+#include <memory>
+
+namespace changes {
+class ChangeTracker;
+}
+namespace editing {
+class Editor;
+}
+namespace layout {
+class LayoutTree;
+}
+
+namespace surface {
+
+class LoadedDocument;
+class View;
+
+/// What a navigation carries, in the contract's words. Empty strings are what the caller didn't give.
+struct Navigation {
+    QString url;
+    int flags = 0;
+    QString targetFrameName;
+    QByteArray postData;
+    QString headers;
+};
+
+/// The design surface: the one widget of the engine. It shows a document, scrolls it, takes input to it and tells of what
+/// happens. Writing its text starts a load, which a posted call carries out and `documentComplete` ends.
+///
+/// Coordinates of events and questions are client pixels of the viewport. Nothing here raises to the caller; what is not
+/// possible answers no.
+class HTMLEditor : public QAbstractScrollArea
+{
+    Q_OBJECT
+public:
+    explicit HTMLEditor(QWidget *parent = nullptr);
+    ~HTMLEditor() override;
+
+    /// Nothing (null) before the first load has ended.
+    dom::Document *document() const;
+    /// Starts a load of the text; a load that was under way is forgotten.
+    void setDocumentText(const QString &text);
+    bool isLoading() const { return mPending != nullptr; }
+    /// Where relative references of the next load, and of the document, are resolved.
+    QString baseUrl() const { return mBaseUrl; }
+    void setBaseUrl(const QString &url);
+    /// Raises `beforeNavigate`; unless cancelled, loads the address, or scrolls to a bookmark ("#name") of the document.
+    void navigate(const Navigation &navigation);
+
+    dom::EditMode editMode() const { return mEditMode; }
+    void setEditMode(dom::EditMode mode);
+    bool showDetails() const { return mShowDetails; }
+    void setShowDetails(bool show);
+    bool showBorders() const { return mShowBorders; }
+    void setShowBorders(bool show);
+    bool autoSelectEditableSpans() const { return mAutoSelectEditableSpans; }
+    void setAutoSelectEditableSpans(bool select) { mAutoSelectEditableSpans = select; }
+    /// Options that a host switches by number; the surface keeps them and answers what was set.
+    bool numberedOption(int index) const { return mOptions.value(index); }
+    void setNumberedOption(int index, bool on) { mOptions[index] = on; }
+    QObject *externalObject() const { return mExternalObject; }
+    void setExternalObject(QObject *object) { mExternalObject = object; }
+
+    void takeFocus() { setFocus(Qt::OtherFocusReason); }
+    void takeFocusAtLoadEnd() { mFocusAtLoadEnd = true; }
+
+    /// Bit field of a command: 2 enabled, 4 latched; 43 is undo and 29 redo.
+    int queryStatus(int command) const;
+    /// Does the command; whether it could.
+    bool execCommand(int command, const QString &value = {});
+    /// The surface's own history; with a reader of the change log, Ctrl+Z goes out as `undoRequested`.
+    bool undo();
+    bool redo();
+
+    // Inside, for the folders that wire the surface to the rest and for checks.
+    LoadedDocument *loaded() const { return mLoaded.get(); }
+    changes::ChangeTracker *tracker() const;
+    editing::Editor *editor() const;
+    View &view() { return *mView; }
+
+Q_SIGNALS:
+    void documentComplete(const QString &url);
+    void beforeNavigate(const surface::Navigation &navigation, bool &cancel);
+    void navigateComplete();
+    void elementEvent(int id, dom::EventObject *event, bool &cancelDefault);
+    /// -1 for any command.
+    void commandStateChange(int command, bool enable);
+    void selectionChanged();
+    void cellSelectionChanged();
+    void areaCreated(dom::Element *area);
+    void showContextMenu(int menuType, int x, int y, dom::Element *at, bool &handled);
+    void undoRequested();
+    void redoRequested();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+    QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+    void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    struct PendingLoad;
+    void post(std::unique_ptr<PendingLoad> load);
+    void finishLoad();
+    bool raise(int id, dom::EventObject &event);
+
+    std::unique_ptr<PendingLoad> mPending;
+    std::unique_ptr<LoadedDocument> mLoaded;
+    std::unique_ptr<View> mView;
+    QString mBaseUrl;
+    dom::EditMode mEditMode = dom::EditMode::Edit;
+    bool mShowDetails = false;
+    bool mShowBorders = true;
+    bool mAutoSelectEditableSpans = false;
+    bool mFocusAtLoadEnd = false;
+    QHash<int, bool> mOptions;
+    QPointer<QObject> mExternalObject;
+};
+
+} // namespace surface

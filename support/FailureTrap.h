@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "base/Error.h"
+#include "base/Fault.h"
+#include "support/FailureReport.h"
+
+#include <array>
+#include <cstring>
+#include <exception>
+#include <type_traits>
+
+/// The trap that each procedure of the control carries. Whatever is thrown in a procedure ends at its trap in one
+/// report, and the caller goes on with the result as far as it came:
+///
+///     void Vellum5::SetChangeKey(const QString &ChangeKey)
+///     {
+///         trap("Vellum5", "SetChangeKey", this, [&] {
+///             Parameters parameters("ChangeKey", ChangeKey);
+///             mChangeKey = ChangeKey;
+///         });
+///     }
+///     QString Vellum5::GetVisualHTML()
+///     {
+///         return trap<QString>("Vellum5", "GetVisualHTML", this, [&](QString &Result) {
+///             int count = 0;
+///             Locals locals("count", count);
+///             ...
+///         });
+///     }
+///
+/// The third argument tells where the module's variables are: an object with `void dumpModuleVariables(VariableDump &)
+/// const`, a function `void (VariableDump &)` for a module of functions, or nullptr. `Locals` and `Parameters` are
+/// declared behind the variables that they name: while the stack unwinds they still see them, and write their dump
+/// then. On the way where nothing fails a trap is a handful of stores, a guard one store a variable.
+///
+/// The line reported is that of the statement in the procedure that failed. Where a function that it called threw, the
+/// calls that led to the error tell it, as long as the program carries its line table; without one, the last line that
+/// the procedure is known to have reached does (`CallSite`), and after that the trap's own line.
+namespace support {
+
+using ModuleDump = void (*)(VariableDump &);
+
+class TrapFrame
+{
+public:
+    using DumpMembers = void (*)(const void *, VariableDump &);
+
+    TrapFrame(const char *module, const char *procedure, const void *object, DumpMembers dumpMembers, int line,
+              const char *file)
+        : mModule(module), mProcedure(procedure), mObject(object), mDumpMembers(dumpMembers), mFile(file), mLine(line),
+          mLastLine(line), mPrevious(sCurrent)
+    {
+        sCurrent = this;
+        ++base::errorStacksWanted;
+    }
+    ~TrapFrame()
+    {
+        sCurrent = mPrevious;
+        --base::errorStacksWanted;
+        delete mDumps;
+    }
+    TrapFrame(const TrapFrame &) = delete;
+    TrapFrame &operator=(const TrapFrame &) = delete;
+
+    /// The innermost procedure that runs in this thread, null outside of any.
+    static TrapFrame *current() { return sCurrent; }
+
+    void noteLine(int line, const char *file)
+    {
+        // One unit's name of a file is one literal.
+        if (file == mFile) mLastLine = line;
+    }
+    /// Takes the dump of a guard's variables. A later guard's come before those already there, since guards end in the
+    /// reverse order of their declaration.
+    void addDump(VariableRole role, const QString &text);
+    /// Forgets the dumps that guards wrote for an error that was caught inside the procedure.
+    void forgetDumps();
+
+    /// To be called in the handler: reports the error being handled.
+    void report() noexcept;
+
+private:
+    struct Dumps
+    {
+        QString locals, parameters;
+    };
+
+    FailureReport makeReport();
+    std::optional<int> lineOfCall(const base::StackPlaces &stack) const;
+    QString makeDump();
+
+    const char *mModule, *mProcedure;
+    const void *mObject;
+    DumpMembers mDumpMembers;
+    const char *mFile;
+    int mLine;
+    int mLastLine;
+    TrapFrame *mPrevious;
+    Dumps *mDumps = nullptr; // made only when something fails
+
+    static inline thread_local constinit TrapFrame *sCurrent = nullptr;
+};
+
+/// A default argument of functions that procedures call and that may fail (`CallSite = {}`, the last one): tells the
+/// caller's trap which line is being run.
+struct CallSite
+{
+    CallSite(int line = __builtin_LINE(), const char *file = __builtin_FILE())
+    {
+        if (TrapFrame *frame = TrapFrame::current()) frame->noteLine(line, file);
+    }
+};
+
+namespace detail {
+
+template <class T> void dumpMembersOf(const void *object, VariableDump &dump)
+{
+    static_cast<const T *>(object)->dumpModuleVariables(dump);
+}
+inline void dumpModule(const void *module, VariableDump &dump)
+{
+    reinterpret_cast<ModuleDump>(reinterpret_cast<quintptr>(module))(dump);
+}
+
+struct ModuleVariables
+{
+    const void *object = nullptr;
+    TrapFrame::DumpMembers dumpMembers = nullptr;
+
+    ModuleVariables(std::nullptr_t) {}
+    ModuleVariables(ModuleDump function)
+        : object(reinterpret_cast<const void *>(reinterpret_cast<quintptr>(function))), dumpMembers(&dumpModule)
+    {
+    }
+    template <class T>
+    requires requires(const T &t, VariableDump &dump) { t.dumpModuleVariables(dump); }
+    ModuleVariables(const T *module) : object(module), dumpMembers(&dumpMembersOf<T>) {}
+};
+
+} // namespace detail
+
+/// Runs a body that has no result, or that returns one: the type's default value when it fails.
+template <class Body>
+requires std::is_invocable_v<Body>
+auto trap(const char *module, const char *procedure, detail::ModuleVariables variables, Body &&body,
+          int line = __builtin_LINE(), const char *file = __builtin_FILE()) -> std::invoke_result_t<Body>
+{
+    TrapFrame frame(module, procedure, variables.object, variables.dumpMembers, line, file);
+    try {
+        base::faults::check(module, procedure, line, file);
+        return body();
+    } catch (...) {
+        frame.report();
+    }
+    if constexpr (!std::is_void_v<std::invoke_result_t<Body>>) return {};
+}
+
+/// Runs a body that fills in a result, which starts as the type's default value. What it holds when the body fails is
+/// what the caller gets.
+template <class Result, class Body>
+requires std::is_invocable_v<Body, Result &> Result trap(const char *module, const char *procedure,
+                                                         detail::ModuleVariables variables, Body &&body,
+                                                         int line = __builtin_LINE(),
+                                                         const char *file = __builtin_FILE())
+{
+    Result result{};
+    TrapFrame frame(module, procedure, variables.object, variables.dumpMembers, line, file);
+    try {
+        base::faults::check(module, procedure, line, file);
+        body(result);
+    } catch (...) {
+        frame.report();
+    }
+    return result;
+}
+
+/// The number of the error being handled, as a report would give it.
+long currentErrorNumber() noexcept;
+
+/// Runs a body with errors ignored. The error's number is the test: 0 when all went well.
+template <class Body> long attempt(Body &&body) noexcept
+{
+    // Nobody will ask where an error came from; a trap inside counts anew.
+    struct Untraced
+    {
+        const int wanted = std::exchange(base::errorStacksWanted, 0);
+        ~Untraced() { base::errorStacksWanted = wanted; }
+    } untraced;
+    try {
+        body();
+        return 0;
+    } catch (...) {
+        if (TrapFrame *frame = TrapFrame::current()) frame->forgetDumps();
+        return currentErrorNumber();
+    }
+}
+
+// --- variables ---
+
+template <VariableRole role, std::size_t count> class VariableGuard
+{
+public:
+    VariableGuard(const VariableGuard &) = delete;
+    VariableGuard &operator=(const VariableGuard &) = delete;
+
+protected:
+    struct Variable
+    {
+        const char *name;
+        const void *value;
+        void (*dump)(VariableDump &, const char *, const void *);
+    };
+
+    VariableGuard() : mFrame(TrapFrame::current()), mExceptions(std::uncaught_exceptions()) {}
+    ~VariableGuard()
+    {
+        if (std::uncaught_exceptions() > mExceptions && mFrame) [[unlikely]]
+            write();
+    }
+
+    template <std::size_t index> void set() {}
+    template <std::size_t index, class T, class... Rest> void set(const char *name, T &value, Rest &&...rest)
+    {
+        mVariables[index] = {name, static_cast<const void *>(&value),
+                             [](VariableDump &dump, const char *variable, const void *address) {
+                                 dump.add(variable, *static_cast<const T *>(address));
+                             }};
+        set<index + 1>(std::forward<Rest>(rest)...);
+    }
+
+private:
+    void write() noexcept
+    {
+        try {
+            VariableDump dump(role);
+            for (const Variable &variable : mVariables)
+                variable.dump(dump, variable.name, variable.value);
+            mFrame->addDump(role, dump.text());
+        } catch (...) {
+            // The report goes without these variables.
+        }
+    }
+
+    TrapFrame *mFrame;
+    int mExceptions;
+    std::array<Variable, count> mVariables;
+};
+
+/// Names the local variables that a failure's dump shows, by name and variable in turn. Only variables, no temporaries.
+template <std::size_t count> class Locals : public VariableGuard<VariableRole::Local, count>
+{
+public:
+    template <class... Arguments> explicit Locals(Arguments &&...arguments)
+    {
+        this->template set<0>(std::forward<Arguments>(arguments)...);
+    }
+};
+template <class... Arguments> Locals(Arguments &&...) -> Locals<sizeof...(Arguments) / 2>;
+
+/// The same for the procedure's parameters.
+template <std::size_t count> class Parameters : public VariableGuard<VariableRole::Parameter, count>
+{
+public:
+    template <class... Arguments> explicit Parameters(Arguments &&...arguments)
+    {
+        this->template set<0>(std::forward<Arguments>(arguments)...);
+    }
+};
+template <class... Arguments> Parameters(Arguments &&...) -> Parameters<sizeof...(Arguments) / 2>;
+
+} // namespace support
