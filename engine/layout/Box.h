@@ -3,7 +3,7 @@
 
 #include "base/Ref.h"
 #include "base/SumTree.h"
-#include "engine/css/ComputedStyle.h"
+#include "engine/layout/StyleSource.h"
 #include "engine/dom/Element.h"
 #include "engine/layout/Unit.h"
 
@@ -20,7 +20,7 @@ namespace layout {
 
 class BlockBox;
 class InlineContent;
-using StyleRef = base::Ref<const css::ComputedStyle>;
+
 
 enum class BoxKind : uint8_t { Text, LineBreak, Inline, Block, Replaced, Table, TableSection, TableRow, TableCell, TableColumn };
 enum class Pseudo : uint8_t { None, Before, After, Marker };

@@ -21,7 +21,7 @@ enum class TextTransform : uint8_t { None, Uppercase, Lowercase, Capitalize };
 enum class LineAlign : uint8_t { Left, Right, Center, Justify };
 enum class CellAlign : uint8_t { Baseline, Top, Middle, Bottom };
 enum class SectionKind : uint8_t { Body, Head, Foot };
-enum class VerticalAlignKind : uint8_t { Baseline, Sub, Super, Middle, TextTop, TextBottom, Length, Top, Bottom };
+enum class VerticalAlignKind : uint8_t { Baseline, Sub, Super, Middle, BaselineMiddle, TextTop, TextBottom, Length, Top, Bottom };
 struct VerticalAlign {
     VerticalAlignKind kind = VerticalAlignKind::Baseline;
     Unit length;
@@ -76,6 +76,7 @@ bool dependsOnContainingHeight(const BlockBox &box);
 Offsets offsetsOf(const BlockBox &box, const Constraint &constraint);
 
 // Position
+bool isPositioned(const css::ComputedStyle &style);
 bool isFixedPosition(const Box &box);
 /// Anything but static.
 bool isPositionedStyle(const Box &box);

@@ -66,6 +66,7 @@ void FontFace::readTables()
         mAscent = int(mRaw.ascent() / shapingSize * mUnitsPerEm);
         mDescent = int(mRaw.descent() / shapingSize * mUnitsPerEm);
     }
+    mAverageWidth = int16At(os2, 2);
     mXHeight = os2.size() >= 88 ? int16At(os2, 86) : 0;
     if (mXHeight <= 0) mXHeight = int(mRaw.xHeight() / shapingSize * mUnitsPerEm);
     if (mXHeight <= 0) mXHeight = mAscent / 2;

@@ -29,6 +29,7 @@ public:
     int descent() const { return mDescent; }
     int lineGap() const { return mLineGap; }
     int xHeight() const { return mXHeight; }
+    int averageWidth() const { return mAverageWidth; }
     int underlinePosition() const { return mUnderlinePosition; }
     int underlineThickness() const { return mUnderlineThickness; }
     const QRawFont &raw() const { return mRaw; }
@@ -74,7 +75,7 @@ private:
     QString mFamily;
     QFont mFont;
     QRawFont mRaw;
-    int mUnitsPerEm = 2048, mAscent = 0, mDescent = 0, mLineGap = 0, mXHeight = 0;
+    int mUnitsPerEm = 2048, mAscent = 0, mDescent = 0, mLineGap = 0, mXHeight = 0, mAverageWidth = 0;
     int mUnderlinePosition = 0, mUnderlineThickness = 0;
     bool mKerns = true;
     mutable std::array<Entry, tableSize> mEntries{};

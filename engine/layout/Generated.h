@@ -25,7 +25,9 @@ bool hasInsideMarker(const BlockBox &box);
 /// The number of a list item, counted from its list's start.
 int listOrdinal(const dom::Element &item);
 /// A counter's value in a list style: "iv", "c", "12".
-QString counterText(int value, const QString &listStyle);
+QString counterText(int value, css::ListStyleType type);
+bool isBulletType(css::ListStyleType type);
+bool hasGeneratedContent(LayoutTree &tree, dom::Element &element);
 
 /// Content of replaced elements: which element shows what, and how big it is by itself.
 bool isReplacedElement(const dom::Element &element);

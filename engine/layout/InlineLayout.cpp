@@ -269,7 +269,7 @@ void InlineLayout::fill()
             ++mItem;
             break;
         case ItemType::Positioned: {
-            const Unit x = mLeft + (static_cast<BlockBox *>(item.box)->style().originalDisplayIsInline() ? mUsed : Unit());
+            const Unit x = mLeft + (item.box->style().box().originalInline ? mUsed : Unit());
             mEngine.noteStaticPosition(mBlock, *item.box->asBlock(), {x, mBlock.contentTop() + mLineTop});
             ++mItem;
             break;

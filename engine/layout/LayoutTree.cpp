@@ -9,7 +9,7 @@
 
 namespace layout {
 
-LayoutTree::LayoutTree(dom::Document &document, css::StyleEngine &styles) : mDocument(document), mStyles(styles)
+LayoutTree::LayoutTree(dom::Document &document, StyleSource &styles) : mDocument(document), mStyles(styles)
 {
     mDocument.addObserver(this);
     mStyles.addListener(this);
@@ -93,10 +93,6 @@ void LayoutTree::forget(dom::Node &node)
 void LayoutTree::boxGone(Box &box)
 {
     if (box.node() && box.node()->layoutSlot == &box) box.node()->layoutSlot = nullptr;
-    BlockBox *block = box.asBlock();
-    if (!block || !mRoot) return;
-    if (block->positioned)
-        for (BlockBox *up = mRoot.get(); up; up = nullptr) (void)up;
 }
 
 namespace {
@@ -213,14 +209,20 @@ void LayoutTree::reattachElement(dom::Element &element)
     note(parent, &element);
 }
 
-void LayoutTree::styleChanged(dom::Element &element, css::StyleChange change)
+void LayoutTree::styleChanged(dom::Element &element, css::Difference difference)
 {
-    if (!mRebuildAll) restyle(element, change);
+    if (mRebuildAll || difference == css::Difference::None) return;
+    Box *box = boxOf(element);
+    if (difference == css::Difference::Reframe || !box) {
+        reattachElement(element);
+        return;
+    }
+    restyle(element);
 }
 
 void LayoutTree::stylesInvalidated()
 {
-    dropAll();
+    mStylesWait = true;
 }
 
 namespace {
@@ -236,7 +238,7 @@ void shareStyle(Box &box, const StyleRef &style)
 
 } // namespace
 
-void LayoutTree::restyle(dom::Element &element, css::StyleChange)
+void LayoutTree::restyle(dom::Element &element)
 {
     Box *box = boxOf(element);
     const StyleRef style = mStyles.styleFor(element);
@@ -309,7 +311,7 @@ void LayoutTree::markDirty(Box &box)
 
 bool LayoutTree::needsUpdate() const
 {
-    return mRebuildAll || !mPending.empty() || !mRoot || mRoot->needsLayout || mRoot->childNeedsLayout;
+    return mRebuildAll || mStylesWait || !mPending.empty() || !mRoot || mRoot->needsLayout || mRoot->childNeedsLayout;
 }
 
 void LayoutTree::buildAll()
@@ -369,6 +371,7 @@ void LayoutTree::update()
     if (mUpdating) return;
     mUpdating = true;
     mStyles.update();
+    mStylesWait = false;
     if (mRebuildAll || !mRoot) buildAll();
     if (!mPending.empty()) buildPending();
     if (mRoot && (mRoot->needsLayout || mRoot->childNeedsLayout)) {
@@ -385,7 +388,7 @@ BlockBox &LayoutTree::root()
 {
     update();
     if (!mRoot) { // a document without a root element
-        mRoot = std::make_unique<BlockBox>(BoxKind::Block, nullptr, mStyles.initialStyle());
+        mRoot = std::make_unique<BlockBox>(BoxKind::Block, nullptr, StyleRef(&css::ComputedStyle::initial()));
         mRoot->anonymous = true;
         mRoot->width = Unit::px(mViewport.width());
     }

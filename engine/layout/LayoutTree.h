@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "engine/css/StyleEngine.h"
 #include "engine/dom/Document.h"
 #include "engine/dom/Observer.h"
 #include "engine/layout/Engine.h"
+#include "engine/layout/StyleSource.h"
 #include "engine/layout/TableLayout.h"
 
 namespace layout {
@@ -17,11 +17,11 @@ class LayoutTree final : public dom::MutationObserver, public css::StyleListener
 {
 public:
     /// Both must outlive the tree. Observes the document at once; builds nothing until the first update.
-    LayoutTree(dom::Document &document, css::StyleEngine &styles);
+    LayoutTree(dom::Document &document, StyleSource &styles);
     ~LayoutTree() override;
 
     dom::Document &document() const { return mDocument; }
-    css::StyleEngine &styles() const { return mStyles; }
+    StyleSource &styles() const { return mStyles; }
     /// CSS pixels. The width is that of the view without its scroll bar.
     void setViewport(QSize size);
     QSize viewport() const { return mViewport; }
@@ -56,7 +56,7 @@ public:
     void attributeChanged(dom::Element &element, dom::Atom name, const QString *old) override;
     void heldOpenChanged(dom::Element &element) override;
     // css::StyleListener
-    void styleChanged(dom::Element &element, css::StyleChange change) override;
+    void styleChanged(dom::Element &element, css::Difference difference) override;
     void stylesInvalidated() override;
 
     /// Marks a box and everything above it.
@@ -75,18 +75,18 @@ private:
     void buildAll();
     void dropAll();
     void reattachElement(dom::Element &element);
-    void restyle(dom::Element &element, css::StyleChange change);
+    void restyle(dom::Element &element);
     Unit availableHeight() const { return Unit::px(mViewport.height()); }
 
     dom::Document &mDocument;
-    css::StyleEngine &mStyles;
+    StyleSource &mStyles;
     ImageSource *mImages = nullptr;
     QSize mViewport{1000, 800};
     std::unique_ptr<BlockBox> mRoot;
     std::vector<Pending> mPending;
     bool mRebuildAll = true;
     bool mUpdating = false;
-    bool mCounters = false; // some style counts: generated texts are numbered as a whole
+    bool mStylesWait = false;
     WorkCounters mWork;
     uint64_t mVersion = 0;
 };

@@ -54,6 +54,9 @@ void InlineLayout::align(State &state, const State &parent)
     case VerticalAlignKind::Middle:
         state.baseline += (state.ascent - state.descent) / 2 - Unit::round(parentFont.xHeight() / 2);
         break;
+    case VerticalAlignKind::BaselineMiddle:
+        state.baseline += (state.ascent - state.descent) / 2;
+        break;
     case VerticalAlignKind::TextTop:
         state.baseline += state.ascent - parent.textAscent;
         break;
