@@ -191,12 +191,14 @@ void Engine::layoutInFlow(BlockBox &box, const Constraint &constraint, FloatArea
         return;
     }
     const bool active = area.context && area.context->activeBelow(area.origin.y);
+    const Unit oldWidth = box.width;
     const bool sameWidth = box.layoutWidth == constraint.width && box.layoutHeight == constraint.height;
     if (active || box.enteredWithFloats || !sameWidth) box.needsLayout = true;
     box.enteredWithFloats = active;
-    if (box.needsLayout || box.isReplaced()) {
+    if (box.needsLayout || box.isReplaced() || box.isTable() || shrinksToFit(box)) {
         if (!box.flowValid) resolveEdges(box, constraint.width);
         resolveInFlowWidth(box, constraint, area);
+        if (box.width != oldWidth) box.needsLayout = true;
     }
     layoutContents(box, constraint, area.movedBy({box.x, Unit()}));
 }
