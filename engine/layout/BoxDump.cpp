@@ -140,11 +140,13 @@ QString LayoutTree::compareWithFresh()
     for (const auto &[node, slot] : slots_) node->layoutSlot = slot;
     mRoot = std::move(kept);
     mWork = work;
-    for (qsizetype i = 0; i < std::max(mine.size(), fresh.size()); ++i) {
+    // An outer box differs with an inner one: the first few differences tell which it is.
+    QStringList differences;
+    for (qsizetype i = 0; i < std::max(mine.size(), fresh.size()) && differences.size() < 8; ++i) {
         const QString a = i < mine.size() ? mine[i] : QString(), b = i < fresh.size() ? fresh[i] : QString();
-        if (a != b) return QStringLiteral("line %1: incremental \"%2\", fresh \"%3\"").arg(i).arg(a, b);
+        if (a != b) differences << QStringLiteral("line %1: incremental \"%2\", fresh \"%3\"").arg(i).arg(a, b);
     }
-    return {};
+    return differences.join(QLatin1Char('\n'));
 }
 
 } // namespace layout
