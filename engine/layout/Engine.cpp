@@ -1,0 +1,530 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/layout/Engine.h"
+
+#include "engine/layout/BoxStyle.h"
+#include "engine/layout/InlineLayout.h"
+#include "engine/layout/TableLayout.h"
+
+namespace layout {
+
+namespace {
+
+bool isBlockContainer(const BlockBox &box)
+{
+    return box.kind() == BoxKind::Block || box.kind() == BoxKind::TableCell;
+}
+
+// Margins of the first and last child become the block's own where nothing stands between them.
+bool collapsesWithFirst(const BlockBox &box)
+{
+    return isBlockContainer(box) && !box.formattingRoot && !box.border.top && !box.padding.top;
+}
+
+bool collapsesWithLast(const BlockBox &box)
+{
+    return isBlockContainer(box) && !box.formattingRoot && !box.border.bottom && !box.padding.bottom && heightIsAuto(box);
+}
+
+} // namespace
+
+void Engine::resolveEdges(BlockBox &box, Unit containingWidth)
+{
+    box.marginLeft = box.marginRight = box.marginTop = box.marginBottom = Unit();
+    if (box.anonymous) {
+        box.border = {};
+        box.padding = {};
+        return;
+    }
+    if (box.kind() == BoxKind::TableSection || box.kind() == BoxKind::TableRow) {
+        box.border = box.padding = {};
+        return;
+    }
+    if (!hasCollapsedBorders(box)) box.border = bordersOf(box.style());
+    box.padding = paddingsOf(box, containingWidth);
+    if (box.isCell()) return;
+    const Edges margin = marginsOf(box.style(), containingWidth);
+    box.marginLeft = margin.left;
+    box.marginRight = margin.right;
+    box.marginTop = margin.top;
+    box.marginBottom = margin.bottom;
+}
+
+void Engine::prepareInline(BlockBox &box)
+{
+    if (!box.inlineContent->itemsValid) InlineCollector(box).run();
+}
+
+void Engine::updateFlowMemo(BlockBox &box, Unit containingWidth)
+{
+    if (box.flowValid && box.layoutWidth == containingWidth) return;
+    resolveEdges(box, containingWidth);
+    box.topStrut = {};
+    box.topStrut.add(box.marginTop);
+    box.collapsesThrough = false;
+    box.flowValid = true;
+    if (box.formattingRoot || !isBlockContainer(box)) return;
+    const bool open = !box.border.top && !box.padding.top;
+    bool empty = true;
+    const std::optional<Unit> given = usedWidth(box, containingWidth);
+    const Unit inner = given ? std::max(Unit(), *given - box.frame().horizontal())
+                             : containingWidth - box.marginLeft - box.marginRight - box.frame().horizontal();
+    if (box.inlineContent) {
+        prepareInline(box);
+        empty = !box.inlineContent->hasContent;
+        if (empty || box.inlineContent->hasBlocks) {
+            for (const InlineItem &item : box.inlineContent->items) {
+                const bool blank = item.type == ItemType::Open || item.type == ItemType::Close || item.type == ItemType::Float ||
+                                   item.type == ItemType::Positioned ||
+                                   (item.type == ItemType::Text && item.end <= item.start + 1);
+                if (item.type == ItemType::Block) {
+                    BlockBox &child = *item.box->asBlock();
+                    updateFlowMemo(child, inner);
+                    if (open) box.topStrut.add(child.topStrut);
+                    if (child.collapsesThrough) continue;
+                    empty = false;
+                    break;
+                }
+                if (!blank) break;
+            }
+        }
+    } else {
+        for (Box *each = box.firstChild(); each; each = each->next()) {
+            BlockBox *child = each->asBlock();
+            if (!child || child->isOutOfFlow()) continue;
+            updateFlowMemo(*child, inner);
+            if (open && !ignoresQuirkyMargin(*this, box, *child)) box.topStrut.add(child->topStrut);
+            if (child->collapsesThrough) continue;
+            empty = false;
+            break;
+        }
+        if (empty && box.element() && box.element()->isHeldOpen()) empty = false;
+    }
+    if (!empty || !open || box.border.bottom || box.padding.bottom || hasMinimumHeight(box)) return;
+    if (!heightIsAuto(box) && !heightIsZero(box)) return;
+    box.collapsesThrough = true;
+    box.topStrut.add(box.marginBottom);
+}
+
+bool Engine::avoidsFloats(const BlockBox &box) const
+{
+    return box.formattingRoot || box.isReplaced() || box.isTable();
+}
+
+Unit Engine::minimumWidth(BlockBox &box, Unit containingWidth) const
+{
+    if (const auto given = usedWidth(box, containingWidth)) return *given;
+    return const_cast<Engine *>(this)->preferredWidths(box).min;
+}
+
+void Engine::resolveInFlowWidth(BlockBox &box, const Constraint &constraint, FloatArea area)
+{
+    const Unit start = box.container() ? box.container()->contentLeft() : Unit();
+    Unit left, width = constraint.width;
+    if (avoidsFloats(box) && area.context && !area.context->empty()) {
+        const auto span = area.context->spanAt(area.origin.y, Unit::fromRaw(1), area.origin.x + start, area.origin.x + start + width);
+        // A margin reaches under a float; what doesn't fit between is taken from the width.
+        left = std::max(Unit(), span.left - area.origin.x - start - box.marginLeft);
+        if (span.left <= area.origin.x + start) left = Unit();
+        const Unit right = std::max(Unit(), area.origin.x + start + width - span.right - box.marginRight);
+        width = width - left - (span.right >= area.origin.x + start + width ? Unit() : right);
+    }
+    const Unit available = width - box.marginLeft - box.marginRight;
+    Unit used;
+    if (box.isReplaced()) {
+        const Size size = replacedSize(box, constraint);
+        used = size.width;
+        box.height = size.height;
+    } else if (box.isTable() || shrinksToFit(box)) {
+        used = TableLayout::usedWidth(*this, box, constraint.width, available);
+    } else {
+        const std::optional<Unit> given = usedWidth(box, constraint.width);
+        used = clampedWidth(box, given ? *given : std::max(available, box.frame().horizontal()), constraint.width);
+    }
+    box.width = used;
+    const Unit free = available - used;
+    const bool autoLeft = marginIsAuto(box, Side::Left), autoRight = marginIsAuto(box, Side::Right);
+    Unit shift;
+    if (autoLeft && autoRight)
+        shift = free.raw > 0 ? free / 2 : Unit();
+    else if (autoLeft)
+        shift = std::max(free, Unit());
+    else if (!autoRight)
+        shift = blockAlignShift(box, free);
+    box.x = start + left + box.marginLeft + shift;
+}
+
+bool Engine::canReuse(const BlockBox &box, const Constraint &constraint, FloatArea area) const
+{
+    if (box.needsLayout || box.childNeedsLayout || box.layoutWidth != constraint.width) return false;
+    if (box.layoutHeight != constraint.height && box.dependsOnHeight) return false;
+    if (box.enteredWithFloats) return false;
+    return !area.context || !area.context->activeBelow(area.origin.y);
+}
+
+// A subtree that keeps its layout still puts its floats into the context that is being built.
+void Engine::replayFloats(BlockBox &box, FloatArea area)
+{
+    if (!box.subtreeHasFloats || box.formattingRoot || !area.context) return;
+    const auto visit = [&](auto &&self, Box &parent) -> void {
+        for (Box *child = parent.firstChild(); child; child = child->next()) {
+            BlockBox *block = child->asBlock();
+            if (block && block->floating) {
+                const Point at = area.origin + block->position();
+                area.context->add({at.x - block->marginLeft, at.y - block->marginTop,
+                                   block->marginLeft + block->width + block->marginRight,
+                                   block->marginTop + block->height + block->marginBottom},
+                                  floatsLeft(*block));
+            } else if (block && !block->isOutOfFlow() && !block->inlineLevel) {
+                replayFloats(*block, area.movedBy(block->position()));
+            } else if (child->isInline()) {
+                self(self, *child);
+            }
+        }
+    };
+    visit(visit, box);
+}
+
+void Engine::layoutInFlow(BlockBox &box, const Constraint &constraint, FloatArea area)
+{
+    if (canReuse(box, constraint, area)) {
+        replayFloats(box, area.movedBy({box.x, Unit()}));
+        return;
+    }
+    const bool active = area.context && area.context->activeBelow(area.origin.y);
+    const Unit oldWidth = box.width;
+    const bool sameWidth = box.layoutWidth == constraint.width && box.layoutHeight == constraint.height;
+    if (active || box.enteredWithFloats || !sameWidth) box.needsLayout = true;
+    box.enteredWithFloats = active;
+    if (box.needsLayout || box.isReplaced() || box.isTable() || shrinksToFit(box)) {
+        if (!box.flowValid) resolveEdges(box, constraint.width);
+        resolveInFlowWidth(box, constraint, area);
+        if (box.width != oldWidth) box.needsLayout = true;
+    }
+    layoutContents(box, constraint, area.movedBy({box.x, Unit()}));
+}
+
+void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, const Constraint &constraint, FloatArea area,
+                        Unit runningSum)
+{
+    if (child.layoutWidth != constraint.width) child.flowValid = false;
+    updateFlowMemo(child, constraint.width);
+    const bool joins = state.atTop && collapsesWithFirst(parent);
+    MarginStrut strut = state.strut;
+    strut.add(child.topStrut);
+    Unit top = state.y;
+    if (ignoresQuirkyMargin(*this, parent, child) && state.atTop)
+        top += Unit();
+    else if (!joins)
+        top += strut.sum();
+    const Unit contentTop = parent.contentTop();
+    const Unit originY = area.origin.y + contentTop;
+    if (area.context && !area.context->empty()) {
+        if (const auto side = clearOf(child)) {
+            const Unit clear = area.context->clearance(*side) - originY;
+            if (clear > top) {
+                top = clear;
+                state.atTop = false;
+            }
+        }
+        if (avoidsFloats(child) && area.context->activeBelow(originY + top)) {
+            const Unit left = area.origin.x + parent.contentLeft();
+            const Unit needed = child.isReplaced() ? replacedSize(child, constraint).width : minimumWidth(child, constraint.width);
+            for (int tries = 0; tries < 1000; ++tries) {
+                const auto span = area.context->spanAt(originY + top, Unit::fromRaw(1), left, left + constraint.width);
+                if (span.width() >= needed || (span.left <= left && span.right >= left + constraint.width)) break;
+                const Unit next = area.context->nextEdge(originY + top) - originY;
+                if (next <= top) break;
+                top = next;
+            }
+        }
+    }
+    layoutInFlow(child, constraint, {area.context, {area.origin.x, originY + top}});
+    child.gap = top - runningSum;
+    if (child.collapsesThrough) {
+        if (!joins) state.strut = strut;
+        return;
+    }
+    state.y = top + child.height;
+    state.strut = child.bottomStrut;
+    state.atTop = false;
+}
+
+void Engine::placeFloat(BlockBox &parent, BlockBox &child, Unit y, const Constraint &constraint, FloatArea area)
+{
+    if (child.needsLayout || child.childNeedsLayout || child.layoutWidth != constraint.width || child.layoutHeight != constraint.height)
+        layoutIndependent(child, constraint, constraint.width);
+    const Size outer{child.marginLeft + child.width + child.marginRight, child.marginTop + child.height + child.marginBottom};
+    const Unit originY = area.origin.y + parent.contentTop(), left = area.origin.x + parent.contentLeft();
+    Unit top = originY + y;
+    FloatContext fallback;
+    fallback.clear();
+    FloatContext &context = area.context ? *area.context : fallback;
+    if (const auto side = clearOf(child)) top = std::max(top, context.clearance(*side));
+    const Point at = context.place(floatsLeft(child), outer, top, left, left + constraint.width);
+    child.x = at.x - area.origin.x + child.marginLeft;
+    child.gap = at.y - area.origin.y + child.marginTop;
+}
+
+void Engine::layoutFlowChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state)
+{
+    Unit sum;
+    for (Box *each = box.firstChild(); each; each = each->next()) {
+        BlockBox *child = each->asBlock();
+        if (!child) continue;
+        const bool joins = state.atTop && collapsesWithFirst(box);
+        const Unit here = state.y + (joins ? Unit() : state.strut.sum());
+        if (child->floating) {
+            placeFloat(box, *child, here, inner, area);
+        } else if (child->positioned) {
+            noteStaticPosition(box, *child, {box.contentLeft(), box.contentTop() + here});
+        } else {
+            const FlowSum before = FlowTraits::value(*child);
+            placeChild(box, *child, state, inner, area, sum);
+            const FlowSum after = FlowTraits::value(*child);
+            if (std::memcmp(&before, &after, sizeof before) != 0) box.flow.changed(*child);
+            sum += child->gap + child->height;
+        }
+    }
+    box.flowEnd = {state.strut, sum - state.y, state.atTop};
+}
+
+// Lays out again only the children that ask for it, and those behind them whose place against the one in front changes.
+// False where floats or positioned children make the whole flow depend on it.
+bool Engine::relayoutDirtyChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state)
+{
+    if (!box.rare || box.rare->allDirty || box.subtreeHasFloats || box.enteredWithFloats) return false;
+    for (BlockBox *child : box.rare->dirty)
+        if (!child->inSumTree) return false;
+    std::vector<BlockBox *> dirty = box.rare->dirty;
+    std::sort(dirty.begin(), dirty.end(), [&](BlockBox *a, BlockBox *b) { return box.flow.indexOf(*a) < box.flow.indexOf(*b); });
+    bool reachedEnd = false;
+    for (BlockBox *start : dirty) {
+        if (!start->needsLayout && !start->childNeedsLayout) continue; // done on the way from an earlier one
+        BlockBox *before = start->previousInFlow();
+        while (before && before->collapsesThrough) before = before->previousInFlow();
+        FlowState at;
+        Unit sum;
+        BlockBox *child = before ? before->nextInFlow() : box.flow.at(0);
+        if (before) {
+            sum = Unit::fromRaw(box.flow.sumBefore(*before).height) + before->gap + before->height;
+            at.y = sum;
+            at.strut = before->bottomStrut;
+            at.atTop = false;
+        }
+        bool passed = false;
+        for (; child; child = child->nextInFlow()) {
+            passed = passed || child == start;
+            const bool clean = !child->needsLayout && !child->childNeedsLayout;
+            const FlowSum old = FlowTraits::value(*child);
+            placeChild(box, *child, at, inner, area, sum);
+            const FlowSum now = FlowTraits::value(*child);
+            if (std::memcmp(&old, &now, sizeof old) != 0) box.flow.changed(*child);
+            sum += child->gap + child->height;
+            if (child->subtreeHasFloats && !child->formattingRoot) return false;
+            if (passed && clean && old.height == now.height && !child->collapsesThrough) break;
+        }
+        if (!child) {
+            reachedEnd = true;
+            box.flowEnd = {at.strut, sum - at.y, at.atTop};
+        }
+    }
+    (void)reachedEnd;
+    state.strut = box.flowEnd.strut;
+    state.atTop = box.flowEnd.atTop;
+    state.y = Unit::fromRaw(box.flow.total().height) - box.flowEnd.lead;
+    return true;
+}
+
+void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatArea area)
+{
+    ++mWork.boxesLaidOut;
+    Constraint inner{box.contentWidth(), definiteHeight(box, constraint)};
+    FloatContext own;
+    if (box.formattingRoot || !area.context) {
+        own.clear();
+        area = {&own, {}};
+    }
+    FlowState state;
+    const std::size_t floatsBefore = area.context->entries().size();
+    if (box.isReplaced()) {
+        layoutReplaced(box, constraint);
+    } else if (box.isTable()) {
+        TableLayout(*this, box, constraint).run();
+    } else if (box.inlineContent) {
+        prepareInline(box);
+        InlineLayout(*this, box, inner, area).run(state);
+    } else if (box.needsLayout || !relayoutDirtyChildren(box, inner, area, state)) {
+        state = {};
+        if (area.context == &own) own.clear();
+        layoutFlowChildren(box, inner, area, state);
+    }
+    const bool hasOwn = area.context == &own;
+    if (!box.isReplaced() && !box.isTable()) {
+        if (hasOwn && own.lowest() > Unit::fromRaw(INT32_MIN / 4)) {
+            const Unit low = own.lowest() - box.contentTop();
+            if (low > state.y + state.strut.sum()) {
+                state.y = low;
+                state.strut = {};
+                state.atTop = false;
+            }
+        }
+        finishHeight(box, constraint, state);
+    }
+    box.subtreeHasFloats = area.context->entries().size() > floatsBefore;
+    Unit reach = Unit::fromRaw(INT32_MIN / 4);
+    if (!hasOwn)
+        for (std::size_t i = floatsBefore; i < area.context->entries().size(); ++i)
+            reach = std::max(reach, area.context->entries()[i].rect.bottom() - area.origin.y);
+    box.floatReach = reach;
+    box.layoutWidth = constraint.width;
+    box.layoutHeight = constraint.height;
+    box.needsLayout = box.childNeedsLayout = false;
+    if (box.rare) {
+        box.rare->dirty.clear();
+        box.rare->allDirty = false;
+    }
+    placeMarker(box);
+    if (box.rare && !box.rare->positioned.empty()) layoutPositioned(box);
+    finishOverflow(box);
+}
+
+void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const FlowState &state)
+{
+    const Edges frame = box.frame();
+    Unit content = state.y;
+    MarginStrut below;
+    const bool joinsTop = state.atTop && collapsesWithFirst(box);
+    if (collapsesWithLast(box)) {
+        below = joinsTop ? MarginStrut{} : state.strut;
+    } else if (!joinsTop && !(state.atTop && !box.formattingRoot && false)) {
+        if (!(quirkyBottomIgnored(*this, box) && state.strut.sum().raw > 0)) content += state.strut.sum();
+    }
+    if (box.element() && box.element()->isHeldOpen() && !box.inlineContent && !box.firstChild())
+        content = std::max(content, lineHeightOf(box.style()));
+    Unit height = content + frame.vertical();
+    if (const auto given = usedHeight(box, constraint)) height = *given;
+    height = clampedHeight(box, height, constraint);
+    if (box.isCell() && usedHeight(box, constraint)) height = std::max(height, content + frame.vertical());
+    height = quirkHeight(*this, box, height);
+    if (box.isCell()) box.shift = {};
+    box.height = std::max(height, frame.vertical());
+    if (box.collapsesThrough && box.height.raw == 0) {
+        box.bottomStrut = box.topStrut;
+        return;
+    }
+    box.collapsesThrough = false;
+    below.add(box.marginBottom);
+    box.bottomStrut = below;
+}
+
+void Engine::finishOverflow(BlockBox &box)
+{
+    Unit bottom = box.height, right = box.width, up, down;
+    const auto include = [&](Unit top, Unit left, const BlockBox &child) {
+        const Point moved = child.relativeOffset();
+        bottom = std::max(bottom, top + child.overflowBottom + moved.y);
+        right = std::max(right, left + child.overflowRight + moved.x);
+        up = std::max(up, child.paintUp - top);
+        down = std::max(down, top + child.height + child.paintDown - box.height);
+    };
+    if (!box.flow.empty()) {
+        const FlowSum sum = box.flow.total();
+        bottom = std::max(bottom, box.contentTop() + Unit::fromRaw(sum.bottom));
+        right = std::max(right, Unit::fromRaw(sum.right));
+        up = std::max(up, Unit::fromRaw(sum.up));
+        down = std::max(down, Unit::fromRaw(sum.down));
+        down = std::max(down, bottom - box.height);
+    }
+    if (box.inlineContent) {
+        for (const Line &line : box.inlineContent->lines) {
+            bottom = std::max(bottom, line.bottom());
+            right = std::max(right, line.left + line.width);
+            if (line.block) include(line.top, line.left, *line.block);
+            for (const Fragment *f = box.inlineContent->begin(line); f != box.inlineContent->end(line); ++f) {
+                const Unit top = line.top + f->y;
+                if (f->type == FragmentType::Atomic) {
+                    include(top, f->x, *f->box->asBlock());
+                    continue;
+                }
+                up = std::max(up, -top);
+                down = std::max(down, top + f->height - box.height);
+            }
+        }
+    }
+    for (Box *each = box.firstChild(); each && (box.subtreeHasFloats || box.isTable() || box.isTablePart()); each = each->next()) {
+        BlockBox *child = each->asBlock();
+        if (child && !child->inSumTree && !child->positioned && !child->inlineLevel) include(child->gap, child->x, *child);
+    }
+    if (box.inlineContent && box.inlineContent->hasFloats)
+        for (const InlineItem &item : box.inlineContent->items)
+            if (item.type == ItemType::Float) include(item.box->asBlock()->gap, item.box->asBlock()->x, *item.box->asBlock());
+    if (box.rare)
+        for (const BlockBox *child : box.rare->positioned) {
+            include(child->gap, child->x, *child);
+        }
+    if (box.rare && box.rare->marker) up = std::max(up, Unit::px(4));
+    if (box.clips) {
+        bottom = box.height;
+        right = box.width;
+        up = down = Unit();
+    }
+    // Outlines, and letters that reach beyond their line.
+    const Unit extra = paintExtra(box);
+    box.overflowBottom = bottom;
+    box.overflowRight = right;
+    box.paintUp = std::max(up, extra);
+    box.paintDown = std::max(std::max(down, extra), bottom - box.height);
+    const Point moved = box.relativeOffset();
+    if (moved.y.raw) {
+        box.paintUp = std::max(box.paintUp, box.paintUp - moved.y);
+        box.paintDown = std::max(box.paintDown, box.paintDown + moved.y);
+    }
+}
+
+Unit Engine::definiteHeight(const BlockBox &box, const Constraint &constraint) const
+{
+    if (box.anonymous) return constraint.height;
+    const auto given = usedHeight(box, constraint);
+    if (!given) return quirkPercentBase(*this, box, constraint);
+    return std::max(Unit(), clampedHeight(box, *given, constraint) - box.frame().vertical());
+}
+
+void Engine::layoutRoot(BlockBox &root)
+{
+    const Constraint constraint{mViewport.width, mViewport.height};
+    root.x = {};
+    if (root.needsLayout || root.layoutWidth != constraint.width || root.layoutHeight != constraint.height) {
+        root.needsLayout = true;
+        resolveEdges(root, constraint.width);
+        root.width = constraint.width;
+    }
+    root.gap = {};
+    layoutContents(root, constraint, {});
+}
+
+void Engine::layoutIndependent(BlockBox &box, const Constraint &constraint, Unit available, std::optional<Unit> width)
+{
+    const bool widthChanged = width && *width != box.width;
+    if (!box.needsLayout && !box.childNeedsLayout && box.layoutWidth == constraint.width && box.layoutHeight == constraint.height && !widthChanged)
+        return;
+    resolveEdges(box, constraint.width);
+    Unit used;
+    if (width) {
+        used = *width;
+    } else if (box.isReplaced()) {
+        used = replacedSize(box, constraint).width;
+    } else if (box.isTable()) {
+        used = TableLayout::usedWidth(*this, box, constraint.width, available - box.marginLeft - box.marginRight);
+    } else if (const auto given = usedWidth(box, constraint.width)) {
+        used = clampedWidth(box, *given, constraint.width);
+    } else {
+        const PreferredWidths preferred = preferredWidths(box);
+        const Unit room = available - box.marginLeft - box.marginRight;
+        used = clampedWidth(box, std::min(std::max(preferred.min, room), preferred.max), constraint.width);
+    }
+    if (used != box.width || box.layoutWidth != constraint.width || box.layoutHeight != constraint.height) box.needsLayout = true;
+    box.width = used;
+    layoutContents(box, constraint, {});
+}
+
+} // namespace layout

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/layout/Unit.h"
+
+#include <vector>
+
+namespace layout {
+
+enum class FloatSide : uint8_t { Left = 1, Right = 2, Both = 3 };
+
+/// The floats of one block formatting context, in its root's content coordinates. A block asks in its own coordinates by
+/// way of `FloatArea`.
+class FloatContext
+{
+public:
+    struct Entry {
+        Rect rect; // margin box
+        bool left;
+    };
+    struct Span {
+        Unit left, right;
+        Unit width() const { return right - left; }
+    };
+
+    bool empty() const { return mFloats.empty(); }
+    void clear()
+    {
+        mFloats.clear();
+        mLowest = Unit::fromRaw(INT32_MIN / 4);
+        mLastTop = mLowest;
+    }
+    Unit lowest() const { return mLowest; }
+    bool activeBelow(Unit y) const { return mLowest > y; }
+    /// The bottom of the lowest float of the sides; far above everything where there is none.
+    Unit clearance(FloatSide side) const;
+    /// What floats leave of [left, right) between `y` and `y + height`.
+    Span spanAt(Unit y, Unit height, Unit left, Unit right) const;
+    /// The next place below `y` where a float ends; `y` itself if none does.
+    Unit nextEdge(Unit y) const;
+    /// Finds the place of a float of that margin-box size, not above `y`, and notes it.
+    Point place(bool isLeft, Size size, Unit y, Unit left, Unit right);
+    void add(const Rect &rect, bool isLeft);
+    const std::vector<Entry> &entries() const { return mFloats; }
+
+private:
+    std::vector<Entry> mFloats;
+    Unit mLowest = Unit::fromRaw(INT32_MIN / 4);
+    Unit mLastTop = Unit::fromRaw(INT32_MIN / 4); // a float never stands above an earlier one
+};
+
+/// A context as seen from a block inside it.
+struct FloatArea {
+    FloatContext *context = nullptr;
+    Point origin; ///< of the block's border box in the context's coordinates
+    FloatArea movedBy(Point by) const { return {context, origin + by}; }
+};
+
+} // namespace layout

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/layout/LayoutTree.h"
+
+namespace layout {
+
+/// What kind of box an element's style asks for.
+struct BoxDecision {
+    BoxKind kind = BoxKind::Inline;
+    bool inlineLevel = true, floating = false, positioned = false, formattingRoot = false, clips = false, listItem = false;
+};
+BoxDecision decideBox(const dom::Element &element, const css::ComputedStyle &style);
+bool isHidden(const dom::Element &element, const css::ComputedStyle &style);
+bool isContents(const css::ComputedStyle &style);
+
+/// Null where the element generates nothing there.
+StyleRef generatedStyle(LayoutTree &tree, dom::Element &element, Pseudo pseudo);
+/// The box with its text and images as children.
+Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const StyleRef &style);
+
+/// Gives a list item its marker, outside as data, inside as a first inline child.
+void makeMarker(LayoutTree &tree, BlockBox &item);
+bool hasInsideMarker(const BlockBox &box);
+/// The number of a list item, counted from its list's start.
+int listOrdinal(const dom::Element &item);
+/// A counter's value in a list style: "iv", "c", "12".
+QString counterText(int value, css::ListStyleType type);
+bool isBulletType(css::ListStyleType type);
+bool hasGeneratedContent(LayoutTree &tree, dom::Element &element);
+
+/// Content of replaced elements: which element shows what, and how big it is by itself.
+bool isReplacedElement(const dom::Element &element);
+
+} // namespace layout

@@ -1,0 +1,409 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/layout/LayoutTree.h"
+
+#include "engine/dom/CharacterData.h"
+#include "engine/dom/Names.h"
+#include "engine/layout/BoxBuilder.h"
+#include "engine/layout/BoxStyle.h"
+#include "engine/layout/Generated.h"
+
+namespace layout {
+
+LayoutTree::LayoutTree(dom::Document &document, StyleSource &styles) : mDocument(document), mStyles(styles)
+{
+    mDocument.addObserver(this);
+    mStyles.addListener(this);
+}
+
+LayoutTree::~LayoutTree()
+{
+    dropAll();
+    mStyles.removeListener(this);
+    mDocument.removeObserver(this);
+}
+
+void LayoutTree::dropAll()
+{
+    mPending.clear();
+    mRoot.reset();
+    mRebuildAll = true;
+}
+
+void LayoutTree::setViewport(QSize size)
+{
+    if (size == mViewport) return;
+    mViewport = size;
+    if (mRoot) mRoot->needsLayout = true;
+    ++mVersion;
+}
+
+void LayoutTree::setImageSource(ImageSource *images)
+{
+    mImages = images;
+    dropAll();
+}
+
+void LayoutTree::imageChanged(const QString &url)
+{
+    if (!mRoot) return;
+    for (dom::Element *element : mDocument.elementsNamed(dom::names::img)) {
+        Box *box = boxOf(*element);
+        if (!box || mDocument.resolve(element->attributeValue("src")) != url) continue;
+        markDirty(*box);
+    }
+}
+
+// ---- What changes ----
+
+void LayoutTree::note(dom::ParentNode &parent, dom::Node *at)
+{
+    if (mRebuildAll) return;
+    for (const Pending &pending : mPending)
+        if (pending.parent == &parent && (pending.at == at || pending.at == &parent)) return;
+    if (mPending.size() >= 24) {
+        // Too many places to keep apart: each parent is made anew as a whole. `at` is then the parent itself.
+        for (Pending &pending : mPending) pending.at = pending.parent;
+        at = &parent;
+        std::sort(mPending.begin(), mPending.end(), [](const Pending &a, const Pending &b) { return a.parent < b.parent; });
+        mPending.erase(std::unique(mPending.begin(), mPending.end(), [](const Pending &a, const Pending &b) { return a.parent == b.parent; }), mPending.end());
+        for (const Pending &pending : mPending)
+            if (pending.parent == &parent) return;
+        if (mPending.size() >= 4000) {
+            dropAll();
+            return;
+        }
+    }
+    mPending.push_back({&parent, at});
+}
+
+void LayoutTree::forget(dom::Node &node)
+{
+    for (std::size_t i = 0; i < mPending.size();) {
+        Pending &pending = mPending[i];
+        if (node.contains(*pending.parent)) {
+            pending = mPending.back();
+            mPending.pop_back();
+            continue;
+        }
+        if (pending.at == &node) pending.at = node.nextSibling();
+        ++i;
+    }
+}
+
+void LayoutTree::boxGone(Box &box)
+{
+    if (box.node() && box.node()->layoutSlot == &box) box.node()->layoutSlot = nullptr;
+}
+
+namespace {
+
+// Every list that may name a box forgets it before it goes.
+void unhook(Box &box)
+{
+    BlockBox *block = box.asBlock();
+    BlockBox *parent = box.blockParent();
+    if (parent && block && parent->rare) std::erase(parent->rare->dirty, block);
+    if (block && block->positioned) {
+        for (BlockBox *up = parent; up; up = up->blockParent())
+            if (up->rare) std::erase(up->rare->positioned, block);
+    }
+    if (parent && parent->inlineContent) {
+        parent->inlineContent->itemsValid = false;
+        parent->inlineContent->lines.clear();
+        parent->inlineContent->fragments.clear();
+        parent->inlineContent->items.clear();
+    }
+    for (Box *up = box.parent(); up && (box.isTablePart() || box.isTable() || up->isTablePart()); up = up->parent()) {
+        if (!up->isTable()) continue;
+        static_cast<TableBox *>(up)->gridValid = false;
+        break;
+    }
+    if (parent && block && block->inSumTree) {
+        parent->flow.remove(*block);
+        block->inSumTree = false;
+    }
+}
+
+void unhookTree(Box &box)
+{
+    for (Box *child = box.firstChild(); child; child = child->next()) unhookTree(*child);
+    BlockBox *block = box.asBlock();
+    if (block && block->positioned)
+        for (BlockBox *up = box.blockParent(); up; up = up->blockParent())
+            if (up->rare) std::erase(up->rare->positioned, block);
+}
+
+} // namespace
+
+void LayoutTree::aboutToRemove(dom::Node &node)
+{
+    if (mRebuildAll) return;
+    forget(node);
+    for (dom::Node *each = &node; each; each = each->next(&node)) {
+        Box *box = boxOf(*each);
+        if (!box) continue;
+        if (!box->parent() || box->parent() == mRoot.get()) {
+            dropAll();
+            return;
+        }
+        markDirty(*box->parent());
+        if (BlockBox *block = box->blockParent()) block->needsLayout = block->needsLayout || !box->isBlockBox();
+        unhookTree(*box);
+        unhook(*box);
+        Box *parent = box->parent();
+        parent->unlinkChild(box);
+        delete box;
+    }
+}
+
+void LayoutTree::removed(dom::Node &node, dom::ParentNode &parent, dom::Node *before)
+{
+    if (node.isText() || node.isElement()) note(parent, before);
+}
+
+void LayoutTree::inserted(dom::Node &node)
+{
+    if ((node.isText() || node.isElement()) && node.parentNode()) note(*node.parentNode(), &node);
+}
+
+void LayoutTree::textReplaced(dom::CharacterData &node, uint32_t, uint32_t, uint32_t)
+{
+    if (mRebuildAll || !node.isText() || !node.parentNode()) return;
+    auto *box = static_cast<TextBox *>(boxOf(node));
+    BlockBox *block = box ? box->blockParent() : nullptr;
+    const bool blank = QStringView(node.data()).trimmed().isEmpty();
+    if (!block || blank || box->wasBlank != blank) {
+        note(*node.parentNode(), &node);
+        if (!block) return;
+    }
+    if (block->inlineContent) block->inlineContent->itemsValid = false;
+    markDirty(*block);
+    block->needsLayout = true;
+}
+
+void LayoutTree::attributeChanged(dom::Element &element, dom::Atom name, const QString *)
+{
+    // What style doesn't tell of: content and sizes that stand in attributes.
+    using namespace dom::names;
+    if (name == src || name == alt || name == dom::names::type || name == value || name == colspan || name == rowspan || name == dom::names::span ||
+        name == start || name == dom::names::size || name == rows || name == cols || name == "selected" || name == "data")
+        reattachElement(element);
+}
+
+void LayoutTree::heldOpenChanged(dom::Element &element)
+{
+    Box *box = boxOf(element);
+    if (box && box->isBlockBox() && !element.isHeldOpen() && box->asBlock()->inlineContent) {
+        markDirty(*box);
+        box->asBlock()->inlineContent->itemsValid = false;
+        box->needsLayout = true;
+    }
+    note(element, nullptr);
+}
+
+void LayoutTree::reattachElement(dom::Element &element)
+{
+    if (mRebuildAll || !element.parentNode()) return;
+    dom::ParentNode &parent = *element.parentNode();
+    aboutToRemove(element);
+    note(parent, &element);
+}
+
+void LayoutTree::styleChanged(dom::Element &element, css::Difference difference)
+{
+    if (mRebuildAll || difference == css::Difference::None) return;
+    Box *box = boxOf(element);
+    if (difference == css::Difference::Reframe || !box) {
+        reattachElement(element);
+        return;
+    }
+    restyle(element);
+}
+
+void LayoutTree::stylesInvalidated()
+{
+    mStylesWait = true;
+}
+
+namespace {
+
+// Text and anonymous boxes stand with their parent's style.
+void shareStyle(Box &box, const StyleRef &style)
+{
+    box.setStyle(style);
+    box.flowValid = box.widthsValid = false;
+    for (Box *child = box.firstChild(); child; child = child->next())
+        if (child->pseudo == Pseudo::None && (child->isText() || child->isAnonymous())) shareStyle(*child, style);
+}
+
+} // namespace
+
+void LayoutTree::restyle(dom::Element &element)
+{
+    Box *box = boxOf(element);
+    const StyleRef style = mStyles.styleFor(element);
+    const bool shows = style && !isHidden(element, *style) && !isContents(*style);
+    const bool hadGenerated = box && ((box->firstChild() && box->firstChild()->pseudo != Pseudo::None) ||
+                                      (box->lastChild() && box->lastChild()->pseudo != Pseudo::None));
+    bool same = box && shows && !hadGenerated && !hasGeneratedContent(*this, element);
+    if (same) {
+        const BoxDecision decision = decideBox(element, *style);
+        const BlockBox *block = box->asBlock();
+        same = decision.kind == box->kind() && decision.floating == box->floating && decision.positioned == box->positioned &&
+               decision.inlineLevel == box->inlineLevel && !decision.listItem && !(block && block->isListItem) &&
+               (!block || block->isTable() || decision.formattingRoot == block->formattingRoot) &&
+               isPositionedStyle(*box) == isPositioned(*style) &&
+               collapsesBlanks(*style) == collapsesBlanks(box->style()) && preservesLineBreaks(*style) == preservesLineBreaks(box->style());
+        if (same && block) const_cast<BlockBox *>(block)->clips = decision.clips;
+    }
+    if (!same) {
+        reattachElement(element);
+        return;
+    }
+    shareStyle(*box, style);
+    BlockBox *block = box->asBlock();
+    if (block) {
+        block->dependsOnHeight = dependsOnContainingHeight(*block);
+        if (block->inlineContent) block->inlineContent->itemsValid = false;
+    }
+    for (Box *child = box->firstChild(); child; child = child->next())
+        if (BlockBox *inner = child->asBlock(); inner && inner->anonymous && inner->inlineContent) inner->inlineContent->itemsValid = false;
+    if (!block && box->blockParent() && box->blockParent()->inlineContent) box->blockParent()->inlineContent->itemsValid = false;
+    for (Box *up = box; up; up = up->parent())
+        if (up->isTable()) {
+            static_cast<TableBox *>(up)->gridValid = false;
+            break;
+        }
+    for (Box *child = box->firstChild(); child; child = child->next())
+        if (child->isAnonymous()) markDirty(*child);
+    markDirty(*box);
+}
+
+void LayoutTree::markDirty(Box &box)
+{
+    ++mVersion;
+    BlockBox *block = box.isBlockBox() ? box.asBlock() : box.blockParent();
+    if (!block) return;
+    const bool knew = block->needsLayout || block->childNeedsLayout;
+    block->needsLayout = true;
+    block->flowValid = block->widthsValid = false;
+    if (block->isTable()) static_cast<TableBox *>(block)->columnsValid = false;
+    if (knew) {
+        // Its parents know; a memo may have been filled since by a question about widths only within an update.
+        if (block->blockParent() && (block->blockParent()->needsLayout || block->blockParent()->childNeedsLayout)) return;
+    }
+    for (BlockBox *child = block, *parent = block->blockParent(); parent; child = parent, parent = parent->blockParent()) {
+        auto &rare = parent->rareData();
+        if (!rare.allDirty && std::find(rare.dirty.begin(), rare.dirty.end(), child) == rare.dirty.end()) rare.dirty.push_back(child);
+        if (rare.dirty.size() > 64) {
+            rare.allDirty = true;
+            rare.dirty.clear();
+        }
+        const bool parentKnew = parent->childNeedsLayout || parent->needsLayout;
+        parent->childNeedsLayout = true;
+        parent->flowValid = parent->widthsValid = false;
+        if (parent->isTable()) static_cast<TableBox *>(parent)->columnsValid = false;
+        if (parentKnew && parent->blockParent() && parent->blockParent()->childNeedsLayout) break;
+    }
+}
+
+// ---- Doing it ----
+
+bool LayoutTree::needsUpdate() const
+{
+    return mRebuildAll || mStylesWait || !mPending.empty() || !mRoot || mRoot->needsLayout || mRoot->childNeedsLayout;
+}
+
+void LayoutTree::buildAll()
+{
+    mPending.clear();
+    mRoot.reset();
+    mRebuildAll = false;
+    mRoot = BoxBuilder(*this).buildRoot();
+    ++mVersion;
+}
+
+void LayoutTree::buildPending()
+{
+    while (!mPending.empty() && !mRebuildAll) {
+        const Pending pending = mPending.back();
+        mPending.pop_back();
+        dom::Node *at = pending.at;
+        bool whole = at == pending.parent;
+        if (whole) at = nullptr;
+        dom::ParentNode *parent = pending.parent;
+        Box *box = nullptr;
+        while (parent->isElement()) {
+            box = boxOf(*parent);
+            if (box && box->isBlockBox()) break;
+            auto &element = static_cast<dom::Element &>(*parent);
+            if (!box) {
+                const StyleRef style = mStyles.styleFor(element);
+                if (!style || !isContents(*style)) {
+                    box = nullptr;
+                    parent = nullptr;
+                    break;
+                }
+            }
+            at = parent;
+            whole = false;
+            parent = element.parentNode();
+            box = nullptr;
+            if (!parent) break;
+        }
+        if (!parent) continue;
+        if (!box) { // the root element itself
+            dropAll();
+            continue;
+        }
+        BlockBox &block = *box->asBlock();
+        if (block.isReplaced()) continue;
+        for (Box *up = &block; up && (up->isTablePart() || up->isTable()); up = up->parent())
+            if (up->isTable()) static_cast<TableBox *>(up)->gridValid = false;
+        BoxBuilder builder(*this);
+        if (whole || !builder.rebuildAround(block, *parent, at)) builder.rebuildChildren(block);
+    }
+    if (mRebuildAll) buildAll();
+}
+
+void LayoutTree::update()
+{
+    if (mUpdating) return;
+    mUpdating = true;
+    mStyles.update();
+    mStylesWait = false;
+    if (mRebuildAll || !mRoot) buildAll();
+    if (!mPending.empty()) buildPending();
+    if (mRoot && (mRoot->needsLayout || mRoot->childNeedsLayout)) {
+        const auto mode = mDocument.mode();
+        Engine engine(mode == dom::DocumentMode::Quirks, mode != dom::DocumentMode::Standards,
+                      {Unit::px(mViewport.width()), Unit::px(mViewport.height())}, mImages, mWork);
+        engine.layoutRoot(*mRoot);
+        ++mVersion;
+    }
+    mUpdating = false;
+}
+
+BlockBox &LayoutTree::root()
+{
+    update();
+    if (!mRoot) { // a document without a root element
+        mRoot = std::make_unique<BlockBox>(BoxKind::Block, nullptr, StyleRef(&css::ComputedStyle::initial()));
+        mRoot->anonymous = true;
+        mRoot->width = Unit::px(mViewport.width());
+    }
+    return *mRoot;
+}
+
+QSize LayoutTree::pageSize()
+{
+    const BlockBox &box = root();
+    return {std::max(mViewport.width(), box.overflowRight.rounded()), std::max(mViewport.height(), box.overflowBottom.rounded())};
+}
+
+QString LayoutTree::markerText(const BlockBox &item)
+{
+    return item.rare && item.rare->marker ? item.rare->marker->text : QString();
+}
+
+} // namespace layout

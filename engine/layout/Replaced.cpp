@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Boxes whose content isn't ours to lay out: images, form controls, frames.
+#include "engine/dom/Document.h"
+#include "engine/dom/Names.h"
+#include "engine/layout/BoxStyle.h"
+#include "engine/layout/Engine.h"
+
+namespace layout {
+
+namespace {
+
+using namespace dom::names;
+
+// A size by nature, in CSS pixels of the content box; a ratio where one counts.
+struct Natural {
+    double width = 0, height = 0;
+    bool hasRatio = false;
+    bool borderBox = false;
+};
+
+double textWidth(const BlockBox &box, const QString &text)
+{
+    return TextShaper::width(text, fontOf(box.style()), spacingOf(box.style()));
+}
+
+double lineOf(const BlockBox &box)
+{
+    return lineHeightIsNormal(box.style()) ? fontOf(box.style()).lineSpacing().toDouble() : lineHeightOf(box.style()).toDouble();
+}
+
+int attributeNumber(const dom::Element &element, const char *name, int standard)
+{
+    bool ok = false;
+    const int value = element.attributeValue(name).trimmed().toInt(&ok);
+    return ok && value > 0 ? value : standard;
+}
+
+double averageWidth(const Font &font)
+{
+    return font.face().averageWidth() * font.scale();
+}
+
+Natural inputSize(const BlockBox &box, const dom::Element &element)
+{
+    const QString kind = element.attributeValue("type").toLower();
+    if (kind == QLatin1String("checkbox") || kind == QLatin1String("radio")) return {13, 13, false, true};
+    if (kind == QLatin1String("submit") || kind == QLatin1String("reset") || kind == QLatin1String("button")) {
+        QString label = element.attributeValue("value");
+        if (!element.attribute(value) && kind != QLatin1String("button"))
+            label = kind == QLatin1String("submit") ? QStringLiteral("Submit") : QStringLiteral("Reset");
+        return {textWidth(box, label), lineOf(box), false, false};
+    }
+    if (kind == QLatin1String("range")) return {129, 16, false, true};
+    if (kind == QLatin1String("color")) return {50, 27, false, true};
+    if (kind == QLatin1String("file")) return {253, 21, false, true};
+    const int columns = attributeNumber(element, "size", 20);
+    return {std::ceil(averageWidth(fontOf(box.style())) * columns), lineOf(box), false, false};
+}
+
+Natural selectSize(const BlockBox &box, const dom::Element &element)
+{
+    double widest = 0;
+    int options = 0;
+    for (dom::Node *node = element.firstChild(); node; node = node->next(&element)) {
+        dom::Element *each = node->asElement();
+        if (!each || !(each->is(option) || each->is(optgroup))) continue;
+        ++options;
+        QString label = each->attributeValue("label");
+        if (label.isEmpty() && each->is(option))
+            for (dom::Node *inner = each->firstChild(); inner; inner = inner->next(each))
+                if (inner->isText()) label += inner->nodeValue();
+        widest = std::max(widest, textWidth(box, label.simplified()));
+    }
+    const int rowCount = attributeNumber(element, "size", 1);
+    if (rowCount > 1 || element.hasAttribute("multiple"))
+        return {std::ceil(widest) + 4 + 15, lineOf(box) * (rowCount > 1 ? rowCount : 4) + rowCount, false, false};
+    return {std::ceil(widest) + 24, lineOf(box) + 4 - 2, false, true};
+}
+
+Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSource *images)
+{
+    if (element.is(img) || (element.is(input) && element.attributeValue("type").compare(QLatin1String("image"), Qt::CaseInsensitive) == 0)) {
+        const QString url = element.attributeValue("src");
+        const QSize size = images && !url.isEmpty() ? images->imageSize(element.document().resolve(url)) : QSize();
+        if (!size.isEmpty()) return {double(size.width()), double(size.height()), true, false};
+        const QString text = element.attributeValue("alt");
+        if (text.isEmpty()) return element.attribute(alt) || url.isEmpty() ? Natural{} : Natural{16, 16, false, false};
+        return {16 + textWidth(box, text.simplified()), std::max(16.0, lineOf(box)), false, false};
+    }
+    if (element.is(input)) return inputSize(box, element);
+    if (element.is(dom::names::select)) return selectSize(box, element);
+    if (element.is(textarea)) {
+        const double width = averageWidth(fontOf(box.style())) * attributeNumber(element, "cols", 20) + 15;
+        return {std::ceil(width), lineOf(box) * attributeNumber(element, "rows", 2), false, false};
+    }
+    if (element.is(progress)) return {10 * box.style().font().size, box.style().font().size, false, true};
+    if (element.name() == dom::Atom("meter")) return {5 * box.style().font().size, box.style().font().size, false, true};
+    if (element.is(audio)) return {300, 54, false, false};
+    return {300, 150, element.is(canvas) || element.is(video), false};
+}
+
+} // namespace
+
+Size Engine::replacedSize(BlockBox &box, const Constraint &constraint)
+{
+    const dom::Element *element = box.element();
+    const Natural natural = element ? naturalSize(box, *element, mImages) : Natural{};
+    const Edges frame = natural.borderBox ? Edges{} : box.frame();
+    const std::optional<Unit> givenWidth = usedWidth(box, constraint.width), givenHeight = usedHeight(box, constraint);
+    Unit width = Unit::from(natural.width) + frame.horizontal(), height = Unit::from(natural.height) + frame.vertical();
+    const bool ratio = natural.hasRatio && natural.width > 0 && natural.height > 0;
+    if (givenWidth) width = *givenWidth;
+    if (givenHeight) height = *givenHeight;
+    if (ratio && givenWidth && !givenHeight)
+        height = Unit::from((*givenWidth - frame.horizontal()).toDouble() * natural.height / natural.width) + frame.vertical();
+    if (ratio && givenHeight && !givenWidth)
+        width = Unit::from((*givenHeight - frame.vertical()).toDouble() * natural.width / natural.height) + frame.horizontal();
+    const Unit clamped = clampedWidth(box, width, constraint.width);
+    if (clamped != width && ratio && !givenHeight)
+        height = Unit::from((clamped - frame.horizontal()).toDouble() * natural.height / natural.width) + frame.vertical();
+    const Unit limited = clampedHeight(box, height, constraint);
+    if (limited != height && ratio && !givenWidth)
+        return {Unit::from((limited - frame.vertical()).toDouble() * natural.width / natural.height) + frame.horizontal(), limited};
+    return {clamped, limited};
+}
+
+void Engine::layoutReplaced(BlockBox &box, const Constraint &constraint)
+{
+    const Size size = replacedSize(box, constraint);
+    box.width = size.width;
+    box.height = size.height;
+    box.collapsesThrough = false;
+    box.bottomStrut = {};
+    box.bottomStrut.add(box.marginBottom);
+}
+
+std::optional<Unit> atomicBaseline(const Engine &engine, const BlockBox &box)
+{
+    if (!box.isReplaced()) {
+        if (box.clips && !box.isTable()) return {};
+        return engine.lastBaseline(box);
+    }
+    const dom::Element *element = box.element();
+    if (!element) return {};
+    const QString kind = element->is(input) ? element->attributeValue("type").toLower() : QString();
+    const bool boxy = kind == QLatin1String("checkbox") || kind == QLatin1String("radio") || kind == QLatin1String("image") ||
+                      kind == QLatin1String("range") || kind == QLatin1String("color");
+    if (!element->is(dom::names::select) && (!element->is(input) || boxy)) return {};
+    const Font &font = fontOf(box.style());
+    const Unit content = box.height - box.frame().vertical();
+    return box.border.top + box.padding.top + (content - font.height()) / 2 + font.ascent();
+}
+
+} // namespace layout

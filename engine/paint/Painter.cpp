@@ -1,0 +1,384 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/paint/Painter.h"
+
+#include "engine/dom/Names.h"
+#include "engine/layout/BoxStyle.h"
+
+#include <QGlyphRun>
+
+namespace paint {
+
+using namespace layout;
+
+// Browsers paint boxes at whole pixels.
+QRectF Painter::snapped(const QRectF &rect)
+{
+    const double left = std::floor(rect.left() + 0.5), top = std::floor(rect.top() + 0.5);
+    return {left, top, std::floor(rect.right() + 0.5) - left, std::floor(rect.bottom() + 0.5) - top};
+}
+
+bool Painter::meetsClip(const BlockBox &box, Point origin) const
+{
+    const double top = (origin.y - box.paintUp).toDouble(), bottom = (origin.y + box.height + box.paintDown).toDouble();
+    return bottom >= mClip.top() && top <= mClip.bottom();
+}
+
+void Painter::paint(QPainter &painter)
+{
+    BlockBox &root = mTree.root();
+    mPainter = &painter;
+    mVisited = 0;
+    mClip = mOptions.clip.isEmpty() ? QRectF(mOptions.scroll, QSizeF(mTree.viewport())) : mOptions.clip;
+    painter.save();
+    painter.translate(-mOptions.scroll);
+    painter.setClipRect(mClip, Qt::IntersectClip);
+    painter.setRenderHint(QPainter::TextAntialiasing);
+    paintCanvas();
+    paintContext(root, {});
+    for (const QRectF &rect : mOptions.highlightRects)
+        if (rect.intersects(mClip)) painter.fillRect(rect, mOptions.highlightColor);
+    if (!mOptions.caret.isEmpty()) painter.fillRect(snapped(mOptions.caret), mOptions.caretColor);
+    painter.restore();
+    mPainter = nullptr;
+}
+
+// The root's background, or the body's where it has none, covers the whole canvas.
+void Painter::paintCanvas()
+{
+    mPainter->fillRect(mClip, mOptions.background);
+    mCanvasElement = nullptr;
+    dom::Element *html = mTree.document().documentElement();
+    for (dom::Element *element : {html, mTree.document().body()}) {
+        Box *box = element ? boxOf(*element) : nullptr;
+        if (!box || !box->isBlockBox()) continue;
+        const css::BackgroundGroup &background = box->style().background();
+        if (!qAlpha(background.color) && !background.hasImage()) continue;
+        mCanvasElement = element;
+        const QSize page = mTree.pageSize();
+        const QRectF area(0, 0, std::max<double>(page.width(), mClip.right()), std::max<double>(page.height(), mClip.bottom()));
+        mPainter->fillRect(mClip, QColor::fromRgba(background.color));
+        for (auto layer = background.layers.rbegin(); layer != background.layers.rend(); ++layer) paintImageLayer(*layer, area, area);
+        return;
+    }
+}
+
+// One stacking context, or a box that is painted like one: the order of CSS 2.1, appendix E.
+void Painter::paintContext(BlockBox &box, Point origin)
+{
+    ++mVisited;
+    const bool faint = !box.anonymous && box.style().rare().opacity < 1;
+    if (faint) {
+        mPainter->save();
+        mPainter->setOpacity(mPainter->opacity() * double(box.style().rare().opacity));
+    }
+    std::vector<Layer> layers;
+    if (box.rare)
+        for (BlockBox *child : box.rare->positioned) {
+            const auto &group = child->style().box();
+            layers.push_back({child, origin + child->position(), group.hasZIndex ? group.zIndex : 0});
+        }
+    std::stable_sort(layers.begin(), layers.end(), [](const Layer &a, const Layer &b) { return a.z < b.z; });
+    const bool clips = box.clips;
+    paintDecoration(box, origin);
+    if (clips) {
+        mPainter->save();
+        const QRectF border = Rect{origin.x, origin.y, box.width, box.height}.toRectF();
+        mPainter->setClipRect(snapped(border.adjusted(box.border.left.toDouble(), box.border.top.toDouble(), -box.border.right.toDouble(), -box.border.bottom.toDouble())), Qt::IntersectClip);
+        if (box.rare) origin = origin - Point{Unit::px(box.rare->scroll.x()), Unit::px(box.rare->scroll.y())};
+    }
+    for (const Layer &layer : layers)
+        if (layer.z < 0 && meetsClip(*layer.box, layer.origin)) paintContext(*layer.box, layer.origin);
+    for (const Phase phase : {Phase::Backgrounds, Phase::Floats, Phase::Lines}) paintPhase(box, origin, phase, true);
+    for (const Layer &layer : layers)
+        if (layer.z >= 0 && meetsClip(*layer.box, layer.origin)) paintContext(*layer.box, layer.origin);
+    if (clips) mPainter->restore();
+    if (faint) mPainter->restore();
+}
+
+void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
+{
+    ++mVisited;
+    // What clips, or fades, or moves is painted as one.
+    if (!isRoot && (box.clips || (!box.anonymous && box.style().rare().opacity < 1))) {
+        if (phase == Phase::Lines) paintContext(box, origin);
+        return;
+    }
+    if (!isRoot && phase == Phase::Backgrounds) paintDecoration(box, origin);
+    if (box.isReplaced()) {
+        if (phase == Phase::Lines) paintReplaced(box, origin);
+        return;
+    }
+    if (phase == Phase::Lines) paintMarker(box, origin);
+    if (box.inlineContent) {
+        for (const Line &line : box.inlineContent->lines)
+            if (line.block && meetsClip(*line.block, origin + line.block->position()))
+                paintPhase(*line.block, origin + line.block->position() + line.block->relativeOffset(), phase, false);
+        if (phase == Phase::Floats && box.inlineContent->hasFloats)
+            for (const InlineItem &item : box.inlineContent->items)
+                if (item.type == ItemType::Float) paintContext(*item.box->asBlock(), origin + item.box->asBlock()->position());
+        if (phase == Phase::Lines) paintLines(box, origin);
+        return;
+    }
+    paintChildren(box, origin, phase);
+    if (box.isTable() && phase == Phase::Backgrounds && static_cast<TableBox &>(box).collapsed) paintCollapsed(box, origin);
+}
+
+void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
+{
+    const auto paintChild = [&](BlockBox &child) {
+        const Point at = origin + child.position() + child.relativeOffset();
+        if (meetsClip(child, at)) paintPhase(child, at, phase, false);
+    };
+    if (box.isTable()) {
+        auto &table = static_cast<TableBox &>(box);
+        for (Box *each = box.firstChild(); each; each = each->next())
+            if (BlockBox *child = each->asBlock(); child && !child->isTablePart() && !child->positioned) paintChild(*child);
+        paintTableParts(table, origin);
+        // Rows are in order of height: those above the clip are passed over.
+        const Unit top = Unit::from(mClip.top()) - origin.y;
+        const TableRow *row = table.rowAt(top);
+        const uint32_t first = row ? uint32_t(row - table.rows.data()) : 0;
+        for (const TableCell &cell : table.cells) {
+            if (cell.row + cell.rowSpan <= first || !cell.box->container() || !cell.box->container()->container()) continue;
+            if ((origin.y + table.rows[cell.row].top).toDouble() > mClip.bottom()) break;
+            BlockBox &rowBox = *cell.box->container();
+            const Point at = origin + cell.box->position() + rowBox.position() + rowBox.container()->position();
+            paintPhase(*cell.box, at, phase, false);
+        }
+        return;
+    }
+    if (phase == Phase::Floats)
+        for (Box *each = box.subtreeHasFloats || box.formattingRoot ? box.firstChild() : nullptr; each; each = each->next())
+            if (BlockBox *child = each->asBlock(); child && child->floating) {
+                const Point at = origin + child->position() + child->relativeOffset();
+                if (meetsClip(*child, at)) paintContext(*child, at);
+            }
+    if (box.flow.empty()) return;
+    const FlowSum sum = box.flow.total();
+    const Unit from = Unit::from(mClip.top()) - origin.y - Unit::fromRaw(sum.down);
+    const Unit to = Unit::from(mClip.bottom()) - origin.y + Unit::fromRaw(sum.up);
+    Unit top;
+    BlockBox *child = box.childAt(from, &top);
+    // Empty blocks may stand in front at the same height; their borders don't show.
+    for (; child; child = child->nextInFlow()) {
+        if (top > to) break;
+        const Point at = origin + Point{child->x, top} + child->relativeOffset();
+        if (meetsClip(*child, at)) paintPhase(*child, at, phase, false);
+        const Unit bottom = top + child->height;
+        const BlockBox *next = child->nextInFlow();
+        if (next) top = bottom + next->gap;
+    }
+}
+
+// Backgrounds of sections and rows lie under those of the cells.
+void Painter::paintTableParts(BlockBox &box, Point origin)
+{
+    auto &table = static_cast<TableBox &>(box);
+    const BlockBox *section = nullptr;
+    for (const TableRow &row : table.rows) {
+        const double top = (origin.y + row.top).toDouble();
+        if (row.section != section) {
+            section = row.section;
+            if (!section->anonymous) {
+                const Point at = origin + section->position();
+                paintBackground(section->style(), Rect{at.x, at.y, section->width, section->height}.toRectF(), {}, {});
+            }
+        }
+        if (row.box->anonymous || top > mClip.bottom() || top + row.height.toDouble() < mClip.top()) continue;
+        const Point at = origin + section->position() + row.box->position();
+        paintBackground(row.box->style(), Rect{at.x, at.y, row.box->width, row.box->height}.toRectF(), {}, {});
+    }
+}
+
+void Painter::paintDecoration(const BlockBox &box, Point origin)
+{
+    if (box.anonymous || (box.isTablePart() && !box.isCell())) return;
+    const css::ComputedStyle &style = box.style();
+    if (style.text().visibility != css::Visibility::Visible) return;
+    QRectF rect = Rect{origin.x, origin.y, box.width, box.height}.toRectF();
+    if (box.isTable()) { // captions stand outside of the frame
+        const auto &table = static_cast<const TableBox &>(box);
+        rect = QRectF(rect.x(), rect.y() + table.gridTop.toDouble(), rect.width(), table.gridHeight.toDouble());
+    }
+    const QRectF outer = snapped(rect);
+    const bool hidden = box.isCell() && style.text().emptyCells == css::EmptyCells::Hide && !box.firstChild();
+    if (!hidden && box.element() != mCanvasElement) paintBackground(style, outer, box.border, box.padding);
+    if (!hidden && !hasCollapsedBorders(box)) paintBorders(style, outer, box.border);
+    paintOutline(style, outer);
+    if (mOptions.showBorders && (box.isCell() || box.isTable()) && box.border == Edges{}) {
+        QPen pen(QColor(0xa0, 0xa0, 0xa0), 1, Qt::DashLine);
+        mPainter->setPen(pen);
+        mPainter->setBrush(Qt::NoBrush);
+        mPainter->drawRect(outer.adjusted(0.5, 0.5, -0.5, -0.5));
+    }
+}
+
+// ---- Lines ----
+
+void Painter::paintLines(BlockBox &box, Point origin)
+{
+    const InlineContent &content = *box.inlineContent;
+    const Unit top = Unit::from(mClip.top()) - origin.y - Unit::px(40), bottom = Unit::from(mClip.bottom()) - origin.y + Unit::px(40);
+    const Line *line = content.lineAt(top);
+    for (; line && line < content.lines.data() + content.lines.size() && line->top <= bottom; ++line) {
+        if (line->block) continue;
+        for (const Fragment *f = content.begin(*line); f != content.end(*line); ++f) {
+            Point at = origin;
+            for (const Box *up = f->box; up && !up->isBlockBox(); up = up->parent()) at = at + relativeShift(*up);
+            paintFragment(box, *line, *f, at);
+        }
+    }
+}
+
+void Painter::paintFragment(const BlockBox &box, const Line &line, const Fragment &fragment, Point origin)
+{
+    if (fragment.type == FragmentType::Atomic) {
+        BlockBox &child = *fragment.box->asBlock();
+        paintContext(child, origin + child.position() + child.relativeOffset());
+        return;
+    }
+    const css::ComputedStyle &style = fragment.box->style();
+    if (style.text().visibility != css::Visibility::Visible) return;
+    if (fragment.type == FragmentType::Text) {
+        paintText(box, line, fragment, origin);
+        return;
+    }
+    const auto &inlineBox = static_cast<const InlineBox &>(*fragment.box);
+    const QRectF rect = snapped(Rect{origin.x + fragment.x, origin.y + line.top + fragment.y, fragment.width, fragment.height}.toRectF());
+    const Edges borders = bordersOf(inlineBox.style());
+    paintBackground(style, rect, borders, {});
+    paintBorders(style, rect, borders, fragment.first, fragment.last);
+    paintOutline(style, rect);
+}
+
+void Painter::paintGlyphs(const InlineContent &content, const Fragment &fragment, QPointF baseline, const QColor &color)
+{
+    const InlineItem &item = content.items[fragment.item];
+    const css::ComputedStyle &style = fragment.box->style();
+    const Font &font = fontOf(style);
+    mPainter->setPen(color);
+    const auto draw = [&](const GlyphSpan &span, double shift) {
+        QGlyphRun run;
+        run.setRawFont(span.face->rawAt(font.size()));
+        run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
+        QList<QPointF> positions;
+        positions.reserve(qsizetype(span.positions.size()));
+        for (const QPointF &at : span.positions) positions.append({at.x() + shift, at.y()});
+        run.setPositions(positions);
+        mPainter->drawGlyphRun(baseline, run);
+    };
+    if (!item.simple) {
+        const ShapedText &shaped = content.shapes[std::size_t(item.shaped)];
+        const double a = double(shaped.edges[fragment.start - item.start]), b = double(shaped.edges[fragment.end - item.start]);
+        const double left = std::min(a, b), right = std::max(a, b);
+        for (const GlyphSpan &span : shaped.spans) {
+            GlyphSpan part;
+            part.face = span.face;
+            for (std::size_t i = 0; i < span.glyphs.size(); ++i)
+                if (span.positions[i].x() >= left - 0.01 && (span.positions[i].x() < right - 0.01 || left == right)) {
+                    part.glyphs.push_back(span.glyphs[i]);
+                    part.positions.push_back(span.positions[i]);
+                }
+            draw(part, -left);
+        }
+        return;
+    }
+    QString text = content.text.mid(fragment.start, fragment.end - fragment.start);
+    if (fragment.hyphen) text.append(QLatin1Char('-'));
+    Spacing spacing = spacingOf(style);
+    spacing.word += double(fragment.wordSpacing);
+    const ShapedText shaped = TextShaper::shape(text, font, spacing);
+    for (const GlyphSpan &span : shaped.spans) draw(span, 0);
+}
+
+void Painter::paintDecorations(const Fragment &fragment, QPointF baseline)
+{
+    const Font &font = fontOf(fragment.box->style());
+    // Lines come from whatever element around asks for them, in its colour.
+    for (const Box *up = fragment.box->isText() ? fragment.box->parent() : fragment.box; up; up = up->parent()) {
+        if (up->isAnonymous()) continue;
+        const auto &rare = up->style().rare();
+        if (rare.textDecoration) {
+            const double width = std::max(1.0, rare.textDecorationThickness.isFixed() ? double(rare.textDecorationThickness.px) : std::round(font.size() / 10));
+            QPen pen(QColor::fromRgba(rare.textDecorationColor), width);
+            if (rare.textDecorationStyle == css::BorderStyle::Dotted) pen.setStyle(Qt::DotLine);
+            if (rare.textDecorationStyle == css::BorderStyle::Dashed) pen.setStyle(Qt::DashLine);
+            mPainter->setPen(pen);
+            const double right = baseline.x() + fragment.width.toDouble();
+            const auto stroke = [&](double y) {
+                const double at = std::floor(y) + width / 2;
+                mPainter->drawLine(QPointF(baseline.x(), at), QPointF(right, at));
+            };
+            if (rare.textDecoration & css::decoration::underline) stroke(baseline.y() + std::max(1.0, font.size() / 10));
+            if (rare.textDecoration & css::decoration::overline) stroke(baseline.y() - font.ascent().toDouble());
+            if (rare.textDecoration & css::decoration::lineThrough) stroke(baseline.y() - font.ascent().toDouble() / 3);
+        }
+        if (up->isBlockBox() && (up->inlineLevel || up->isOutOfFlow())) break;
+    }
+}
+
+void Painter::paintText(const BlockBox &box, const Line &line, const Fragment &fragment, Point origin)
+{
+    const InlineContent &content = *box.inlineContent;
+    if (content.items[fragment.item].type != ItemType::Text) return;
+    const css::ComputedStyle &style = fragment.box->style();
+    const Font &font = fontOf(style);
+    const QPointF baseline((origin.x + fragment.x).toDouble(), (origin.y + line.top + fragment.y + font.ascent()).toDouble());
+    const QColor color = QColor::fromRgba(style.color());
+    for (const css::Shadow &shadow : style.text().textShadow)
+        paintGlyphs(content, fragment, baseline + QPointF(double(shadow.x), double(shadow.y)), QColor::fromRgba(shadow.color));
+    if (font.size() > 0) paintGlyphs(content, fragment, baseline, color);
+    paintDecorations(fragment, baseline);
+    if (mOptions.highlights.empty() || !fragment.box->isText()) return;
+    const auto &textBox = static_cast<const TextBox &>(*fragment.box);
+    for (const Highlight &highlight : mOptions.highlights) {
+        if (highlight.text != textBox.node()) continue;
+        const uint32_t from = std::max(fragment.start, TextMap::collapsed(textBox, highlight.from));
+        const uint32_t to = std::min(fragment.end, TextMap::collapsed(textBox, highlight.to));
+        if (from >= to) continue;
+        const Unit a = Queries::offsetInFragment(content, fragment, from), b = Queries::offsetInFragment(content, fragment, to);
+        const QRectF rect((origin.x + fragment.x + std::min(a, b)).toDouble(), (origin.y + line.top).toDouble(), std::abs((b - a).toDouble()), line.height.toDouble());
+        mPainter->save();
+        mPainter->fillRect(snapped(rect), highlight.background);
+        mPainter->setClipRect(rect, Qt::IntersectClip);
+        paintGlyphs(content, fragment, baseline, highlight.foreground.isValid() ? highlight.foreground : color);
+        mPainter->restore();
+    }
+}
+
+void Painter::paintMarker(const BlockBox &box, Point origin)
+{
+    if (!box.rare || !box.rare->marker || box.style().text().visibility != css::Visibility::Visible) return;
+    const MarkerData &marker = *box.rare->marker;
+    const css::ComputedStyle &style = box.style();
+    const Font &font = fontOf(style);
+    const QPointF baseline((origin.x + marker.x).toDouble(), (origin.y + marker.baseline).toDouble());
+    const QColor color = QColor::fromRgba(style.color());
+    const auto type = style.text().listStyleType;
+    if (style.text().listStyleString.isNull() && (type == css::ListStyleType::Disc || type == css::ListStyleType::Circle || type == css::ListStyleType::Square)) {
+        const int ascent = font.ascent().rounded();
+        const double size = (ascent * 2 / 3 + 1) / 2;
+        const QRectF dot(baseline.x(), std::round(baseline.y() - ascent) + 3 * (ascent - ascent * 2 / 3) / 2.0, size, size);
+        mPainter->save();
+        mPainter->setRenderHint(QPainter::Antialiasing, type != css::ListStyleType::Square);
+        mPainter->setPen(type == css::ListStyleType::Circle ? QPen(color, 1) : QPen(Qt::NoPen));
+        mPainter->setBrush(type == css::ListStyleType::Circle ? QBrush() : QBrush(color));
+        if (type == css::ListStyleType::Square)
+            mPainter->drawRect(dot);
+        else
+            mPainter->drawEllipse(dot);
+        mPainter->restore();
+        return;
+    }
+    const ShapedText shaped = TextShaper::shape(marker.text, font, {});
+    mPainter->setPen(color);
+    for (const GlyphSpan &span : shaped.spans) {
+        QGlyphRun run;
+        run.setRawFont(span.face->rawAt(font.size()));
+        run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
+        run.setPositions(QList<QPointF>(span.positions.begin(), span.positions.end()));
+        mPainter->drawGlyphRun(baseline, run);
+    }
+}
+
+} // namespace paint
