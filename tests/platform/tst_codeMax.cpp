@@ -275,6 +275,51 @@ private Q_SLOTS:
         QCOMPARE(change.count(), 7);
     }
 
+    void typingAfterAWriteIsAStepOfItsOwn()
+    {
+        CodeMax editor;
+        showActive(editor);
+        QTest::keyClicks(&editor, "ab");
+        editor.setText("abc");
+        editor.SetSel(caretAt(0, 3), false);
+        QTest::keyClicks(&editor, "d");
+        editor.ExecuteCmd(codemax::undo);
+        QCOMPARE(editor.Text(), QString("abc"));
+        editor.ExecuteCmd(codemax::undo);
+        QCOMPARE(editor.Text(), QString("ab"));
+        editor.ExecuteCmd(codemax::undo);
+        QCOMPARE(editor.Text(), QString());
+    }
+
+    void thePointerMovesTheCaretAndTells()
+    {
+        CodeMax editor;
+        editor.setText("abc\r\ndef");
+        showActive(editor);
+        QSignalSpy change(&editor, &CodeMax::Change), selection(&editor, &CodeMax::SelChange);
+        const QPoint place = editor.viewport()->mapFrom(&editor, editor.PosToRect(1, 2).center() - QPoint(2, 0));
+        QTest::mouseClick(editor.viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(editor.GetSel(true), caretAt(1, 2));
+        QCOMPARE(selection.count(), 1);
+        QTest::mouseDClick(editor.viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(editor.SelText(), QString("def"));
+        QCOMPARE(change.count(), 0);
+    }
+
+    void anAnswerToAChangeMayWriteAndDelete()
+    {
+        auto *editor = new CodeMax;
+        connect(editor, &CodeMax::Change, editor, [editor] {
+            if (editor->Text() == "x") editor->setText("written");
+        });
+        editor->ReplaceSel("x");
+        QCOMPARE(editor->Text(), QString("written"));
+        QPointer<CodeMax> alive(editor);
+        connect(editor, &CodeMax::Change, editor, [editor] { delete editor; });
+        editor->ReplaceSel("y");
+        QVERIFY(!alive);
+    }
+
     void newLinesFollowTheText()
     {
         CodeMax editor;
