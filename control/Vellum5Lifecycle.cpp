@@ -34,8 +34,8 @@ QString setting(const char *name)
 } // namespace
 
 Vellum5::Parts::Parts(Vellum5 &control)
-    : host(control), splitMain(new Splitter(&control)), conEditors(new Container(&control)),
-      splitPageMap(new Splitter(conEditors)), ed(new HTMLEditor(conEditors)), txtHTMLSource(new CodeMax(conEditors)),
+    : host(control), splitMain(new Splitter(Qt::Horizontal, &control)), conEditors(new Container(&control)),
+      splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)), txtHTMLSource(new CodeMax(conEditors)),
       strip(new FlatStrip(&control)), text(state, host, *ed, *txtHTMLSource),
       views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
       events(state, host, *ed), changes(state, host, *ed, *txtHTMLSource, events),
@@ -70,9 +70,9 @@ void Vellum5::UserControl_Initialize(HostContainer *Container)
         mParts->host.container = Container;
         mParts->state.mCommandManager = std::make_shared<VirtualCommandManager>();
         mParts->state.mOutputDebugStrings = mParts->debug.isOn();
-        const auto shut = [&p = *mParts](Splitter *splitter) { splitter->hide(); Q_UNUSED(p); };
-        shut(mParts->splitMain);
-        shut(mParts->splitPageMap);
+        mParts->splitMain->hide();
+        mParts->splitPageMap->setPositionMode(Splitter::PositionMode::SecondPanePixels);
+        mParts->splitPageMap->hide();
         mParts->strip->addTab(QStringLiteral("normal"), tr("Normal"));
         mParts->strip->addTab(QStringLiteral("htmlsource"), tr("HTML"));
         mParts->strip->addTab(QStringLiteral("preview"), tr("Preview"));

@@ -3,6 +3,7 @@
 
 #include "base/Clock.h"
 #include "base/Fault.h"
+#include "control/Vellum5.h"
 #include "scripting/Objects.h"
 #include "support/Debug.h"
 #include "support/SettingsStore.h"
@@ -27,7 +28,7 @@ Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing)
                                                                                   : options.settingsFolder);
     mFilesFolder = options.filesFolder.isEmpty() ? mFreshFiles.path() : QDir(options.filesFolder).absolutePath();
     base::Clock::instance().setManual(QDateTime(QDate(2026, 1, 1), QTime(12, 0)));
-    MessageBox::setHandler([this](QWidget *, const MessageBox::Request &request) { return answerBox(request); });
+    MessageBox::setHandler([this](const MessageBox::Request &request) { return answerBox(request); });
     support::setFailurePresenter([this](const support::FailureReport &report) { mReports.push_back(report); });
     support::setDebugSink([this](const QString &line) { mDebug << line; });
     mHost = std::make_unique<ScriptHost>();
@@ -193,7 +194,7 @@ Interpreter::Target Interpreter::readPath(Words &words)
     platform::Path path =
         platform::Path::read(words.line(), position, [this](const QString &name) { return named(name); });
     words.moveTo(position);
-    return {path.root.isEmpty() ? objectValue(reinterpret_cast<QObject *>(&control())) : named(path.root), path};
+    return {path.root.isEmpty() ? objectValue(&control()) : named(path.root), path};
 }
 
 Value Interpreter::readTarget(Words &words)
@@ -205,17 +206,17 @@ Value Interpreter::readTarget(Words &words)
 MessageBox::Button Interpreter::answerBox(const MessageBox::Request &request)
 {
     QStringList names;
-    for (const MessageBox::Button button : request.buttons) names << MessageBox::buttonText(button);
-    MessageBox::Button answer = MessageBox::escapeButton(request.buttons);
+    for (const MessageBox::Button button : request.buttons) names << MessageBox::name(button);
+    MessageBox::Button answer = request.escapeButton();
     if (!mAnswers.isEmpty()) {
         const QString wanted = mAnswers.takeFirst();
         for (const MessageBox::Button button : request.buttons)
-            if (MessageBox::buttonText(button).compare(wanted, Qt::CaseInsensitive) == 0) answer = button;
+            if (MessageBox::name(button).compare(wanted, Qt::CaseInsensitive) == 0) answer = button;
     }
     QString text = request.text;
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\\n")).replace(u'\n', QStringLiteral("\\n"));
-    mBoxes << QStringList{MessageBox::iconText(request.icon), request.caption, text, names.join(u'/'),
-                          MessageBox::buttonText(answer)}
+    mBoxes << QStringList{MessageBox::name(request.icon), request.caption, text, names.join(u'/'),
+                          MessageBox::name(answer)}
                   .join(QStringLiteral(" | "));
     return answer;
 }
