@@ -198,7 +198,7 @@ void TreeEdits::showLine(const Position &p)
 bool TreeEdits::canHoldParagraph(const Element &parent)
 {
     for (const Element *at = &parent; at; at = at->parentElement()) {
-        if (at->is(names::p) || at->is(names::pre) || !html::isBlockElement(*at)) return false;
+        if (at->is(names::p) || at->is(names::pre)) return false;
         if (isTableStructure(*at) || isList(*at) || at->is(names::dl) || at->is(names::option)) return at != &parent;
         if (isCell(*at) || at->is(names::body)) return true;
     }
@@ -219,10 +219,11 @@ Node *firstShown(Element &element)
 
 } // namespace
 
-void TreeEdits::leaveList(Element &item)
+Position TreeEdits::leaveList(Element &item)
 {
     Element *list = item.parentElement();
-    if (!list) return;
+    if (!list) return {};
+    Position start(&item, 0);
     Ref<Element> keepList(list);
     // Items that follow go into a list of their own behind.
     Ref<Element> rest;
@@ -243,22 +244,24 @@ void TreeEdits::leaveList(Element &item)
     } else {
         Node *before = rest ? rest.get() : list->nextSibling();
         ParentNode &parent = *list->parentNode();
-        bool any = false;
+        start = {};
         while (Node *first = firstShown(item)) {
-            any = true;
             const bool block = mContent.delimitsLines(*first);
             Element *moved = block ? first->asElement()
                                    : &wrapRun(item, Position::before(*first), "p");
             mTracker.move(parent, *moved, before);
+            if (!start) start = Position::startOf(*moved);
         }
-        if (!any) {
+        if (!start) {
             Ref<Element> line = item.document().createElement(QStringLiteral("p"));
             mTracker.insert(parent, *line, before);
             mTracker.setHeldOpen(*line, true);
+            start = Position::startOf(*line);
         }
         mTracker.remove(item);
     }
     removeEmptied(keepList.get(), item);
+    return start;
 }
 
 } // namespace editing

@@ -49,7 +49,8 @@ public:
     /// Sees to it that the line of `p` shows though it is empty: by the mark where it is a block's all, else by a BR.
     void showLine(const ranges::Position &p);
     /// An item leaves its list: it becomes an item of the list around, or its content becomes blocks.
-    void leaveList(dom::Element &item);
+    /// The start of what it became.
+    ranges::Position leaveList(dom::Element &item);
 
     /// Whether a P in `parent` would be read back as it stands.
     static bool canHoldParagraph(const dom::Element &parent);
@@ -57,7 +58,6 @@ public:
     bool isFixed(const dom::Element &element) const;
 
 private:
-    dom::Element &place(dom::Element &list, dom::Element &item);
     const ranges::Content &mContent;
     changes::ChangeTracker &mTracker;
     ranges::RangeKeeper &mKeeper;
