@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "control/Vellum5.h"
 
+#include "control/Published.h"
 #include "control/Vellum5Parts.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
@@ -66,6 +67,7 @@ Vellum5::~Vellum5()
 void Vellum5::UserControl_Initialize(HostContainer *Container)
 {
     modMain::Main();
+    publishControl();
     trap(module, "Usercontrol_Initialize", &mParts->state, [&] {
         mParts->host.container = Container;
         mParts->state.mCommandManager = std::make_shared<VirtualCommandManager>();

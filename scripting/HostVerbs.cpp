@@ -242,7 +242,7 @@ void splitter(Interpreter &in, Words &words)
 
 void typelib(Interpreter &in, Words &words)
 {
-    in.printRaw(platform::typeLibraryText(words.wordOr(QString())));
+    in.printRaw(words.atEnd() ? platform::typelibrary::text() : platform::typelibrary::text(words.word("an interface")));
 }
 
 void openFile(Interpreter &in, Words &words)

@@ -5,7 +5,7 @@
 #include "control/Vellum5Parts.h"
 #include "engine/changes/EditScope.h"
 #include "engine/dom/CharacterData.h"
-#include "engine/html/Parser.h"
+#include "engine/ranges/Marks.h"
 #include "engine/surface/LoadedDocument.h"
 #include "engine/surface/View.h"
 #include "scripting/Check.h"
@@ -108,11 +108,12 @@ void crash(Interpreter &, Words &)
 void marked(Interpreter &in, Words &words)
 {
     in.control().setBodyMode(false);
-    const MarkedText marked = takeMarks(words.text());
-    in.control().setDocumentHTML(QStringLiteral("<HTML><HEAD></HEAD><BODY>") + marked.text +
-                                 QStringLiteral("</BODY></HTML>"));
+    const ranges::Marks marks(words.text());
+    in.control().setDocumentHTML(marks.page());
     in.settle();
-    placeMarks(in, marked);
+    surface::LoadedDocument *loaded = in.host().surface().loaded();
+    if (!loaded || !marks.apply(loaded->selection())) throw ScriptError(QStringLiteral("the marks can't stand there"));
+    loaded->tracker().selectionSettled();
     in.host().forgetHistory();
 }
 
@@ -133,6 +134,13 @@ void query(Interpreter &in, Words &words)
 }
 
 } // namespace
+
+QString markedBody(Interpreter &in)
+{
+    surface::LoadedDocument *loaded = in.host().surface().loaded();
+    if (!loaded) throw ScriptError(QStringLiteral("no document is loaded"));
+    return ranges::Marks::print(loaded->selection());
+}
 
 bool printInside(Interpreter &in, const QString &what)
 {

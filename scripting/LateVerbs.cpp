@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "scripting/Interpreter.h"
 
-#include "engine/css/Services.h"
 #include "engine/html/Parser.h"
 #include "scripting/Helpers.h"
 #include "scripting/Objects.h"
@@ -67,7 +66,6 @@ void parse(Interpreter &in, Words &words)
 {
     const QString name = words.word("a name");
     const base::Ref<dom::Document> document = html::parseDocument(words.text());
-    css::attachDetachedStyles(*document);
     in.setNamed(name, documentValue(document.get()));
 }
 

@@ -4,7 +4,7 @@
 namespace surface {
 
 LoadedDocument::LoadedDocument(base::Ref<dom::Document> document)
-    : mDocument(std::move(document)), mStyles(*mDocument), mStyleServices(mStyles), mTree(*mDocument, mStyles),
+    : mDocument(std::move(document)), mStyles(*mDocument), mStyleServices(mStyles), mBridge(mStyles), mTree(*mDocument, mBridge),
       mQueries(mTree), mKeeper(*mDocument), mSelection(mKeeper), mTracker(*mDocument), mEditor(mTracker, mSelection)
 {
     mDocument->styles = &mStyleServices;

@@ -11,6 +11,7 @@
 #include "engine/ranges/RangeKeeper.h"
 #include "engine/ranges/SelectionObject.h"
 #include "engine/surface/ImageStore.h"
+#include "engine/surface/StyleBridge.h"
 
 namespace surface {
 
@@ -33,6 +34,7 @@ private:
     base::Ref<dom::Document> mDocument;
     css::StyleEngine mStyles;
     css::Services mStyleServices;
+    StyleBridge mBridge;
     ImageStore mImages;
     layout::LayoutTree mTree;
     layout::Queries mQueries;

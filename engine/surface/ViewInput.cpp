@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/Error.h"
 #include "engine/dom/Names.h"
-#include "engine/editing/Editor.h"
+#include "engine/editing/CommandTable.h"
 #include "engine/ranges/Movement.h"
 #include "engine/surface/HTMLEditor.h"
 #include "engine/surface/LoadedDocument.h"
@@ -296,55 +296,44 @@ QVariant View::inputMethodQuery(Qt::InputMethodQuery query)
 
 namespace {
 
-struct EngineCommand {
+struct Number {
+    int number;
     const char *name;
-    int number; ///< 0: by name only
-    bool (*run)(editing::Editor &, const QString &value);
 };
+/// Commands that hosts know by a number.
+const Number numbers[] = {{17, "delete"}, {29, "redo"}, {31, "selectAll"}, {43, "undo"}};
 
-const EngineCommand commands[] = {
-    {"insertText", 0, [](editing::Editor &e, const QString &value) { return e.insertText(value); }},
-    {"insertParagraph", 0, [](editing::Editor &e, const QString &) { return e.insertParagraph(); }},
-    {"insertLineBreak", 0, [](editing::Editor &e, const QString &) { return e.insertLineBreak(); }},
-    {"delete", 17,
-     [](editing::Editor &e, const QString &) { return e.selection().isRange() ? e.deleteSelection() : e.deleteBackward(); }},
-    {"forwardDelete", 0, [](editing::Editor &e, const QString &) { return e.deleteForward(); }},
-    {"selectAll", 31, [](editing::Editor &e, const QString &) { return e.selectAll(); }},
-};
-
-const EngineCommand *findCommand(const QString &name)
+const editing::Command *findCommand(const QString &name)
 {
-    for (const EngineCommand &command : commands)
-        if (name.compare(QLatin1String(command.name), Qt::CaseInsensitive) == 0 ||
-            (command.number && name == QString::number(command.number)))
-            return &command;
-    return nullptr;
+    for (const Number &row : numbers)
+        if (name == QString::number(row.number)) return editing::CommandTable::find(QLatin1String(row.name));
+    return editing::CommandTable::find(name);
 }
 
 } // namespace
 
 bool View::execNamed(const QString &name, const QString &value)
 {
-    if (name.compare(QLatin1String("undo"), Qt::CaseInsensitive) == 0) return mWidget.undo();
-    if (name.compare(QLatin1String("redo"), Qt::CaseInsensitive) == 0) return mWidget.redo();
-    const EngineCommand *command = findCommand(name);
-    if (!command || !mLoaded || !mLoaded->editor().canEdit()) return false;
-    const bool done = command->run(mLoaded->editor(), value);
-    edited();
+    const editing::Command *command = findCommand(name);
+    if (!command || !mLoaded) return false;
+    const bool done = editing::CommandTable::run(*command, {mLoaded->editor(), {}, {}, {}, {}}, value);
+    if (mLoaded) edited();
     return done;
 }
 
 View::CommandState View::queryNamed(const QString &name)
 {
-    CommandState state;
-    if (!mLoaded) return state;
-    if (name.compare(QLatin1String("undo"), Qt::CaseInsensitive) == 0)
-        state.enabled = mLoaded->tracker().canUndo();
-    else if (name.compare(QLatin1String("redo"), Qt::CaseInsensitive) == 0)
-        state.enabled = mLoaded->tracker().canRedo();
-    else
-        state.enabled = findCommand(name) && mLoaded->editor().canEdit();
-    return state;
+    CommandState result;
+    const editing::Command *command = findCommand(name);
+    if (!command || !mLoaded) return result;
+    const editing::CommandContext context{mLoaded->editor(), {}, {}, {}, {}};
+    result.enabled = editing::CommandTable::isPossible(*command, context);
+    const editing::State state = editing::CommandTable::state(*command, context);
+    result.state = state == editing::State::On      ? QStringLiteral("on")
+                   : state == editing::State::Mixed ? QStringLiteral("mixed")
+                                                    : QStringLiteral("off");
+    result.value = editing::CommandTable::value(*command, context);
+    return result;
 }
 
 int View::commandStatus(int command)
