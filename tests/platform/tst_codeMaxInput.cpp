@@ -72,9 +72,15 @@ private Q_SLOTS:
     void randomWritesKeepTextAndHistory()
     {
         // Neighbouring texts share starts and ends that fall into characters and line ends.
-        const QStringList pieces{QStringLiteral("\r\n"), QStringLiteral("\n"), QStringLiteral("\r"),
-                                 QStringLiteral("\u00e9"), QStringLiteral("\u00e8"), smile,
-                                 QString::fromUcs4(U"\U0001F601", 1), QStringLiteral("a"), QStringLiteral("\u6f22")};
+        const QStringList pieces{QStringLiteral("\r\n"),
+                                 QStringLiteral("\n"),
+                                 QStringLiteral("\r"),
+                                 QStringLiteral("\u00e9"),
+                                 QStringLiteral("\u00e8"),
+                                 smile,
+                                 QString::fromUcs4(U"\U0001F601", 1),
+                                 QStringLiteral("a"),
+                                 QStringLiteral("\u6f22")};
         quint32 state = 4711;
         const auto random = [&state](int bound) {
             state = state * 1664525u + 1013904223u;
@@ -84,7 +90,8 @@ private Q_SLOTS:
         QStringList texts{QString()};
         for (int step = 0; step < 300; ++step) {
             QString text;
-            for (int i = random(7); i >= 0; --i) text += pieces[random(int(pieces.size()))];
+            for (int i = random(7); i >= 0; --i)
+                text += pieces[random(int(pieces.size()))];
             editor.setText(text);
             QCOMPARE(editor.Text(), text);
             if (text != texts.last()) texts << text;
