@@ -39,6 +39,7 @@ void BoxBuilder::append(Box &parent, Box *child, Box *before)
     parent.insertChild(child, before);
     BlockBox *block = child->asBlock();
     BlockBox *owner = parent.asBlock();
+    if (owner && child->isOutOfFlow()) owner->hasOutOfFlow = true;
     if (!block || !owner || child->isOutOfFlow() || child->inlineLevel) return;
     if (owner->kind() != BoxKind::Block && owner->kind() != BoxKind::TableCell) return;
     BlockBox *next = nullptr;
@@ -126,7 +127,7 @@ void BoxBuilder::rebuildChildren(BlockBox &block)
     dom::Element *element = block.element();
     if (element) {
         addPseudo(*element, Pseudo::Before, list);
-        collect(*element, block.styleRef(), nullptr, nullptr, list);
+        collect(block.styleRef(), element->firstChild(), nullptr, list);
         addPseudo(*element, Pseudo::After, list);
     }
     fill(block, std::move(list));
@@ -165,7 +166,7 @@ bool BoxBuilder::rebuildAround(BlockBox &block, dom::ParentNode &parent, dom::No
         dissolve(*box);
     }
     List list;
-    collect(parent, block.styleRef(), from ? from->nextSibling() : parent.firstChild(), to, list);
+    collect(block.styleRef(), from ? from->nextSibling() : parent.firstChild(), to, list);
     fillBlock(block, wrapTableParts(list, block), right, true);
     for (Box *box = left ? left->next() : block.firstChild(); box && box != right; box = box->next()) mTree.markDirty(*box);
     // The neighbours' margins meet others now.
@@ -179,11 +180,11 @@ bool BoxBuilder::rebuildAround(BlockBox &block, dom::ParentNode &parent, dom::No
 
 // ---- Making boxes ----
 
-void BoxBuilder::collect(dom::ParentNode &parent, const StyleRef &style, dom::Node *from, dom::Node *to, List &list)
+void BoxBuilder::collect(const StyleRef &style, dom::Node *from, dom::Node *to, List &list)
 {
     if (mDepth > deepest) return;
     ++mDepth;
-    for (dom::Node *node = from ? from : parent.firstChild(); node && node != to; node = node->nextSibling()) {
+    for (dom::Node *node = from; node && node != to; node = node->nextSibling()) {
         if (node->isText())
             addText(*node, style, list);
         else if (node->isElement())
@@ -250,7 +251,7 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     if (!style || isHidden(element, *style)) return;
     if (isContents(*style)) {
         addPseudo(element, Pseudo::Before, list);
-        collect(element, style, nullptr, nullptr, list);
+        collect(style, element.firstChild(), nullptr, list);
         addPseudo(element, Pseudo::After, list);
         return;
     }
@@ -269,7 +270,7 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     if (made->kind() == BoxKind::LineBreak || made->isReplaced() || mDepth > deepest) return;
     List children;
     addPseudo(element, Pseudo::Before, children);
-    collect(element, style, nullptr, nullptr, children);
+    collect(style, element.firstChild(), nullptr, children);
     addPseudo(element, Pseudo::After, children);
     if (BlockBox *block = made->asBlock()) {
         fill(*block, std::move(children));

@@ -160,7 +160,7 @@ private Q_SLOTS:
     void randomEditsEqualAFreshLayout_data()
     {
         QTest::addColumn<quint32>("seed");
-        for (quint32 seed = 1; seed <= 12; ++seed) QTest::addRow("%u", seed) << seed;
+        for (quint32 seed = 1; seed <= 60; ++seed) QTest::addRow("%u", seed) << seed;
         const quint32 fresh = QRandomGenerator::global()->generate();
         QTest::addRow("%u", fresh) << fresh;
     }
@@ -177,7 +177,9 @@ private Q_SLOTS:
             std::vector<dom::Node *> nodes;
             for (dom::Node *n = page.document->body(); n; n = n->next(page.document->body())) nodes.push_back(n);
             dom::Node *node = nodes[random.bounded(quint32(nodes.size()))];
-            switch (random.bounded(6)) {
+            const int action = random.bounded(6);
+            if (qEnvironmentVariableIsSet("DUMP")) qInfo() << step << action << node->id() << node->nodeName() << (node->parentNode() ? node->parentNode()->nodeName() : "");
+            switch (action) {
             case 0:
                 if (node->isText()) dom::RawTree::replaceText(static_cast<dom::CharacterData &>(*node), 0, random.bounded(4u), random.bounded(2) ? u"new words " : u" ");
                 break;
