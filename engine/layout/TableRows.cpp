@@ -172,6 +172,17 @@ void TableLayout::placeRows(Unit top)
     const Unit padLeft = mTable.collapsed ? Unit() : mTable.padding.left;
     const Unit left = mTable.border.left + padLeft + mTable.spacingX;
     const Unit width = mTable.columns.empty() ? Unit() : mTable.width - mTable.border.horizontal() - padLeft - (mTable.collapsed ? Unit() : mTable.padding.right) - mTable.spacingX * 2;
+    for (Box *each = mTable.firstChild(); each; each = each->next()) {
+        if (each->kind() != BoxKind::TableSection) continue;
+        BlockBox &empty = *each->asBlock(); // those with rows get theirs below
+        empty.x = left;
+        empty.gap = y;
+        empty.width = width;
+        empty.height = {};
+        empty.padding = empty.border = {};
+        empty.needsLayout = empty.childNeedsLayout = false;
+        mEngine.finishOverflow(empty);
+    }
     BlockBox *section = nullptr;
     for (TableRow &row : mTable.rows) {
         row.top = y;

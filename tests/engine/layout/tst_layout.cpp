@@ -157,6 +157,35 @@ private Q_SLOTS:
         qInfo("a keystroke: %.1f us", double(timer.nsecsElapsed()) / 200e3);
         QCOMPARE(page.tree.compareWithFresh(), QString());
     }
+    void aMegabyteIsLaidOut()
+    {
+        QString body;
+        for (int i = 0; body.size() < 1000000; ++i)
+            body += QString("<h2>Heading %1</h2><p>The quick brown fox <b>jumps</b> over the lazy dog, again and again, until line %1 is <i>long enough</i> to wrap "
+                            "around the edge of the page, and some more words follow it to the end of the paragraph.</p><ul><li>An item<li>Another</ul>").arg(i);
+        const auto document = html::parseDocument("<!DOCTYPE html><body>" + body);
+        TestStyles styles(*document);
+        for (dom::Node *n = document->documentElement(); n; n = n->next())
+            if (n->isElement()) styles.styleFor(static_cast<dom::Element &>(*n));
+        QElapsedTimer timer;
+        timer.start();
+        LayoutTree tree(*document, styles);
+        tree.update();
+        qInfo("1 MB, styles known: %.1f ms, %llu boxes, %llu lines", double(timer.nsecsElapsed()) / 1e6, (unsigned long long)tree.work().boxesBuilt, (unsigned long long)tree.work().linesBroken);
+        Queries queries(tree);
+        const int height = tree.pageSize().height();
+        QVERIFY(height > 10000);
+        timer.restart();
+        for (int i = 0; i < 1000; ++i) QVERIFY(queries.hitTest(QPointF(100, double(height) * i / 1000)).element);
+        qInfo("a hit test: %.2f us", double(timer.nsecsElapsed()) / 1e6);
+    }
+    void nestingIsBounded()
+    {
+        QString body;
+        for (int i = 0; i < 400; ++i) body += "<div>";
+        Page page(body + "<p id=p>deep</p>");
+        QCOMPARE(page.box("p").height(), 18.0);
+    }
     void randomEditsEqualAFreshLayout_data()
     {
         QTest::addColumn<quint32>("seed");
