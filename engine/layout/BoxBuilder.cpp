@@ -126,6 +126,7 @@ void BoxBuilder::rebuildChildren(BlockBox &block)
     List list;
     dom::Element *element = block.element();
     if (element) {
+        addInsideMarker(block, list);
         addPseudo(*element, Pseudo::Before, list);
         collect(block.styleRef(), element->firstChild(), nullptr, list);
         addPseudo(*element, Pseudo::After, list);
@@ -269,6 +270,7 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     list.push_back(made);
     if (made->kind() == BoxKind::LineBreak || made->isReplaced() || mDepth > deepest) return;
     List children;
+    if (BlockBox *block = made->asBlock()) addInsideMarker(*block, children);
     addPseudo(element, Pseudo::Before, children);
     collect(style, element.firstChild(), nullptr, children);
     addPseudo(element, Pseudo::After, children);
@@ -280,10 +282,23 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     for (Box *child : wrapTableParts(children, *made)) append(*made, child);
 }
 
-void BoxBuilder::setMarker(BlockBox &box)
+// A marker inside is the first text of the item's first line.
+void BoxBuilder::addInsideMarker(BlockBox &box, List &list)
 {
     if (!box.isListItem) return;
     makeMarker(mTree, box);
+    if (!box.rare || !box.rare->marker || !box.rare->marker->inside) return;
+    auto *text = new TextBox(nullptr, box.styleRef());
+    text->generated = box.rare->marker->text;
+    text->generated.replace(QLatin1Char(' '), QChar(0xA0)); // it neither collapses nor breaks
+    text->pseudo = Pseudo::Marker;
+    ++mTree.mWork.boxesBuilt;
+    list.push_back(text);
+}
+
+void BoxBuilder::setMarker(BlockBox &box)
+{
+    if (box.isListItem) makeMarker(mTree, box);
 }
 
 void BoxBuilder::fill(BlockBox &box, List &&list)
@@ -326,7 +341,7 @@ void BoxBuilder::fillBlock(BlockBox &box, const List &list, Box *before, bool ke
             append(box, child, before);
         }
         const bool heldOpen = box.element() && box.element()->isHeldOpen() && !anyInline;
-        if (anyInline || heldOpen || hasInsideMarker(box)) box.inlineContent = std::make_unique<InlineContent>();
+        if (anyInline || heldOpen) box.inlineContent = std::make_unique<InlineContent>();
         return;
     }
     box.inlineContent.reset();

@@ -39,6 +39,7 @@ private:
     bool isBlockLevel(const Box &box) const;
     void dissolve(Box &box);
     void sweep();
+    void addInsideMarker(BlockBox &box, List &list);
     void setMarker(BlockBox &box);
 
     LayoutTree &mTree;

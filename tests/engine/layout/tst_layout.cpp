@@ -157,6 +157,19 @@ private Q_SLOTS:
         qInfo("a keystroke: %.1f us", double(timer.nsecsElapsed()) / 200e3);
         QCOMPARE(page.tree.compareWithFresh(), QString());
     }
+    void listItemsAreCountedWhenShown()
+    {
+        Page page("<ol id=l start=3><li id=a>a<li id=b>b<li value=10 id=c>c<li id=d>d</ol>");
+        const auto text = [&](const char *id) {
+            page.tree.update();
+            return page.tree.markerText(*boxOf(page.byId(id))->asBlock());
+        };
+        QCOMPARE(text("a"), QString("3. "));
+        QCOMPARE(text("b"), QString("4. "));
+        QCOMPARE(text("d"), QString("11. "));
+        dom::RawTree::insert(page.byId("l"), *page.document->createElement("li"), &page.byId("a"));
+        QCOMPARE(text("b"), QString("5. "));
+    }
     void aMegabyteIsLaidOut()
     {
         QString body;
