@@ -216,6 +216,7 @@ base::Ref<DeclarationBlock> DeclarationBlock::copy() const
 {
     auto copy = base::make<DeclarationBlock>();
     copy->mDeclarations = mDeclarations;
+    copy->mBaseURL = mBaseURL;
     return copy;
 }
 

@@ -27,6 +27,9 @@ public:
 
     const std::vector<Declaration> &declarations() const { return mDeclarations; }
     bool isEmpty() const { return mDeclarations.empty(); }
+    /// Against which addresses in it are resolved; empty: the document's base.
+    const QString &baseURL() const { return mBaseURL; }
+    void setBaseURL(const QString &url) { mBaseURL = url; }
     /// "name: value; name: value", no semicolon at the end.
     QString text() const;
 
@@ -46,6 +49,7 @@ private:
     void breakUp(size_t index, const std::vector<PropertyId> &without);
 
     std::vector<Declaration> mDeclarations;
+    QString mBaseURL;
 };
 
 /// The name under which the text of a style sheet means a property: canonical, or as written where we don't know it.

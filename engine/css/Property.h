@@ -30,7 +30,8 @@ namespace css {
     X(LineHeight, "line-height", true, LineHeight, "")                                                                 \
     X(Direction, "direction", true, Words, "ltr rtl")                                                                  \
     X(TextAlign, "text-align", true, Words,                                                                            \
-      "start end left right center justify -webkit-left -webkit-right -webkit-center -moz-center=-webkit-center")      \
+      "start end left right center justify -webkit-left -webkit-right -webkit-center -internal-center "                \
+      "-moz-center=-webkit-center")      \
     X(TextAlignLast, "text-align-last", true, Words, "start end left right center justify auto")                       \
     X(TextJustify, "text-justify", true, Words,                                                                        \
       "auto none inter-word inter-character newspaper=inter-character distribute=inter-character "                     \
