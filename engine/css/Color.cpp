@@ -8,26 +8,53 @@ namespace css {
 
 namespace {
 
-struct Named {
+struct Named
+{
     const char *name;
     QRgb rgb;
 };
 
 // What the system paints with: fixed, so that a page looks alike wherever it is edited.
 const Named systemColors[] = {
-    {"rebeccapurple", 0x663399},  {"activeborder", 0x000000},     {"activecaption", 0xffffff},
-    {"activetext", 0xff0000},     {"appworkspace", 0xffffff},     {"background", 0xffffff},
-    {"buttonborder", 0x000000},   {"buttonface", 0xefefef},       {"buttonhighlight", 0xefefef},
-    {"buttonshadow", 0xefefef},   {"buttontext", 0x000000},       {"canvas", 0xffffff},
-    {"canvastext", 0x000000},     {"captiontext", 0x000000},      {"field", 0xffffff},
-    {"fieldtext", 0x000000},      {"graytext", 0x808080},         {"highlight", 0x0078d7},
-    {"highlighttext", 0xffffff},  {"inactiveborder", 0x000000},   {"inactivecaption", 0xffffff},
-    {"inactivecaptiontext", 0x808080}, {"infobackground", 0xffffff}, {"infotext", 0x000000},
-    {"linktext", 0x0000ee},       {"mark", 0xffff00},             {"marktext", 0x000000},
-    {"menu", 0xffffff},           {"menutext", 0x000000},         {"scrollbar", 0xffffff},
-    {"threeddarkshadow", 0x000000}, {"threedface", 0xefefef},     {"threedhighlight", 0x000000},
-    {"threedlightshadow", 0x000000}, {"threedshadow", 0x000000},  {"visitedtext", 0x551a8b},
-    {"window", 0xffffff},         {"windowframe", 0x000000},      {"windowtext", 0x000000},
+    {"rebeccapurple", 0x663399},
+    {"activeborder", 0x000000},
+    {"activecaption", 0xffffff},
+    {"activetext", 0xff0000},
+    {"appworkspace", 0xffffff},
+    {"background", 0xffffff},
+    {"buttonborder", 0x000000},
+    {"buttonface", 0xefefef},
+    {"buttonhighlight", 0xefefef},
+    {"buttonshadow", 0xefefef},
+    {"buttontext", 0x000000},
+    {"canvas", 0xffffff},
+    {"canvastext", 0x000000},
+    {"captiontext", 0x000000},
+    {"field", 0xffffff},
+    {"fieldtext", 0x000000},
+    {"graytext", 0x808080},
+    {"highlight", 0x0078d7},
+    {"highlighttext", 0xffffff},
+    {"inactiveborder", 0x000000},
+    {"inactivecaption", 0xffffff},
+    {"inactivecaptiontext", 0x808080},
+    {"infobackground", 0xffffff},
+    {"infotext", 0x000000},
+    {"linktext", 0x0000ee},
+    {"mark", 0xffff00},
+    {"marktext", 0x000000},
+    {"menu", 0xffffff},
+    {"menutext", 0x000000},
+    {"scrollbar", 0xffffff},
+    {"threeddarkshadow", 0x000000},
+    {"threedface", 0xefefef},
+    {"threedhighlight", 0x000000},
+    {"threedlightshadow", 0x000000},
+    {"threedshadow", 0x000000},
+    {"visitedtext", 0x551a8b},
+    {"window", 0xffffff},
+    {"windowframe", 0x000000},
+    {"windowtext", 0x000000},
 };
 
 int hexDigit(QChar c)
@@ -45,7 +72,8 @@ std::optional<QRgb> namedColor(const QString &name)
 {
     static const QHash<QString, QRgb> *const system = [] {
         auto *table = new QHash<QString, QRgb>;
-        for (const Named &color : systemColors) table->insert(QString::fromLatin1(color.name), 0xff000000u | color.rgb);
+        for (const Named &color : systemColors)
+            table->insert(QString::fromLatin1(color.name), 0xff000000u | color.rgb);
         table->insert(QStringLiteral("transparent"), 0);
         return table;
     }();
@@ -105,15 +133,18 @@ std::optional<QRgb> legacyColor(const QString &text)
     if (digits.startsWith(u'#')) digits.remove(0, 1);
     for (QChar &c : digits)
         if (hexDigit(c) < 0) c = u'0';
-    while (digits.isEmpty() || digits.size() % 3) digits += u'0';
+    while (digits.isEmpty() || digits.size() % 3)
+        digits += u'0';
     qsizetype length = digits.size() / 3;
     QString parts[3] = {digits.left(length), digits.mid(length, length), digits.mid(2 * length)};
     if (length > 8) {
-        for (QString &part : parts) part = part.right(8);
+        for (QString &part : parts)
+            part = part.right(8);
         length = 8;
     }
     while (length > 2 && parts[0][0] == u'0' && parts[1][0] == u'0' && parts[2][0] == u'0') {
-        for (QString &part : parts) part.remove(0, 1);
+        for (QString &part : parts)
+            part.remove(0, 1);
         --length;
     }
     return qRgb(parts[0].left(2).toInt(nullptr, 16), parts[1].left(2).toInt(nullptr, 16),

@@ -92,7 +92,8 @@ std::optional<Declaration> readScriptValue(const QString &name, const QString &v
     return name == QLatin1String("clip") ? attempt(withPixelsInside(text)) : std::nullopt;
 }
 
-struct TextDecorationFlag {
+struct TextDecorationFlag
+{
     const char *name;
     int flag;
 };
@@ -173,12 +174,14 @@ base::Ref<DeclarationBlock> DeclarationBlock::parse(const Tokens &tokens, size_t
             continue;
         }
         size_t end = at;
-        while (end < to && !tokens[end].is(TokenType::Semicolon)) end = skipComponent(tokens, end, to);
+        while (end < to && !tokens[end].is(TokenType::Semicolon))
+            end = skipComponent(tokens, end, to);
         const size_t start = at;
         at = end;
         if (!tokens[start].is(TokenType::Ident)) continue;
         size_t colon = start + 1;
-        while (colon < end && tokens[colon].is(TokenType::Whitespace)) ++colon;
+        while (colon < end && tokens[colon].is(TokenType::Whitespace))
+            ++colon;
         if (colon >= end || !tokens[colon].is(TokenType::Colon)) continue;
         Declaration declaration;
         declaration.written = text.mid(tokens[start].start, tokens[start].end - tokens[start].start);
@@ -187,14 +190,14 @@ base::Ref<DeclarationBlock> DeclarationBlock::parse(const Tokens &tokens, size_t
         if (known && !declaration.name.startsWith(QLatin1String("--")))
             declaration.written = declaration.written.toLower();
         const auto trim = [&] {
-            while (end > colon + 1 &&
-                   (tokens[end - 1].is(TokenType::Whitespace) || tokens[end - 1].is(TokenType::Cdc)))
+            while (end > colon + 1 && (tokens[end - 1].is(TokenType::Whitespace) || tokens[end - 1].is(TokenType::Cdc)))
                 --end;
         };
         trim();
         if (end > colon + 2 && tokens[end - 1].isIdent("important")) {
             size_t mark = end - 2;
-            while (mark > colon && tokens[mark].is(TokenType::Whitespace)) --mark;
+            while (mark > colon && tokens[mark].is(TokenType::Whitespace))
+                --mark;
             if (tokens[mark].isDelim('!')) {
                 declaration.important = true;
                 end = mark;
@@ -202,7 +205,8 @@ base::Ref<DeclarationBlock> DeclarationBlock::parse(const Tokens &tokens, size_t
             }
         }
         declaration.text = sourceOf(tokens, colon + 1, end, text);
-        if (auto values = known ? parseDeclaration(declaration.name, tokens, colon + 1, end, text, mode) : std::nullopt) {
+        if (auto values =
+                known ? parseDeclaration(declaration.name, tokens, colon + 1, end, text, mode) : std::nullopt) {
             declaration.values = std::move(*values);
             if (declaration.name.startsWith(QLatin1String("--")))
                 declaration.values[0].value.items = {Value::ofText(Value::Kind::String, declaration.name)};
@@ -280,7 +284,8 @@ QString DeclarationBlock::shorthandText(Shorthand shorthand) const
     case Shorthand::BorderWidth:
     case Shorthand::BorderStyle:
     case Shorthand::BorderColor:
-    case Shorthand::BorderRadius: return four(texts);
+    case Shorthand::BorderRadius:
+        return four(texts);
     case Shorthand::Border: {
         QStringList aspects;
         for (qsizetype i = 0; i < 12; i += 4) {
@@ -291,15 +296,18 @@ QString DeclarationBlock::shorthandText(Shorthand shorthand) const
         return aspects.join(u' ');
     }
     case Shorthand::Overflow:
-    case Shorthand::Gap: return texts[0] == texts[1] ? texts[0] : texts.join(u' ');
+    case Shorthand::Gap:
+        return texts[0] == texts[1] ? texts[0] : texts.join(u' ');
     case Shorthand::BackgroundPosition:
     case Shorthand::BorderTop:
     case Shorthand::BorderRight:
     case Shorthand::BorderBottom:
     case Shorthand::BorderLeft:
     case Shorthand::Outline:
-    case Shorthand::FlexFlow: return texts.join(u' ');
-    default: break;
+    case Shorthand::FlexFlow:
+        return texts.join(u' ');
+    default:
+        break;
     }
     // What isn't left at its initial value.
     QStringList parts;
@@ -434,8 +442,7 @@ bool DeclarationBlock::remove(const QString &name)
         });
         return mDeclarations.size() != before;
     }
-    std::erase_if(mDeclarations,
-                  [&](const Declaration &d) { return d.name == canonical || covers(targets, d); });
+    std::erase_if(mDeclarations, [&](const Declaration &d) { return d.name == canonical || covers(targets, d); });
     bool changed = mDeclarations.size() != before;
     // An edge of a border gives way to the shorthand; elsewhere the shorthand is taken apart, so that what was cleared
     // is cleared.

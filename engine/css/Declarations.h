@@ -7,7 +7,8 @@
 namespace css {
 
 /// One `name: value` as it was written. What we don't know, or can't read, stays in the text and has no effect.
-struct Declaration {
+struct Declaration
+{
     QString name;    ///< canonical, or as written where we don't know it
     QString written; ///< how it goes back into the text: lower case where we know it
     QString text;    ///< the value, without "!important"

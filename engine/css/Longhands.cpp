@@ -77,9 +77,9 @@ Result fontWeight(ValueReader &reader)
 Result fontStretch(ValueReader &reader)
 {
     static const std::pair<const char *, double> words[] = {
-        {"normal", 100},         {"ultra-condensed", 50}, {"extra-condensed", 62.5}, {"condensed", 75},
-        {"semi-condensed", 87.5}, {"semi-expanded", 112.5}, {"expanded", 125},       {"extra-expanded", 150},
-        {"ultra-expanded", 200}};
+        {"normal", 100},   {"ultra-condensed", 50},  {"extra-condensed", 62.5},
+        {"condensed", 75}, {"semi-condensed", 87.5}, {"semi-expanded", 112.5},
+        {"expanded", 125}, {"extra-expanded", 150},  {"ultra-expanded", 200}};
     for (const auto &[word, value] : words)
         if (reader.takeWord(word)) return Value::ofNumber(value);
     if (!reader.peek().is(TokenType::Percentage) || reader.peek().number < 0) return {};
@@ -135,7 +135,8 @@ Result cursor(ValueReader &reader)
 {
     for (;;) {
         if (!reader.takeUrl()) break;
-        while (reader.takeNumber()) {}
+        while (reader.takeNumber()) {
+        }
         if (!reader.takeComma()) return reader.atEnd() ? Result(Value::ofWord(0)) : Result();
     }
     return wordOf(PropertyId::Cursor, reader);
@@ -188,7 +189,8 @@ Result quotes(ValueReader &reader)
     if (reader.takeWord("none")) return Value::ofList({});
     if (reader.takeWord("auto")) return Value::of(Value::Kind::Initial);
     std::vector<Value> items;
-    while (auto string = reader.takeString()) items.push_back(*string);
+    while (auto string = reader.takeString())
+        items.push_back(*string);
     if (items.empty() || items.size() % 2) return {};
     return Value::ofList(std::move(items));
 }
@@ -271,8 +273,8 @@ Result decorationLine(ValueReader &reader)
     int flags = 0;
     for (bool found = true; found;) {
         found = false;
-        for (const auto &[word, flag] :
-             {std::pair("underline", 1), std::pair("overline", 2), std::pair("line-through", 4), std::pair("blink", 8)}) {
+        for (const auto &[word, flag] : {std::pair("underline", 1), std::pair("overline", 2),
+                                         std::pair("line-through", 4), std::pair("blink", 8)}) {
             if (!reader.takeWord(word)) continue;
             flags |= flag;
             found = true;
@@ -346,9 +348,12 @@ Result alpha(ValueReader &reader)
 Result lengthGrammar(PropertyId id, Grammar grammar, ValueReader &reader)
 {
     switch (grammar) {
-    case Grammar::LengthPercent: return reader.takeLength(percent | unitless);
-    case Grammar::Length: return reader.takeLength(unitless);
-    case Grammar::Positive: return reader.takeLength(percent | nonNegative | unitless);
+    case Grammar::LengthPercent:
+        return reader.takeLength(percent | unitless);
+    case Grammar::Length:
+        return reader.takeLength(unitless);
+    case Grammar::Positive:
+        return reader.takeLength(percent | nonNegative | unitless);
     case Grammar::AutoLength:
         if (reader.takeWord("auto")) return Value::ofWord(0);
         return reader.takeLength(percent | unitless);
@@ -365,20 +370,28 @@ Result lengthGrammar(PropertyId id, Grammar grammar, ValueReader &reader)
     case Grammar::NumberOrLength:
         if (reader.peek().is(TokenType::Number) && reader.peek().number >= 0) return reader.takeNumber();
         return reader.takeLength(nonNegative);
-    default: return {};
+    default:
+        return {};
     }
 }
 
 Result backgroundGrammar(PropertyId id, Grammar grammar, ValueReader &reader)
 {
     switch (grammar) {
-    case Grammar::ImageList: return listOf(reader, [](ValueReader &r) { return r.takeImage(); });
-    case Grammar::RepeatList: return listOf(reader, repeat);
-    case Grammar::WordList: return listOf(reader, [id](ValueReader &r) { return wordOf(id, r); });
-    case Grammar::PositionXList: return listOf(reader, [](ValueReader &r) { return position(r, "left", "right"); });
-    case Grammar::PositionYList: return listOf(reader, [](ValueReader &r) { return position(r, "top", "bottom"); });
-    case Grammar::SizeList: return listOf(reader, backgroundSize);
-    default: return {};
+    case Grammar::ImageList:
+        return listOf(reader, [](ValueReader &r) { return r.takeImage(); });
+    case Grammar::RepeatList:
+        return listOf(reader, repeat);
+    case Grammar::WordList:
+        return listOf(reader, [id](ValueReader &r) { return wordOf(id, r); });
+    case Grammar::PositionXList:
+        return listOf(reader, [](ValueReader &r) { return position(r, "left", "right"); });
+    case Grammar::PositionYList:
+        return listOf(reader, [](ValueReader &r) { return position(r, "top", "bottom"); });
+    case Grammar::SizeList:
+        return listOf(reader, backgroundSize);
+    default:
+        return {};
     }
 }
 
@@ -388,39 +401,67 @@ std::optional<Value> readLonghand(PropertyId id, ValueReader &reader)
 {
     const Grammar grammar = propertyInfo(id).grammar;
     switch (grammar) {
-    case Grammar::Words: return wordOf(id, reader);
-    case Grammar::Color: return reader.takeColor();
-    case Grammar::FontFamily: return fontFamily(reader);
-    case Grammar::FontSize: return fontSize(reader);
-    case Grammar::FontWeight: return fontWeight(reader);
-    case Grammar::FontStretch: return fontStretch(reader);
-    case Grammar::LineHeight: return lineHeight(reader);
-    case Grammar::Spacing: return spacing(reader);
-    case Grammar::Cursor: return cursor(reader);
-    case Grammar::ListStyleType: return listStyleType(reader);
-    case Grammar::Image: return reader.takeImage();
-    case Grammar::LengthPair: return lengthPair(reader);
-    case Grammar::Shadow: return shadow(id, reader);
-    case Grammar::Quotes: return quotes(reader);
-    case Grammar::VerticalAlign: return verticalAlign(reader);
-    case Grammar::AutoInteger: return autoInteger(reader);
-    case Grammar::Integer: return reader.takeInteger();
-    case Grammar::PositiveInteger: return reader.peek().number < 1 ? Result() : reader.takeInteger();
-    case Grammar::PositiveNumber: return number(reader, 0);
-    case Grammar::Clip: return clip(reader);
-    case Grammar::Radius: return radius(reader);
-    case Grammar::DecorationLine: return decorationLine(reader);
-    case Grammar::Alpha: return alpha(reader);
-    case Grammar::Content: return content(reader);
-    case Grammar::Counters: return counters(id, reader);
-    case Grammar::Raw: return reader.takeRaw();
+    case Grammar::Words:
+        return wordOf(id, reader);
+    case Grammar::Color:
+        return reader.takeColor();
+    case Grammar::FontFamily:
+        return fontFamily(reader);
+    case Grammar::FontSize:
+        return fontSize(reader);
+    case Grammar::FontWeight:
+        return fontWeight(reader);
+    case Grammar::FontStretch:
+        return fontStretch(reader);
+    case Grammar::LineHeight:
+        return lineHeight(reader);
+    case Grammar::Spacing:
+        return spacing(reader);
+    case Grammar::Cursor:
+        return cursor(reader);
+    case Grammar::ListStyleType:
+        return listStyleType(reader);
+    case Grammar::Image:
+        return reader.takeImage();
+    case Grammar::LengthPair:
+        return lengthPair(reader);
+    case Grammar::Shadow:
+        return shadow(id, reader);
+    case Grammar::Quotes:
+        return quotes(reader);
+    case Grammar::VerticalAlign:
+        return verticalAlign(reader);
+    case Grammar::AutoInteger:
+        return autoInteger(reader);
+    case Grammar::Integer:
+        return reader.takeInteger();
+    case Grammar::PositiveInteger:
+        return reader.peek().number < 1 ? Result() : reader.takeInteger();
+    case Grammar::PositiveNumber:
+        return number(reader, 0);
+    case Grammar::Clip:
+        return clip(reader);
+    case Grammar::Radius:
+        return radius(reader);
+    case Grammar::DecorationLine:
+        return decorationLine(reader);
+    case Grammar::Alpha:
+        return alpha(reader);
+    case Grammar::Content:
+        return content(reader);
+    case Grammar::Counters:
+        return counters(id, reader);
+    case Grammar::Raw:
+        return reader.takeRaw();
     case Grammar::ImageList:
     case Grammar::RepeatList:
     case Grammar::WordList:
     case Grammar::PositionXList:
     case Grammar::PositionYList:
-    case Grammar::SizeList: return backgroundGrammar(id, grammar, reader);
-    default: return lengthGrammar(id, grammar, reader);
+    case Grammar::SizeList:
+        return backgroundGrammar(id, grammar, reader);
+    default:
+        return lengthGrammar(id, grammar, reader);
     }
 }
 

@@ -16,11 +16,13 @@ MediaList MediaList::parse(const QString &text)
 MediaList MediaList::parse(const Tokens &tokens, size_t from, size_t to, const QString &text)
 {
     MediaList list;
-    while (from < to && tokens[from].is(TokenType::Whitespace)) ++from;
+    while (from < to && tokens[from].is(TokenType::Whitespace))
+        ++from;
     if (from >= to) return list;
     while (from <= to) {
         size_t end = from;
-        while (end < to && !tokens[end].is(TokenType::Comma)) end = skipComponent(tokens, end, to);
+        while (end < to && !tokens[end].is(TokenType::Comma))
+            end = skipComponent(tokens, end, to);
         Query query;
         if (!readQuery(tokens, from, end, query)) {
             // One that can't be read suits nothing; the others stand.
@@ -116,20 +118,29 @@ bool MediaList::holds(const Feature &feature, const Medium &medium)
 {
     const auto compare = [&feature](double value) {
         switch (feature.compare) {
-        case Feature::Compare::Least: return value >= feature.value;
-        case Feature::Compare::Most: return value <= feature.value;
-        case Feature::Compare::Equal: break;
+        case Feature::Compare::Least:
+            return value >= feature.value;
+        case Feature::Compare::Most:
+            return value <= feature.value;
+        case Feature::Compare::Equal:
+            break;
         }
         return std::abs(value - feature.value) < 0.01;
     };
     switch (feature.kind) {
-    case Feature::Kind::Width: return compare(medium.viewport.width());
-    case Feature::Kind::Height: return compare(medium.viewport.height());
-    case Feature::Kind::Portrait: return medium.viewport.height() >= medium.viewport.width();
-    case Feature::Kind::Landscape: return medium.viewport.height() < medium.viewport.width();
-    case Feature::Kind::True: return true;
+    case Feature::Kind::Width:
+        return compare(medium.viewport.width());
+    case Feature::Kind::Height:
+        return compare(medium.viewport.height());
+    case Feature::Kind::Portrait:
+        return medium.viewport.height() >= medium.viewport.width();
+    case Feature::Kind::Landscape:
+        return medium.viewport.height() < medium.viewport.width();
+    case Feature::Kind::True:
+        return true;
     case Feature::Kind::AspectRatio:
-    case Feature::Kind::False: return false;
+    case Feature::Kind::False:
+        return false;
     }
     return false;
 }
@@ -139,7 +150,8 @@ bool MediaList::suits(const Medium &medium) const
     if (mQueries.empty()) return true;
     for (const Query &query : mQueries) {
         bool suits = query.type.isEmpty() || query.type == medium.type;
-        for (const Feature &feature : query.features) suits = suits && holds(feature, medium);
+        for (const Feature &feature : query.features)
+            suits = suits && holds(feature, medium);
         if (suits != query.negated) return true;
     }
     return false;

@@ -8,7 +8,8 @@
 namespace css {
 
 /// What the page is shown on.
-struct Medium {
+struct Medium
+{
     QString type = QStringLiteral("screen"); ///< "screen" or "print"
     QSizeF viewport{1000, 800};              ///< CSS pixels
     friend bool operator==(const Medium &, const Medium &) = default;
@@ -26,14 +27,16 @@ public:
     bool isEmpty() const { return mQueries.empty(); }
 
 private:
-    struct Feature {
+    struct Feature
+    {
         enum class Kind : uint8_t { Width, Height, AspectRatio, Portrait, Landscape, True, False };
         enum class Compare : uint8_t { Equal, Least, Most };
         Kind kind = Kind::False;
         Compare compare = Compare::Equal;
         double value = 0;
     };
-    struct Query {
+    struct Query
+    {
         bool negated = false;
         QString type; ///< empty: all
         std::vector<Feature> features;

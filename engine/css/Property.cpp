@@ -7,7 +7,8 @@ namespace css {
 
 namespace {
 
-struct Row {
+struct Row
+{
     const char *name;
     bool inherited;
     Grammar grammar;
@@ -22,7 +23,8 @@ const Row rows[] = {
 
 using Id = PropertyId;
 
-struct ShorthandRow {
+struct ShorthandRow
+{
     Shorthand id;
     const char *name;
     std::vector<PropertyId> longhands;
@@ -84,7 +86,8 @@ const std::vector<ShorthandRow> &shorthands()
     return *table;
 }
 
-struct Tables {
+struct Tables
+{
     std::vector<PropertyInfo> infos;
     QHash<QString, PropertyId> ids;
     QHash<QString, Shorthand> shorthandIds;
@@ -114,7 +117,8 @@ struct Tables {
             shorthandIds.insert(QString::fromLatin1(row.name), row.id);
             names << QString::fromLatin1(row.name);
         }
-        for (const QString &name : std::as_const(names)) canonical.insert(squeezed(name), name);
+        for (const QString &name : std::as_const(names))
+            canonical.insert(squeezed(name), name);
         canonical.insert(QStringLiteral("stylefloat"), QStringLiteral("float"));
         canonical.insert(QStringLiteral("cssfloat"), QStringLiteral("float"));
         canonical.insert(QStringLiteral("wordwrap"), QStringLiteral("overflow-wrap"));
@@ -125,10 +129,11 @@ struct Tables {
         canonical.insert(QStringLiteral("gridgap"), QStringLiteral("gap"));
         for (const char *prefix : {"webkit", "moz", "ms", "o"})
             for (const char *name :
-                 {"box-sizing", "border-radius", "box-shadow", "transform", "transform-origin", "column-count",
-                  "column-width", "column-gap", "columns", "flex", "flex-direction", "flex-wrap", "flex-flow",
-                  "align-items", "align-self", "align-content", "justify-content", "order", "hyphens", "user-select",
-                  "tab-size", "background-size", "background-clip", "background-origin", "filter"})
+                 {"box-sizing",     "border-radius",   "box-shadow",      "transform",         "transform-origin",
+                  "column-count",   "column-width",    "column-gap",      "columns",           "flex",
+                  "flex-direction", "flex-wrap",       "flex-flow",       "align-items",       "align-self",
+                  "align-content",  "justify-content", "order",           "hyphens",           "user-select",
+                  "tab-size",       "background-size", "background-clip", "background-origin", "filter"})
                 prefixed.insert(QStringLiteral("-%1-%2").arg(QLatin1String(prefix), QLatin1String(name)),
                                 QString::fromLatin1(name));
     }

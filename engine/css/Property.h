@@ -17,7 +17,8 @@ namespace css {
     X(prefix##Left##suffix, p "-left" s, false, grammar, words)
 
 #define CSS_BORDER_STYLES "none hidden dotted dashed solid double groove ridge inset outset"
-#define CSS_PAGE_BREAKS "auto always avoid left right page=always avoid-page=avoid avoid-column=avoid recto=right verso=left"
+#define CSS_PAGE_BREAKS                                                                                                \
+    "auto always avoid left right page=always avoid-page=avoid avoid-column=avoid recto=right verso=left"
 
 #define CSS_PROPERTIES(X)                                                                                              \
     X(Color, "color", true, Color, "")                                                                                 \
@@ -31,7 +32,7 @@ namespace css {
     X(Direction, "direction", true, Words, "ltr rtl")                                                                  \
     X(TextAlign, "text-align", true, Words,                                                                            \
       "start end left right center justify -webkit-left -webkit-right -webkit-center -internal-center "                \
-      "-moz-center=-webkit-center")      \
+      "-moz-center=-webkit-center")                                                                                    \
     X(TextAlignLast, "text-align-last", true, Words, "start end left right center justify auto")                       \
     X(TextJustify, "text-justify", true, Words,                                                                        \
       "auto none inter-word inter-character newspaper=inter-character distribute=inter-character "                     \
@@ -153,20 +154,58 @@ enum class PropertyId : uint8_t {
 #define CSS_ID(name, text, inherited, grammar, words) name,
     CSS_PROPERTIES(CSS_ID)
 #undef CSS_ID
-    Count, ///< how many there are
+        Count, ///< how many there are
     Custom = 254,
     Unknown = 255
 };
 inline constexpr size_t propertyCount = size_t(PropertyId::Count);
 
 enum class Grammar : uint8_t {
-    Words, Color, FontFamily, FontSize, FontWeight, FontStretch, LineHeight, LengthPercent, Length, Spacing,
-    NumberOrLength, Cursor, ListStyleType, Image, LengthPair, Shadow, Quotes, PositiveInteger, VerticalAlign, AutoInteger,
-    Integer, Size, AutoLength, AutoPositive, Positive, Clip, BorderWidth, Radius, ImageList, RepeatList, WordList,
-    PositionXList, PositionYList, SizeList, DecorationLine, Alpha, PositiveNumber, Content, Counters, Raw, Gap
+    Words,
+    Color,
+    FontFamily,
+    FontSize,
+    FontWeight,
+    FontStretch,
+    LineHeight,
+    LengthPercent,
+    Length,
+    Spacing,
+    NumberOrLength,
+    Cursor,
+    ListStyleType,
+    Image,
+    LengthPair,
+    Shadow,
+    Quotes,
+    PositiveInteger,
+    VerticalAlign,
+    AutoInteger,
+    Integer,
+    Size,
+    AutoLength,
+    AutoPositive,
+    Positive,
+    Clip,
+    BorderWidth,
+    Radius,
+    ImageList,
+    RepeatList,
+    WordList,
+    PositionXList,
+    PositionYList,
+    SizeList,
+    DecorationLine,
+    Alpha,
+    PositiveNumber,
+    Content,
+    Counters,
+    Raw,
+    Gap
 };
 
-struct PropertyInfo {
+struct PropertyInfo
+{
     QString name;
     bool inherited;
     Grammar grammar;
@@ -178,9 +217,30 @@ const PropertyInfo &propertyInfo(PropertyId id);
 PropertyId propertyId(const QString &name);
 
 enum class Shorthand : uint8_t {
-    None, Margin, Padding, Border, BorderWidth, BorderStyle, BorderColor, BorderTop, BorderRight, BorderBottom, BorderLeft,
-    BorderRadius, Background, BackgroundPosition, Font, ListStyle, Outline, Overflow, TextDecoration, Flex, FlexFlow,
-    Columns, Gap, All
+    None,
+    Margin,
+    Padding,
+    Border,
+    BorderWidth,
+    BorderStyle,
+    BorderColor,
+    BorderTop,
+    BorderRight,
+    BorderBottom,
+    BorderLeft,
+    BorderRadius,
+    Background,
+    BackgroundPosition,
+    Font,
+    ListStyle,
+    Outline,
+    Overflow,
+    TextDecoration,
+    Flex,
+    FlexFlow,
+    Columns,
+    Gap,
+    All
 };
 /// By name in lower case; None for what isn't one.
 Shorthand shorthandId(const QString &name);

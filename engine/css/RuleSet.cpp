@@ -8,16 +8,23 @@ namespace css {
 void Features::addSimple(const SimpleSelector &simple, uint8_t reach, bool quirks, int depth)
 {
     switch (simple.kind) {
-    case SimpleSelector::Kind::Id: ids[quirks ? simple.text.toLower() : simple.text] |= reach; break;
-    case SimpleSelector::Kind::Class: classes[quirks ? simple.text.toLower() : simple.text] |= reach; break;
-    case SimpleSelector::Kind::Attribute: attributes[simple.name] |= reach; break;
+    case SimpleSelector::Kind::Id:
+        ids[quirks ? simple.text.toLower() : simple.text] |= reach;
+        break;
+    case SimpleSelector::Kind::Class:
+        classes[quirks ? simple.text.toLower() : simple.text] |= reach;
+        break;
+    case SimpleSelector::Kind::Attribute:
+        attributes[simple.name] |= reach;
+        break;
     case SimpleSelector::Kind::PseudoClass:
         structural[size_t(simple.pseudo)] |= reach;
         if (simple.pseudo == PseudoClass::Link || simple.pseudo == PseudoClass::AnyLink)
             attributes[dom::names::href] |= reach;
         if (simple.pseudo == PseudoClass::Lang) attributes[dom::names::lang] |= reach | reach::descendants;
         if (simple.pseudo == PseudoClass::Checked)
-            for (const char *name : {"checked", "selected"}) attributes[dom::Atom(name)] |= reach;
+            for (const char *name : {"checked", "selected"})
+                attributes[dom::Atom(name)] |= reach;
         if (simple.pseudo == PseudoClass::Disabled || simple.pseudo == PseudoClass::Enabled)
             attributes[dom::Atom("disabled")] |= reach;
         break;
@@ -41,13 +48,15 @@ void Features::addSimple(const SimpleSelector &simple, uint8_t reach, bool quirk
         }
         break;
     case SimpleSelector::Kind::Type:
-    case SimpleSelector::Kind::Universal: break;
+    case SimpleSelector::Kind::Universal:
+        break;
     }
 }
 
 void Features::addCompound(const CompoundSelector &compound, uint8_t reach, bool quirks, int depth)
 {
-    for (const SimpleSelector &simple : compound.simples) addSimple(simple, reach, quirks, depth);
+    for (const SimpleSelector &simple : compound.simples)
+        addSimple(simple, reach, quirks, depth);
 }
 
 void Features::add(const ComplexSelector &selector, bool quirks)
@@ -57,7 +66,8 @@ void Features::add(const ComplexSelector &selector, bool quirks)
     for (const CompoundSelector &compound : selector.compounds) {
         addCompound(compound, at, quirks, 0);
         switch (compound.left) {
-        case Combinator::None: break;
+        case Combinator::None:
+            break;
         case Combinator::Child:
         case Combinator::Descendant:
             at = reach::descendants;

@@ -17,14 +17,15 @@ inline constexpr uint8_t siblingDescendants = 8; ///< and what is below those
 } // namespace reach
 
 /// What the selectors of the sheets ask for, so that a change that nobody asks for costs nothing.
-struct Features {
+struct Features
+{
     QHash<QString, uint8_t> classes, ids; ///< in lower case where the page is in quirks mode
     QHash<dom::Atom, uint8_t> attributes;
     std::array<uint8_t, 32> structural{}; ///< by PseudoClass: of those that depend on siblings or children
-    uint8_t besides = 0;     ///< reach of a sibling that comes or goes
-    int adjacent = 0;        ///< how many siblings `+` looks back at most
-    bool anySibling = false; ///< whether `~` occurs
-    bool asksForSize = false; ///< media queries for the viewport
+    uint8_t besides = 0;                  ///< reach of a sibling that comes or goes
+    int adjacent = 0;                     ///< how many siblings `+` looks back at most
+    bool anySibling = false;              ///< whether `~` occurs
+    bool asksForSize = false;             ///< media queries for the viewport
 
     void add(const ComplexSelector &selector, bool quirks);
 
@@ -37,7 +38,8 @@ private:
 class RuleSet
 {
 public:
-    struct Entry {
+    struct Entry
+    {
         const ComplexSelector *selector;
         const DeclarationBlock *block;
         uint32_t order;

@@ -8,22 +8,33 @@ namespace {
 constexpr int maxNesting = 16;
 constexpr size_t maxCompounds = 64;
 
-struct NamedPseudo {
+struct NamedPseudo
+{
     const char *name;
     PseudoClass pseudo;
 };
 
 const NamedPseudo pseudoClasses[] = {
-    {"first-child", PseudoClass::FirstChild},   {"last-child", PseudoClass::LastChild},
-    {"only-child", PseudoClass::OnlyChild},     {"first-of-type", PseudoClass::FirstOfType},
-    {"last-of-type", PseudoClass::LastOfType},  {"only-of-type", PseudoClass::OnlyOfType},
-    {"empty", PseudoClass::Empty},              {"root", PseudoClass::Root},
-    {"link", PseudoClass::Link},                {"any-link", PseudoClass::AnyLink},
-    {"-webkit-any-link", PseudoClass::AnyLink}, {"visited", PseudoClass::Visited},
-    {"checked", PseudoClass::Checked},          {"disabled", PseudoClass::Disabled},
-    {"enabled", PseudoClass::Enabled},          {"hover", PseudoClass::Never},
-    {"active", PseudoClass::Never},             {"focus", PseudoClass::Never},
-    {"focus-within", PseudoClass::Never},       {"focus-visible", PseudoClass::Never},
+    {"first-child", PseudoClass::FirstChild},
+    {"last-child", PseudoClass::LastChild},
+    {"only-child", PseudoClass::OnlyChild},
+    {"first-of-type", PseudoClass::FirstOfType},
+    {"last-of-type", PseudoClass::LastOfType},
+    {"only-of-type", PseudoClass::OnlyOfType},
+    {"empty", PseudoClass::Empty},
+    {"root", PseudoClass::Root},
+    {"link", PseudoClass::Link},
+    {"any-link", PseudoClass::AnyLink},
+    {"-webkit-any-link", PseudoClass::AnyLink},
+    {"visited", PseudoClass::Visited},
+    {"checked", PseudoClass::Checked},
+    {"disabled", PseudoClass::Disabled},
+    {"enabled", PseudoClass::Enabled},
+    {"hover", PseudoClass::Never},
+    {"active", PseudoClass::Never},
+    {"focus", PseudoClass::Never},
+    {"focus-within", PseudoClass::Never},
+    {"focus-visible", PseudoClass::Never},
     {"target", PseudoClass::Never},
 };
 
@@ -51,7 +62,8 @@ private:
     const Token &peek(size_t ahead = 0) const { return mAt + ahead < mEnd ? mTokens[mAt + ahead] : mNone; }
     void space()
     {
-        while (peek().is(TokenType::Whitespace)) ++mAt;
+        while (peek().is(TokenType::Whitespace))
+            ++mAt;
     }
     bool takeComma()
     {
@@ -279,7 +291,8 @@ private:
             auto list = Parser(mTokens, from, to, mText, mDepth + 1).list();
             if (!list) return false;
             uint32_t weight = 0;
-            for (const ComplexSelector &inner : list->selectors) weight = std::max(weight, inner.specificity);
+            for (const ComplexSelector &inner : list->selectors)
+                weight = std::max(weight, inner.specificity);
             if (!where) raise(selector, weight);
             simple.kind = negation ? SimpleSelector::Kind::Not : SimpleSelector::Kind::Is;
             simple.list = std::make_shared<const SelectorList>(std::move(*list));
@@ -294,11 +307,10 @@ private:
             part.simples.push_back(std::move(simple));
             return !part.simples.back().text.isEmpty();
         }
-        static const std::pair<const char *, PseudoClass> nths[] = {
-            {"nth-child", PseudoClass::NthChild},
-            {"nth-last-child", PseudoClass::NthLastChild},
-            {"nth-of-type", PseudoClass::NthOfType},
-            {"nth-last-of-type", PseudoClass::NthLastOfType}};
+        static const std::pair<const char *, PseudoClass> nths[] = {{"nth-child", PseudoClass::NthChild},
+                                                                    {"nth-last-child", PseudoClass::NthLastChild},
+                                                                    {"nth-of-type", PseudoClass::NthOfType},
+                                                                    {"nth-last-of-type", PseudoClass::NthLastOfType}};
         for (const auto &[text, pseudo] : nths) {
             if (!name.isFunction(text)) continue;
             simple.pseudo = pseudo;
@@ -343,7 +355,8 @@ private:
 
 std::optional<SelectorList> parseSelectors(const Tokens &tokens, size_t from, size_t to, const QString &text)
 {
-    while (to > from && tokens[to - 1].is(TokenType::Whitespace)) --to;
+    while (to > from && tokens[to - 1].is(TokenType::Whitespace))
+        --to;
     return Parser(tokens, from, to, text, 0).list();
 }
 
@@ -378,8 +391,8 @@ QString selectorTextInCapitals(const QString &text)
         if (blank && !result.isEmpty()) result += u' ';
         blank = false;
         result += source;
-        type = token.is(TokenType::Comma) || token.is(TokenType::Function) || token.isDelim('>') || token.isDelim('+') ||
-               token.isDelim('~') || token.isDelim('|');
+        type = token.is(TokenType::Comma) || token.is(TokenType::Function) || token.isDelim('>') ||
+               token.isDelim('+') || token.isDelim('~') || token.isDelim('|');
     }
     return result;
 }

@@ -11,8 +11,25 @@
 namespace css {
 
 enum class PseudoClass : uint8_t {
-    FirstChild, LastChild, OnlyChild, FirstOfType, LastOfType, OnlyOfType, NthChild, NthLastChild, NthOfType,
-    NthLastOfType, Empty, Root, Link, AnyLink, Visited, Checked, Disabled, Enabled, Lang,
+    FirstChild,
+    LastChild,
+    OnlyChild,
+    FirstOfType,
+    LastOfType,
+    OnlyOfType,
+    NthChild,
+    NthLastChild,
+    NthOfType,
+    NthLastOfType,
+    Empty,
+    Root,
+    Link,
+    AnyLink,
+    Visited,
+    Checked,
+    Disabled,
+    Enabled,
+    Lang,
     Never ///< hover, active, focus and whatever else depends on what nobody does to a page being edited
 };
 
@@ -20,32 +37,36 @@ enum class AttributeMatch : uint8_t { Set, Equals, Includes, Dash, Prefix, Suffi
 
 struct SelectorList;
 
-struct SimpleSelector {
+struct SimpleSelector
+{
     enum class Kind : uint8_t { Universal, Type, Id, Class, Attribute, PseudoClass, Is, Not };
     Kind kind = Kind::Universal;
     PseudoClass pseudo = PseudoClass::Never;
     AttributeMatch match = AttributeMatch::Set;
     bool ignoreCase = false;
-    int step = 0, offset = 0; ///< an+b
-    dom::Atom name;           ///< of a type (lower case), an attribute (lower case)
-    QString text;             ///< id, class, the attribute's value, a language
+    int step = 0, offset = 0;                 ///< an+b
+    dom::Atom name;                           ///< of a type (lower case), an attribute (lower case)
+    QString text;                             ///< id, class, the attribute's value, a language
     std::shared_ptr<const SelectorList> list; ///< of Is and Not
 };
 
 enum class Combinator : uint8_t { None, Descendant, Child, Adjacent, Sibling };
 
-struct CompoundSelector {
+struct CompoundSelector
+{
     std::vector<SimpleSelector> simples;
     Combinator left = Combinator::None; ///< what ties it to the compound on its left
 };
 
-struct ComplexSelector {
+struct ComplexSelector
+{
     std::vector<CompoundSelector> compounds; ///< from the subject leftwards
     uint32_t specificity = 0;                ///< ids, classes, types: a byte each
     Pseudo pseudo = Pseudo::None;
 };
 
-struct SelectorList {
+struct SelectorList
+{
     std::vector<ComplexSelector> selectors;
 };
 

@@ -14,9 +14,11 @@ bool hasWord(const QString &list, QStringView word, Qt::CaseSensitivity sensitiv
     const auto isSpace = [](QChar c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\f'; };
     if (word.isEmpty()) return false;
     for (qsizetype at = 0; at < list.size();) {
-        while (at < list.size() && isSpace(list[at])) ++at;
+        while (at < list.size() && isSpace(list[at]))
+            ++at;
         const qsizetype start = at;
-        while (at < list.size() && !isSpace(list[at])) ++at;
+        while (at < list.size() && !isSpace(list[at]))
+            ++at;
         if (at - start == word.size() && QStringView(list).mid(start, at - start).compare(word, sensitivity) == 0)
             return true;
     }
@@ -42,14 +44,20 @@ bool matchesAttribute(const SimpleSelector &simple, const Element &element)
     const QString &text = simple.text;
     const Qt::CaseSensitivity sensitivity = simple.ignoreCase ? Qt::CaseInsensitive : Qt::CaseSensitive;
     switch (simple.match) {
-    case AttributeMatch::Set: return true;
-    case AttributeMatch::Equals: return value->compare(text, sensitivity) == 0;
-    case AttributeMatch::Includes: return hasWord(*value, text, sensitivity);
+    case AttributeMatch::Set:
+        return true;
+    case AttributeMatch::Equals:
+        return value->compare(text, sensitivity) == 0;
+    case AttributeMatch::Includes:
+        return hasWord(*value, text, sensitivity);
     case AttributeMatch::Dash:
         return value->startsWith(text, sensitivity) && (value->size() == text.size() || value->at(text.size()) == u'-');
-    case AttributeMatch::Prefix: return !text.isEmpty() && value->startsWith(text, sensitivity);
-    case AttributeMatch::Suffix: return !text.isEmpty() && value->endsWith(text, sensitivity);
-    case AttributeMatch::Substring: return !text.isEmpty() && value->contains(text, sensitivity);
+    case AttributeMatch::Prefix:
+        return !text.isEmpty() && value->startsWith(text, sensitivity);
+    case AttributeMatch::Suffix:
+        return !text.isEmpty() && value->endsWith(text, sensitivity);
+    case AttributeMatch::Substring:
+        return !text.isEmpty() && value->contains(text, sensitivity);
     }
     return false;
 }
@@ -69,7 +77,8 @@ bool matchesNth(const SimpleSelector &simple, const Element &element)
     const bool behind = simple.pseudo == PseudoClass::NthLastChild || simple.pseudo == PseudoClass::NthLastOfType;
     const bool sameType = simple.pseudo == PseudoClass::NthOfType || simple.pseudo == PseudoClass::NthLastOfType;
     qint64 place = 1;
-    for (const Element *at = beside(element, behind, sameType); at; at = beside(*at, behind, sameType)) ++place;
+    for (const Element *at = beside(element, behind, sameType); at; at = beside(*at, behind, sameType))
+        ++place;
     const qint64 distance = place - simple.offset;
     if (simple.step == 0) return distance == 0;
     return distance % simple.step == 0 && distance / simple.step >= 0;
@@ -111,30 +120,42 @@ bool matchesPseudo(const SimpleSelector &simple, const Element &element)
 {
     static const dom::Atom checked("checked"), selected("selected"), disabled("disabled");
     switch (simple.pseudo) {
-    case PseudoClass::FirstChild: return element.parentNode() && !beside(element, false, false);
-    case PseudoClass::LastChild: return element.parentNode() && !beside(element, true, false);
+    case PseudoClass::FirstChild:
+        return element.parentNode() && !beside(element, false, false);
+    case PseudoClass::LastChild:
+        return element.parentNode() && !beside(element, true, false);
     case PseudoClass::OnlyChild:
         return element.parentNode() && !beside(element, false, false) && !beside(element, true, false);
-    case PseudoClass::FirstOfType: return element.parentNode() && !beside(element, false, true);
-    case PseudoClass::LastOfType: return element.parentNode() && !beside(element, true, true);
+    case PseudoClass::FirstOfType:
+        return element.parentNode() && !beside(element, false, true);
+    case PseudoClass::LastOfType:
+        return element.parentNode() && !beside(element, true, true);
     case PseudoClass::OnlyOfType:
         return element.parentNode() && !beside(element, false, true) && !beside(element, true, true);
     case PseudoClass::NthChild:
     case PseudoClass::NthLastChild:
     case PseudoClass::NthOfType:
-    case PseudoClass::NthLastOfType: return element.parentNode() && matchesNth(simple, element);
-    case PseudoClass::Empty: return isEmptyElement(element);
-    case PseudoClass::Root: return element.parentNode() && element.parentNode()->type() == dom::NodeType::Document;
+    case PseudoClass::NthLastOfType:
+        return element.parentNode() && matchesNth(simple, element);
+    case PseudoClass::Empty:
+        return isEmptyElement(element);
+    case PseudoClass::Root:
+        return element.parentNode() && element.parentNode()->type() == dom::NodeType::Document;
     case PseudoClass::Link:
-    case PseudoClass::AnyLink: return isLink(element); // nobody has been anywhere
+    case PseudoClass::AnyLink:
+        return isLink(element); // nobody has been anywhere
     case PseudoClass::Checked:
         return (element.is(names::input) && element.hasAttribute(checked)) ||
                (element.is(names::option) && element.hasAttribute(selected));
-    case PseudoClass::Disabled: return isControl(element) && element.hasAttribute(disabled);
-    case PseudoClass::Enabled: return isControl(element) && !element.hasAttribute(disabled);
-    case PseudoClass::Lang: return matchesLanguage(simple, element);
+    case PseudoClass::Disabled:
+        return isControl(element) && element.hasAttribute(disabled);
+    case PseudoClass::Enabled:
+        return isControl(element) && !element.hasAttribute(disabled);
+    case PseudoClass::Lang:
+        return matchesLanguage(simple, element);
     case PseudoClass::Visited:
-    case PseudoClass::Never: return false;
+    case PseudoClass::Never:
+        return false;
     }
     return false;
 }
@@ -144,8 +165,10 @@ bool matchesSimple(const SimpleSelector &simple, const Element &element, bool qu
     const Qt::CaseSensitivity sensitivity = quirks ? Qt::CaseInsensitive : Qt::CaseSensitive;
     static const dom::Atom classAttribute = names::class_;
     switch (simple.kind) {
-    case SimpleSelector::Kind::Universal: return true;
-    case SimpleSelector::Kind::Type: return isNamed(element, simple.name);
+    case SimpleSelector::Kind::Universal:
+        return true;
+    case SimpleSelector::Kind::Type:
+        return isNamed(element, simple.name);
     case SimpleSelector::Kind::Id: {
         const QString *id = element.attribute(names::id);
         return id && id->compare(simple.text, sensitivity) == 0;
@@ -154,10 +177,14 @@ bool matchesSimple(const SimpleSelector &simple, const Element &element, bool qu
         const QString *classes = element.attribute(classAttribute);
         return classes && hasWord(*classes, simple.text, sensitivity);
     }
-    case SimpleSelector::Kind::Attribute: return matchesAttribute(simple, element);
-    case SimpleSelector::Kind::PseudoClass: return matchesPseudo(simple, element);
-    case SimpleSelector::Kind::Is: return matches(*simple.list, element, quirks);
-    case SimpleSelector::Kind::Not: return !matches(*simple.list, element, quirks);
+    case SimpleSelector::Kind::Attribute:
+        return matchesAttribute(simple, element);
+    case SimpleSelector::Kind::PseudoClass:
+        return matchesPseudo(simple, element);
+    case SimpleSelector::Kind::Is:
+        return matches(*simple.list, element, quirks);
+    case SimpleSelector::Kind::Not:
+        return !matches(*simple.list, element, quirks);
     }
     return false;
 }
@@ -200,7 +227,8 @@ Outcome matchFrom(const ComplexSelector &selector, size_t index, const Element &
             if (outcome != Outcome::Fails) return outcome;
         }
         return Outcome::FailsAllSiblings;
-    case Combinator::None: break;
+    case Combinator::None:
+        break;
     }
     return Outcome::Fails;
 }

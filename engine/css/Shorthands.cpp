@@ -27,7 +27,8 @@ Result fourSides(const std::vector<Id> &ids, ValueReader &reader)
     if (values.empty()) return {};
     static constexpr size_t from[4][4] = {{0, 0, 0, 0}, {0, 1, 0, 1}, {0, 1, 2, 1}, {0, 1, 2, 3}};
     Values result;
-    for (size_t i = 0; i < 4; ++i) result.push_back({ids[i], values[from[values.size() - 1][i]]});
+    for (size_t i = 0; i < 4; ++i)
+        result.push_back({ids[i], values[from[values.size() - 1][i]]});
     return result;
 }
 
@@ -45,7 +46,8 @@ Result anyOrder(const std::vector<Id> &ids, ValueReader &reader)
         if (!taken) return {};
     }
     Values result;
-    for (size_t i = 0; i < ids.size(); ++i) result.push_back({ids[i], found[i] ? *found[i] : initial()});
+    for (size_t i = 0; i < ids.size(); ++i)
+        result.push_back({ids[i], found[i] ? *found[i] : initial()});
     return result;
 }
 
@@ -84,7 +86,8 @@ Result borderRadius(ValueReader &reader)
     return result;
 }
 
-struct Place {
+struct Place
+{
     Value x, y;
 };
 
@@ -140,7 +143,8 @@ size_t layerEnd(const ValueReader &reader)
     return at;
 }
 
-struct Layer {
+struct Layer
+{
     std::optional<Value> image, repeat, attachment, x, y, size, origin, clip, color;
 };
 
@@ -194,7 +198,8 @@ Result background(ValueReader &whole, const QString &text)
     const Value zero = Value::ofLength(0, Unit::Percent), first = Value::ofWord(0);
     const auto list = [&layers](std::optional<Value> Layer::*part, const Value &otherwise) {
         std::vector<Value> items;
-        for (const Layer &layer : layers) items.push_back(layer.*part ? *(layer.*part) : otherwise);
+        for (const Layer &layer : layers)
+            items.push_back(layer.*part ? *(layer.*part) : otherwise);
         return Value::ofList(std::move(items));
     };
     Values result;
@@ -226,7 +231,8 @@ Result backgroundPosition(ValueReader &reader)
 Result font(ValueReader &reader)
 {
     Values result;
-    for (const Id id : longhandsOf(Shorthand::Font)) result.push_back({id, initial()});
+    for (const Id id : longhandsOf(Shorthand::Font))
+        result.push_back({id, initial()});
     enum { Style, Variant, Weight, Stretch, Size, Line, Family };
     for (const char *system : {"caption", "icon", "menu", "message-box", "small-caption", "status-bar"})
         if (reader.takeWord(system)) {
@@ -309,7 +315,8 @@ Result flex(ValueReader &reader)
         return {};
     }
     if (!grow && !basis) return {};
-    return make(grow ? grow->number : 1, shrink ? shrink->number : 1, basis ? *basis : Value::ofLength(0, Unit::Percent));
+    return make(grow ? grow->number : 1, shrink ? shrink->number : 1,
+                basis ? *basis : Value::ofLength(0, Unit::Percent));
 }
 
 } // namespace
@@ -322,16 +329,25 @@ std::optional<std::vector<PropertyValue>> readShorthand(Shorthand shorthand, Val
     case Shorthand::Padding:
     case Shorthand::BorderWidth:
     case Shorthand::BorderStyle:
-    case Shorthand::BorderColor: return fourSides(ids, reader);
-    case Shorthand::Border: return border(reader);
-    case Shorthand::BorderRadius: return borderRadius(reader);
-    case Shorthand::Background: return background(reader, reader.text());
-    case Shorthand::BackgroundPosition: return backgroundPosition(reader);
-    case Shorthand::Font: return font(reader);
-    case Shorthand::ListStyle: return listStyle(reader);
+    case Shorthand::BorderColor:
+        return fourSides(ids, reader);
+    case Shorthand::Border:
+        return border(reader);
+    case Shorthand::BorderRadius:
+        return borderRadius(reader);
+    case Shorthand::Background:
+        return background(reader, reader.text());
+    case Shorthand::BackgroundPosition:
+        return backgroundPosition(reader);
+    case Shorthand::Font:
+        return font(reader);
+    case Shorthand::ListStyle:
+        return listStyle(reader);
     case Shorthand::Overflow:
-    case Shorthand::Gap: return pair(ids, reader);
-    case Shorthand::Flex: return flex(reader);
+    case Shorthand::Gap:
+        return pair(ids, reader);
+    case Shorthand::Flex:
+        return flex(reader);
     case Shorthand::BorderTop:
     case Shorthand::BorderRight:
     case Shorthand::BorderBottom:
@@ -339,9 +355,11 @@ std::optional<std::vector<PropertyValue>> readShorthand(Shorthand shorthand, Val
     case Shorthand::Outline:
     case Shorthand::TextDecoration:
     case Shorthand::FlexFlow:
-    case Shorthand::Columns: return anyOrder(ids, reader);
+    case Shorthand::Columns:
+        return anyOrder(ids, reader);
     case Shorthand::None:
-    case Shorthand::All: return {};
+    case Shorthand::All:
+        return {};
     }
     return {};
 }

@@ -73,7 +73,8 @@ QString StyleBuilder::substitute(const QString &text, int depth, bool &ok)
         }
         const size_t end = skipComponent(tokens, i, tokens.size() - 1);
         size_t at = i + 1;
-        while (at < end && tokens[at].is(TokenType::Whitespace)) ++at;
+        while (at < end && tokens[at].is(TokenType::Whitespace))
+            ++at;
         if (at >= end || depth > 8 || !tokens[at].is(TokenType::Ident)) {
             ok = false;
             break;
@@ -83,7 +84,8 @@ QString StyleBuilder::substitute(const QString &text, int depth, bool &ok)
         if (found != custom.end()) {
             result += found->second;
         } else {
-            while (at < end && !tokens[at].is(TokenType::Comma)) ++at;
+            while (at < end && !tokens[at].is(TokenType::Comma))
+                ++at;
             const size_t to = tokens[end - 1].is(TokenType::CloseParen) ? end - 1 : end;
             if (at >= to)
                 ok = false;
@@ -103,8 +105,8 @@ bool StyleBuilder::resolveOne(Id id, Winner &winner)
     const QString text = substitute(winner.value->text, 0, ok);
     const Shorthand shorthand = winner.value->shorthand;
     const QString name = shorthand == Shorthand::None ? propertyInfo(id).name : shorthandName(shorthand);
-    auto values = ok ? parseDeclaration(name, text, mContext.quirks ? ValueMode::Quirks : ValueMode::Strict)
-                     : std::nullopt;
+    auto values =
+        ok ? parseDeclaration(name, text, mContext.quirks ? ValueMode::Quirks : ValueMode::Strict) : std::nullopt;
     if (!values) return false;
     for (PropertyValue &value : *values) {
         if (value.id != id || value.value.kind == Value::Kind::Unresolved) continue;
@@ -190,9 +192,12 @@ namespace {
 Display blockified(Display display)
 {
     switch (display) {
-    case Display::InlineTable: return Display::Table;
-    case Display::InlineFlex: return Display::Flex;
-    case Display::InlineGrid: return Display::Grid;
+    case Display::InlineTable:
+        return Display::Table;
+    case Display::InlineFlex:
+        return Display::Flex;
+    case Display::InlineGrid:
+        return Display::Grid;
     case Display::None:
     case Display::Contents:
     case Display::Block:
@@ -200,8 +205,10 @@ Display blockified(Display display)
     case Display::Table:
     case Display::FlowRoot:
     case Display::Flex:
-    case Display::Grid: return display;
-    default: return Display::Block;
+    case Display::Grid:
+        return display;
+    default:
+        return Display::Block;
     }
 }
 

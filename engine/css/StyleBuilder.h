@@ -12,7 +12,8 @@
 namespace css {
 
 /// What a style depends on besides the declarations.
-struct BuildContext {
+struct BuildContext
+{
     const ComputedStyle &parent; ///< initial values above the root
     const Medium &medium;
     const dom::Element *element; ///< for attr(); the originating one of a pseudo-element
@@ -40,7 +41,8 @@ public:
     bool inheritedExplicitly() const { return mInheritedExplicitly; } ///< a property that isn't inherited by itself
 
 private:
-    struct Winner {
+    struct Winner
+    {
         const Value *value = nullptr;
         const DeclarationBlock *block = nullptr;
     };

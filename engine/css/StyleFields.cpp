@@ -130,17 +130,26 @@ double StyleBuilder::pixels(const Value &value, double fontSize)
     const QSizeF viewport = mContext.medium.viewport;
     if (value.unit >= Unit::Vw && value.unit <= Unit::Vmax) mUsedViewport = true;
     switch (value.unit) {
-    case Unit::Px: return within(value.number);
-    case Unit::Em: return within(value.number * fontSize);
-    case Unit::Rem: return within(value.number * (mContext.isRoot ? fontSize : mContext.rootFontSize));
+    case Unit::Px:
+        return within(value.number);
+    case Unit::Em:
+        return within(value.number * fontSize);
+    case Unit::Rem:
+        return within(value.number * (mContext.isRoot ? fontSize : mContext.rootFontSize));
     case Unit::Ex:
-    case Unit::Ch: return within(value.number * fontSize / 2);
-    case Unit::Vw: return within(value.number * viewport.width() / 100);
-    case Unit::Vh: return within(value.number * viewport.height() / 100);
-    case Unit::Vmin: return within(value.number * std::min(viewport.width(), viewport.height()) / 100);
-    case Unit::Vmax: return within(value.number * std::max(viewport.width(), viewport.height()) / 100);
+    case Unit::Ch:
+        return within(value.number * fontSize / 2);
+    case Unit::Vw:
+        return within(value.number * viewport.width() / 100);
+    case Unit::Vh:
+        return within(value.number * viewport.height() / 100);
+    case Unit::Vmin:
+        return within(value.number * std::min(viewport.width(), viewport.height()) / 100);
+    case Unit::Vmax:
+        return within(value.number * std::max(viewport.width(), viewport.height()) / 100);
     case Unit::Percent:
-    case Unit::Number: return 0;
+    case Unit::Number:
+        return 0;
     }
     return 0;
 }
@@ -215,74 +224,109 @@ void StyleBuilder::copyField(Id id, const ComputedStyle &from)
     break;
     switch (id) {
 #define CSS_CASE(ID, Group, group, field, type)                                                                        \
-    case Id::ID: CSS_COPY(Group, group, field)
+    case Id::ID:                                                                                                       \
+        CSS_COPY(Group, group, field)
         CSS_WORD_FIELDS(CSS_CASE)
 #undef CSS_CASE
 #define CSS_CASE(ID, Group, group, field)                                                                              \
-    case Id::ID: CSS_COPY(Group, group, field)
+    case Id::ID:                                                                                                       \
+        CSS_COPY(Group, group, field)
         CSS_LENGTH_FIELDS(CSS_CASE)
 #undef CSS_CASE
 #define CSS_CASE(ID, Group, group, field)                                                                              \
-    case Id::ID: mStyle->write##Group().field = initial ? mStyle->text().color : from.group().field; break;
+    case Id::ID:                                                                                                       \
+        mStyle->write##Group().field = initial ? mStyle->text().color : from.group().field;                            \
+        break;
         CSS_COLOR_FIELDS(CSS_CASE)
 #undef CSS_CASE
 #define CSS_CASE(ID, field)                                                                                            \
-    case Id::ID: CSS_COPY(Rare, rare, field)
+    case Id::ID:                                                                                                       \
+        CSS_COPY(Rare, rare, field)
         CSS_RAW_FIELDS(CSS_CASE)
 #undef CSS_CASE
 #define CSS_CASE(ID, field)                                                                                            \
-    case Id::ID: mStyle->writeSurround().field = initial ? 3 : from.surround().field; break;
+    case Id::ID:                                                                                                       \
+        mStyle->writeSurround().field = initial ? 3 : from.surround().field;                                           \
+        break;
         CSS_BORDER_WIDTHS(CSS_CASE)
 #undef CSS_CASE
 #define CSS_CASE(ID, field)                                                                                            \
-    case Id::ID: CSS_COPY(Surround, surround, field)
+    case Id::ID:                                                                                                       \
+        CSS_COPY(Surround, surround, field)
         CSS_RADII(CSS_CASE)
 #undef CSS_CASE
-    case Id::Color: CSS_COPY(Text, text, color)
-    case Id::BackgroundColor: CSS_COPY(Background, background, color)
-    case Id::TextAlign: CSS_COPY(Text, text, textAlign)
+    case Id::Color:
+        CSS_COPY(Text, text, color)
+    case Id::BackgroundColor:
+        CSS_COPY(Background, background, color)
+    case Id::TextAlign:
+        CSS_COPY(Text, text, textAlign)
     case Id::TextAlignLast:
         mStyle->writeText().textAlignLast = from.text().textAlignLast;
         CSS_COPY(Text, text, hasTextAlignLast)
-    case Id::LetterSpacing: CSS_COPY(Text, text, letterSpacing)
-    case Id::WordSpacing: CSS_COPY(Text, text, wordSpacing)
-    case Id::FontStretch: CSS_COPY(Font, font, stretch)
+    case Id::LetterSpacing:
+        CSS_COPY(Text, text, letterSpacing)
+    case Id::WordSpacing:
+        CSS_COPY(Text, text, wordSpacing)
+    case Id::FontStretch:
+        CSS_COPY(Font, font, stretch)
     case Id::TabSize:
         mStyle->writeText().tabSizeIsLength = from.text().tabSizeIsLength;
         CSS_COPY(Text, text, tabSize)
     case Id::ListStyleType:
         mStyle->writeText().listStyleString = from.text().listStyleString;
         CSS_COPY(Text, text, listStyleType)
-    case Id::ListStyleImage: CSS_COPY(Text, text, listStyleImage)
+    case Id::ListStyleImage:
+        CSS_COPY(Text, text, listStyleImage)
     case Id::BorderSpacing:
         mStyle->writeText().borderSpacingX = from.text().borderSpacingX;
         CSS_COPY(Text, text, borderSpacingY)
-    case Id::TextShadow: CSS_COPY(Text, text, textShadow)
-    case Id::Quotes: CSS_COPY(Text, text, quotes)
-    case Id::Orphans: CSS_COPY(Text, text, orphans)
-    case Id::Widows: CSS_COPY(Text, text, widows)
-    case Id::VerticalAlign: CSS_COPY(Box, box, verticalAlign)
+    case Id::TextShadow:
+        CSS_COPY(Text, text, textShadow)
+    case Id::Quotes:
+        CSS_COPY(Text, text, quotes)
+    case Id::Orphans:
+        CSS_COPY(Text, text, orphans)
+    case Id::Widows:
+        CSS_COPY(Text, text, widows)
+    case Id::VerticalAlign:
+        CSS_COPY(Box, box, verticalAlign)
     case Id::ZIndex:
         mStyle->writeBox().hasZIndex = from.box().hasZIndex;
         CSS_COPY(Box, box, zIndex)
-    case Id::Clip: CSS_COPY(Box, box, clip)
-    case Id::Opacity: CSS_COPY(Rare, rare, opacity)
-    case Id::TextDecorationStyle: CSS_COPY(Rare, rare, textDecorationStyle)
-    case Id::OutlineWidth: mStyle->writeRare().outlineWidth = initial ? 3 : from.rare().outlineWidth; break;
-    case Id::OutlineOffset: CSS_COPY(Rare, rare, outlineOffset)
-    case Id::BoxShadow: CSS_COPY(Rare, rare, boxShadow)
+    case Id::Clip:
+        CSS_COPY(Box, box, clip)
+    case Id::Opacity:
+        CSS_COPY(Rare, rare, opacity)
+    case Id::TextDecorationStyle:
+        CSS_COPY(Rare, rare, textDecorationStyle)
+    case Id::OutlineWidth:
+        mStyle->writeRare().outlineWidth = initial ? 3 : from.rare().outlineWidth;
+        break;
+    case Id::OutlineOffset:
+        CSS_COPY(Rare, rare, outlineOffset)
+    case Id::BoxShadow:
+        CSS_COPY(Rare, rare, boxShadow)
     case Id::Content:
         mStyle->writeRare().content = from.rare().content;
         mStyle->writeRare().contentNone = from.rare().contentNone;
         CSS_COPY(Rare, rare, hasContent)
-    case Id::CounterReset: CSS_COPY(Rare, rare, counterReset)
-    case Id::CounterIncrement: CSS_COPY(Rare, rare, counterIncrement)
-    case Id::PageBreakInside: CSS_COPY(Rare, rare, pageBreakInside)
-    case Id::FlexGrow: CSS_COPY(Rare, rare, flexGrow)
-    case Id::FlexShrink: CSS_COPY(Rare, rare, flexShrink)
-    case Id::Order: CSS_COPY(Rare, rare, order)
-    case Id::ColumnCount: CSS_COPY(Rare, rare, columnCount)
-    default: break; // the font and the background are done apart
+    case Id::CounterReset:
+        CSS_COPY(Rare, rare, counterReset)
+    case Id::CounterIncrement:
+        CSS_COPY(Rare, rare, counterIncrement)
+    case Id::PageBreakInside:
+        CSS_COPY(Rare, rare, pageBreakInside)
+    case Id::FlexGrow:
+        CSS_COPY(Rare, rare, flexGrow)
+    case Id::FlexShrink:
+        CSS_COPY(Rare, rare, flexShrink)
+    case Id::Order:
+        CSS_COPY(Rare, rare, order)
+    case Id::ColumnCount:
+        CSS_COPY(Rare, rare, columnCount)
+    default:
+        break; // the font and the background are done apart
     }
 #undef CSS_COPY
 }
@@ -296,7 +340,8 @@ bool StyleBuilder::setWord(Id id, int word)
         return true;
         CSS_WORD_FIELDS(CSS_CASE)
 #undef CSS_CASE
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -319,7 +364,8 @@ bool StyleBuilder::setLength(Id id, const Value &value)
         return true;
         CSS_LENGTH_FIELDS(CSS_CASE)
 #undef CSS_CASE
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -327,7 +373,9 @@ void StyleBuilder::setField(Id id, const Value &value)
 {
     switch (id) {
 #define CSS_CASE(ID, Group, group, field)                                                                              \
-    case Id::ID: mStyle->write##Group().field = color(value); break;
+    case Id::ID:                                                                                                       \
+        mStyle->write##Group().field = color(value);                                                                   \
+        break;
         CSS_COLOR_FIELDS(CSS_CASE)
 #undef CSS_CASE
 #define CSS_CASE(ID, field)                                                                                            \
@@ -341,10 +389,14 @@ void StyleBuilder::setField(Id id, const Value &value)
         CSS_BORDER_WIDTHS(CSS_CASE)
 #undef CSS_CASE
 #define CSS_CASE(ID, field)                                                                                            \
-    case Id::ID: mStyle->writeSurround().field = Radius{length(value.items[0]), length(value.items[1])}; break;
+    case Id::ID:                                                                                                       \
+        mStyle->writeSurround().field = Radius{length(value.items[0]), length(value.items[1])};                        \
+        break;
         CSS_RADII(CSS_CASE)
 #undef CSS_CASE
-    case Id::BackgroundColor: mStyle->writeBackground().color = color(value); break;
+    case Id::BackgroundColor:
+        mStyle->writeBackground().color = color(value);
+        break;
     case Id::VerticalAlign: {
         VerticalAlign align{VerticalAlign::Kind::Raise, {}};
         if (value.kind == Value::Kind::Word)
@@ -362,7 +414,8 @@ void StyleBuilder::setField(Id id, const Value &value)
         ClipRect clip;
         if (value.items.size() == 4) {
             clip.isSet = true;
-            clip.edges = {length(value.items[0]), length(value.items[1]), length(value.items[2]), length(value.items[3])};
+            clip.edges = {length(value.items[0]), length(value.items[1]), length(value.items[2]),
+                          length(value.items[3])};
         }
         mStyle->writeBox().clip = clip;
         break;
@@ -380,7 +433,8 @@ void StyleBuilder::setTextAlign(const Value &value)
     TextAlign align = TextAlign(value.word);
     // Headings of a table are centred, unless someone above said how text stands.
     if (value.word == 9)
-        align = mContext.parent.text().textAlign == TextAlign::Start ? TextAlign::Center : mContext.parent.text().textAlign;
+        align =
+            mContext.parent.text().textAlign == TextAlign::Start ? TextAlign::Center : mContext.parent.text().textAlign;
     if (mStyle->text().textAlign != align) mStyle->writeText().textAlign = align;
 }
 
@@ -393,13 +447,19 @@ void StyleBuilder::setTextField(Id id, const Value &value)
     }
     TextGroup &text = mStyle->writeText();
     switch (id) {
-    case Id::Color: text.color = value.kind == Value::Kind::CurrentColor ? mContext.parent.text().color : value.rgb; break;
+    case Id::Color:
+        text.color = value.kind == Value::Kind::CurrentColor ? mContext.parent.text().color : value.rgb;
+        break;
     case Id::TextAlignLast:
         text.hasTextAlignLast = value.word != 6;
         text.textAlignLast = text.hasTextAlignLast ? TextAlign(value.word) : TextAlign::Start;
         break;
-    case Id::LetterSpacing: text.letterSpacing = value.kind == Value::Kind::Word ? 0 : fixed(value); break;
-    case Id::WordSpacing: text.wordSpacing = value.kind == Value::Kind::Word ? 0 : fixed(value); break;
+    case Id::LetterSpacing:
+        text.letterSpacing = value.kind == Value::Kind::Word ? 0 : fixed(value);
+        break;
+    case Id::WordSpacing:
+        text.wordSpacing = value.kind == Value::Kind::Word ? 0 : fixed(value);
+        break;
     case Id::TabSize:
         text.tabSizeIsLength = value.kind != Value::Kind::Number;
         text.tabSize = text.tabSizeIsLength ? fixed(value) : float(std::clamp(value.number, 0.0, 1000.0));
@@ -408,19 +468,29 @@ void StyleBuilder::setTextField(Id id, const Value &value)
         text.listStyleString = value.kind == Value::Kind::String ? value.text : QString();
         text.listStyleType = value.kind == Value::Kind::Word ? ListStyleType(value.word) : ListStyleType::Disc;
         break;
-    case Id::ListStyleImage: text.listStyleImage = image(value, winner(id).block); break;
+    case Id::ListStyleImage:
+        text.listStyleImage = image(value, winner(id).block);
+        break;
     case Id::BorderSpacing:
         text.borderSpacingX = fixed(value.items[0]);
         text.borderSpacingY = fixed(value.items[1]);
         break;
-    case Id::TextShadow: text.textShadow = shadows(value); break;
+    case Id::TextShadow:
+        text.textShadow = shadows(value);
+        break;
     case Id::Quotes:
         text.quotes.clear();
-        for (const Value &item : value.items) text.quotes << item.text;
+        for (const Value &item : value.items)
+            text.quotes << item.text;
         break;
-    case Id::Orphans: text.orphans = int(value.number); break;
-    case Id::Widows: text.widows = int(value.number); break;
-    default: break;
+    case Id::Orphans:
+        text.orphans = int(value.number);
+        break;
+    case Id::Widows:
+        text.widows = int(value.number);
+        break;
+    default:
+        break;
     }
 }
 
@@ -436,10 +506,14 @@ void StyleBuilder::setRareField(Id id, const Value &value)
     };
     switch (id) {
 #define CSS_CASE(ID, field)                                                                                            \
-    case Id::ID: rare.field = value.text == QLatin1String("none") ? QString() : value.text; break;
+    case Id::ID:                                                                                                       \
+        rare.field = value.text == QLatin1String("none") ? QString() : value.text;                                     \
+        break;
         CSS_RAW_FIELDS(CSS_CASE)
 #undef CSS_CASE
-    case Id::Opacity: rare.opacity = float(std::clamp(value.number, 0.0, 1.0)); break;
+    case Id::Opacity:
+        rare.opacity = float(std::clamp(value.number, 0.0, 1.0));
+        break;
     case Id::TextDecorationStyle: {
         // solid double dotted dashed wavy; Hidden stands for the last.
         static constexpr BorderStyle styles[] = {BorderStyle::Solid, BorderStyle::Double, BorderStyle::Dotted,
@@ -452,16 +526,35 @@ void StyleBuilder::setRareField(Id id, const Value &value)
         rare.outlineWidth = value.kind == Value::Kind::Word ? widths[value.word % 3] : fixed(value);
         break;
     }
-    case Id::OutlineOffset: rare.outlineOffset = fixed(value); break;
-    case Id::BoxShadow: rare.boxShadow = shadows(value); break;
-    case Id::CounterReset: rare.counterReset = counters(); break;
-    case Id::CounterIncrement: rare.counterIncrement = counters(); break;
-    case Id::PageBreakInside: rare.pageBreakInside = value.word ? PageBreak::Avoid : PageBreak::Auto; break;
-    case Id::FlexGrow: rare.flexGrow = float(value.number); break;
-    case Id::FlexShrink: rare.flexShrink = float(value.number); break;
-    case Id::Order: rare.order = int(value.number); break;
-    case Id::ColumnCount: rare.columnCount = std::clamp(int(value.number), 0, 1000); break;
-    default: break;
+    case Id::OutlineOffset:
+        rare.outlineOffset = fixed(value);
+        break;
+    case Id::BoxShadow:
+        rare.boxShadow = shadows(value);
+        break;
+    case Id::CounterReset:
+        rare.counterReset = counters();
+        break;
+    case Id::CounterIncrement:
+        rare.counterIncrement = counters();
+        break;
+    case Id::PageBreakInside:
+        rare.pageBreakInside = value.word ? PageBreak::Avoid : PageBreak::Auto;
+        break;
+    case Id::FlexGrow:
+        rare.flexGrow = float(value.number);
+        break;
+    case Id::FlexShrink:
+        rare.flexShrink = float(value.number);
+        break;
+    case Id::Order:
+        rare.order = int(value.number);
+        break;
+    case Id::ColumnCount:
+        rare.columnCount = std::clamp(int(value.number), 0, 1000);
+        break;
+    default:
+        break;
     }
 }
 
@@ -474,12 +567,16 @@ void StyleBuilder::setContent(const Value &value)
     for (const Value &item : value.items) {
         ContentItem piece;
         switch (item.kind) {
-        case Value::Kind::String: piece.text = item.text; break;
+        case Value::Kind::String:
+            piece.text = item.text;
+            break;
         case Value::Kind::Url:
             piece.kind = ContentItem::Kind::Url;
             piece.text = image(item, winner(Id::Content).block).text;
             break;
-        case Value::Kind::Word: piece.kind = ContentItem::Kind(int(ContentItem::Kind::OpenQuote) + item.word); break;
+        case Value::Kind::Word:
+            piece.kind = ContentItem::Kind(int(ContentItem::Kind::OpenQuote) + item.word);
+            break;
         default:
             if (item.text == QLatin1String("attr")) {
                 mUsedAttribute = true;
@@ -553,8 +650,9 @@ void StyleBuilder::applyBackground()
     }
     std::vector<BackgroundLayer> layers(std::clamp<size_t>(count, 1, 64));
     for (size_t i = 0; i < layers.size(); ++i)
-        for (const Id id : {Id::BackgroundImage, Id::BackgroundRepeat, Id::BackgroundAttachment, Id::BackgroundPositionX,
-                            Id::BackgroundPositionY, Id::BackgroundSize, Id::BackgroundOrigin, Id::BackgroundClip})
+        for (const Id id :
+             {Id::BackgroundImage, Id::BackgroundRepeat, Id::BackgroundAttachment, Id::BackgroundPositionX,
+              Id::BackgroundPositionY, Id::BackgroundSize, Id::BackgroundOrigin, Id::BackgroundClip})
             applyLayer(id, layers[i], i);
     if (layers != mStyle->background().layers) mStyle->writeBackground().layers = std::move(layers);
 }

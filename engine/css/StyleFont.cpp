@@ -30,16 +30,20 @@ const ComputedStyle *StyleBuilder::sourceOf(Id id, const Value &value)
     case Value::Kind::Inherit:
         if (!inherited) mInheritedExplicitly = true;
         return &mContext.parent;
-    case Value::Kind::Initial: return &ComputedStyle::initial();
-    case Value::Kind::Unset: return inherited ? &mContext.parent : &ComputedStyle::initial();
-    default: return nullptr;
+    case Value::Kind::Initial:
+        return &ComputedStyle::initial();
+    case Value::Kind::Unset:
+        return inherited ? &mContext.parent : &ComputedStyle::initial();
+    default:
+        return nullptr;
     }
 }
 
 void StyleBuilder::applyFont()
 {
     bool any = false;
-    for (const uint8_t index : mSet) any = any || Id(index) <= Id::LineHeight;
+    for (const uint8_t index : mSet)
+        any = any || Id(index) <= Id::LineHeight;
     if (!any) return;
     applyFontFamily();
     applyFontSize();
@@ -59,8 +63,9 @@ void StyleBuilder::applyFontFamily()
         font.monospace = from->font().monospace;
         return;
     }
-    static const QStringList generic{QStringLiteral("serif"),     QStringLiteral("sans-serif"), QStringLiteral("monospace"),
-                                     QStringLiteral("cursive"),   QStringLiteral("fantasy"),    QStringLiteral("system-ui")};
+    static const QStringList generic{QStringLiteral("serif"),     QStringLiteral("sans-serif"),
+                                     QStringLiteral("monospace"), QStringLiteral("cursive"),
+                                     QStringLiteral("fantasy"),   QStringLiteral("system-ui")};
     font.families.clear();
     for (const Value &item : value.items) {
         const QString lower = item.text.toLower();
@@ -100,9 +105,9 @@ void StyleBuilder::applyFontSize()
         } else if (value.kind == Value::Kind::Word) {
             applyFontSizeWord(value.word);
         } else if (!from) {
-            const bool relative = value.kind == Value::Kind::Length &&
-                                  (value.unit == Unit::Em || value.unit == Unit::Ex || value.unit == Unit::Ch ||
-                                   value.unit == Unit::Percent);
+            const bool relative =
+                value.kind == Value::Kind::Length && (value.unit == Unit::Em || value.unit == Unit::Ex ||
+                                                      value.unit == Unit::Ch || value.unit == Unit::Percent);
             FontGroup &font = mStyle->writeFont();
             // Per cents, too, are of the parent's size here.
             const bool percent = value.kind == Value::Kind::Length && value.unit == Unit::Percent;

@@ -36,11 +36,13 @@ private:
             Rule rule;
             rule.before = mText.mid(behind, token.start - behind);
             const size_t start = at;
-            at = token.is(TokenType::AtKeyword) ? atRule(rule, at, end, importsAllowed, depth) : styleRule(rule, at, end);
+            at = token.is(TokenType::AtKeyword) ? atRule(rule, at, end, importsAllowed, depth)
+                                                : styleRule(rule, at, end);
             behind = mTokens[at - 1].end;
             rule.source = mText.mid(token.start, behind - token.start);
             // Only other imports and a character set may stand in front of an import.
-            if (rule.kind != Rule::Kind::Import && !(token.is(TokenType::AtKeyword) && token.text == QLatin1String("charset")))
+            if (rule.kind != Rule::Kind::Import &&
+                !(token.is(TokenType::AtKeyword) && token.text == QLatin1String("charset")))
                 importsAllowed = false;
             if (at == start) ++at;
             into.push_back(std::move(rule));
@@ -51,7 +53,8 @@ private:
     size_t styleRule(Rule &rule, size_t at, size_t end)
     {
         const size_t start = at;
-        while (at < end && !mTokens[at].is(TokenType::OpenCurly)) at = skipComponent(mTokens, at, end);
+        while (at < end && !mTokens[at].is(TokenType::OpenCurly))
+            at = skipComponent(mTokens, at, end);
         if (at >= end) return end; // no block: kept as text
         rule.kind = Rule::Kind::Style;
         rule.style = base::make<StyleRule>();
@@ -84,7 +87,8 @@ private:
 
     void readImport(Rule &rule, size_t at, size_t end)
     {
-        while (at < end && mTokens[at].is(TokenType::Whitespace)) ++at;
+        while (at < end && mTokens[at].is(TokenType::Whitespace))
+            ++at;
         if (at >= end) return;
         const Token &token = mTokens[at];
         size_t behind = at + 1;
@@ -115,7 +119,8 @@ base::Ref<StyleSheet> StyleSheet::parse(const QString &text, ValueMode mode)
 QString StyleSheet::text() const
 {
     QString result;
-    for (const Rule &rule : rules) result += rule.before + rule.source;
+    for (const Rule &rule : rules)
+        result += rule.before + rule.source;
     return result + tail;
 }
 
@@ -123,7 +128,8 @@ void StyleSheet::rewrite(Rule &rule)
 {
     if (!rule.style) return;
     const QString body = rule.style->block->text();
-    rule.source = rule.style->selectorText + (body.isEmpty() ? QStringLiteral(" { }") : QStringLiteral(" { %1 }").arg(body));
+    rule.source =
+        rule.style->selectorText + (body.isEmpty() ? QStringLiteral(" { }") : QStringLiteral(" { %1 }").arg(body));
 }
 
 Rule StyleSheet::makeRule(const QString &selector, const QString &css, ValueMode mode)

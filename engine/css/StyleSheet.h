@@ -11,14 +11,15 @@ namespace css {
 class StyleRule final : public base::RefCounted
 {
 public:
-    QString selectorText; ///< as written, comments dropped
+    QString selectorText;   ///< as written, comments dropped
     SelectorList selectors; ///< empty where they can't be read: the rule matches nothing
     base::Ref<DeclarationBlock> block;
 };
 
 /// A rule of any kind, with the text it stands in. The texts of a sheet's rules and what stands between them are the
 /// sheet's text, to the letter; a rule that is written to has its own part of it made anew and no other.
-struct Rule {
+struct Rule
+{
     enum class Kind : uint8_t { Style, Media, Import, Other };
     Kind kind = Kind::Other;
     QString before; ///< what stands between the previous rule and this one: white space, comments, `<!--`

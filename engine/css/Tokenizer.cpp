@@ -138,18 +138,21 @@ private:
         const uint32_t from = mAt;
         token.integer = true;
         if (peek() == u'+' || peek() == u'-') ++mAt;
-        while (isDigit(peek())) ++mAt;
+        while (isDigit(peek()))
+            ++mAt;
         if (peek() == u'.' && isDigit(peek(1))) {
             token.integer = false;
             ++mAt;
-            while (isDigit(peek())) ++mAt;
+            while (isDigit(peek()))
+                ++mAt;
         }
         if (peek() == u'e' || peek() == u'E') {
             const uint32_t sign = peek(1) == u'+' || peek(1) == u'-' ? 1 : 0;
             if (isDigit(peek(1 + sign))) {
                 token.integer = false;
                 mAt += 2 + sign;
-                while (isDigit(peek())) ++mAt;
+                while (isDigit(peek()))
+                    ++mAt;
             }
         }
         token.number = QStringView(mText).mid(from, mAt - from).toDouble();
@@ -196,7 +199,8 @@ private:
     {
         token.type = TokenType::Url;
         token.text.clear();
-        while (has() && isSpace(peek())) ++mAt;
+        while (has() && isSpace(peek()))
+            ++mAt;
         while (has()) {
             const QChar c = peek();
             if (c == u')') {
@@ -204,7 +208,8 @@ private:
                 return;
             }
             if (isSpace(c)) {
-                while (has() && isSpace(peek())) ++mAt;
+                while (has() && isSpace(peek()))
+                    ++mAt;
                 if (!has()) return;
                 if (peek() == u')') {
                     ++mAt;
@@ -244,7 +249,8 @@ private:
         token.type = TokenType::Function;
         if (token.text.compare(QLatin1String("url"), Qt::CaseInsensitive) != 0) return;
         uint32_t ahead = 0;
-        while (has(ahead) && isSpace(peek(ahead))) ++ahead;
+        while (has(ahead) && isSpace(peek(ahead)))
+            ++ahead;
         if (peek(ahead) == u'"' || peek(ahead) == u'\'') return; // a function with a string
         readUrl(token);
     }
@@ -259,16 +265,26 @@ private:
     void readMark(Token &token)
     {
         switch (peek().unicode()) {
-        case ':': return single(token, TokenType::Colon);
-        case ';': return single(token, TokenType::Semicolon);
-        case ',': return single(token, TokenType::Comma);
-        case '[': return single(token, TokenType::OpenSquare);
-        case ']': return single(token, TokenType::CloseSquare);
-        case '(': return single(token, TokenType::OpenParen);
-        case ')': return single(token, TokenType::CloseParen);
-        case '{': return single(token, TokenType::OpenCurly);
-        case '}': return single(token, TokenType::CloseCurly);
-        default: return single(token, TokenType::Delim);
+        case ':':
+            return single(token, TokenType::Colon);
+        case ';':
+            return single(token, TokenType::Semicolon);
+        case ',':
+            return single(token, TokenType::Comma);
+        case '[':
+            return single(token, TokenType::OpenSquare);
+        case ']':
+            return single(token, TokenType::CloseSquare);
+        case '(':
+            return single(token, TokenType::OpenParen);
+        case ')':
+            return single(token, TokenType::CloseParen);
+        case '{':
+            return single(token, TokenType::OpenCurly);
+        case '}':
+            return single(token, TokenType::CloseCurly);
+        default:
+            return single(token, TokenType::Delim);
         }
     }
 
@@ -277,7 +293,8 @@ private:
         const QChar c = peek();
         if (isSpace(c)) {
             token.type = TokenType::Whitespace;
-            while (has() && isSpace(peek())) ++mAt;
+            while (has() && isSpace(peek()))
+                ++mAt;
             return;
         }
         if (c == u'"' || c == u'\'') return readString(token);
@@ -330,10 +347,16 @@ size_t skipComponent(const Tokens &tokens, size_t at, size_t end)
     std::vector<TokenType> closers;
     for (; at < end; ++at) {
         switch (tokens[at].type) {
-        case TokenType::OpenCurly: closers.push_back(TokenType::CloseCurly); break;
-        case TokenType::OpenSquare: closers.push_back(TokenType::CloseSquare); break;
+        case TokenType::OpenCurly:
+            closers.push_back(TokenType::CloseCurly);
+            break;
+        case TokenType::OpenSquare:
+            closers.push_back(TokenType::CloseSquare);
+            break;
         case TokenType::OpenParen:
-        case TokenType::Function: closers.push_back(TokenType::CloseParen); break;
+        case TokenType::Function:
+            closers.push_back(TokenType::CloseParen);
+            break;
         default:
             if (!closers.empty() && tokens[at].type == closers.back()) closers.pop_back();
         }

@@ -7,11 +7,35 @@
 namespace css {
 
 enum class TokenType : uint8_t {
-    Ident, Function, AtKeyword, Hash, String, BadString, Url, BadUrl, Delim, Number, Percentage, Dimension, Whitespace,
-    Cdo, Cdc, Colon, Semicolon, Comma, OpenSquare, CloseSquare, OpenParen, CloseParen, OpenCurly, CloseCurly, End
+    Ident,
+    Function,
+    AtKeyword,
+    Hash,
+    String,
+    BadString,
+    Url,
+    BadUrl,
+    Delim,
+    Number,
+    Percentage,
+    Dimension,
+    Whitespace,
+    Cdo,
+    Cdc,
+    Colon,
+    Semicolon,
+    Comma,
+    OpenSquare,
+    CloseSquare,
+    OpenParen,
+    CloseParen,
+    OpenCurly,
+    CloseCurly,
+    End
 };
 
-struct Token {
+struct Token
+{
     TokenType type = TokenType::End;
     uint32_t start = 0, end = 0; ///< where it stands in the text, in UTF-16 units
     QString text;                ///< name, string, address, unit (lower case), or the one character of a delimiter

@@ -54,7 +54,8 @@ std::optional<std::vector<PropertyValue>> parseDeclaration(const QString &name, 
     if (wide) {
         if (!reader.atEnd()) return {};
         std::vector<PropertyValue> values;
-        for (const PropertyId target : targets(id, shorthand)) values.push_back({target, *wide});
+        for (const PropertyId target : targets(id, shorthand))
+            values.push_back({target, *wide});
         return values;
     }
     if (shorthand != Shorthand::None) {
@@ -81,17 +82,24 @@ QString wordText(PropertyId id, int word)
         if (number == word) return text;
     static const char *const sizes[] = {"medium",  "xx-small", "x-small",   "small",  "medium", "large",
                                         "x-large", "xx-large", "xxx-large", "larger", "smaller"};
-    static const char *const aligns[] = {"baseline", "sub",    "super",       "top",         "text-top",
-                                         "middle",   "bottom", "text-bottom", "-webkit-baseline-middle"};
+    static const char *const aligns[] = {
+        "baseline", "sub", "super", "top", "text-top", "middle", "bottom", "text-bottom", "-webkit-baseline-middle"};
     switch (propertyInfo(id).grammar) {
-    case Grammar::FontSize: return QString::fromLatin1(sizes[std::clamp(word, 0, 10)]);
-    case Grammar::VerticalAlign: return QString::fromLatin1(aligns[std::clamp(word, 0, 8)]);
-    case Grammar::FontWeight: return word == 1 ? QStringLiteral("bolder") : QStringLiteral("lighter");
-    case Grammar::LineHeight: return QStringLiteral("normal");
+    case Grammar::FontSize:
+        return QString::fromLatin1(sizes[std::clamp(word, 0, 10)]);
+    case Grammar::VerticalAlign:
+        return QString::fromLatin1(aligns[std::clamp(word, 0, 8)]);
+    case Grammar::FontWeight:
+        return word == 1 ? QStringLiteral("bolder") : QStringLiteral("lighter");
+    case Grammar::LineHeight:
+        return QStringLiteral("normal");
     case Grammar::Image:
-    case Grammar::ImageList: return QStringLiteral("none");
-    case Grammar::Content: return word ? QStringLiteral("none") : QStringLiteral("normal");
-    case Grammar::SizeList: return QString::fromLatin1(word == 1 ? "cover" : word == 2 ? "contain" : "auto");
+    case Grammar::ImageList:
+        return QStringLiteral("none");
+    case Grammar::Content:
+        return word ? QStringLiteral("none") : QStringLiteral("normal");
+    case Grammar::SizeList:
+        return QString::fromLatin1(word == 1 ? "cover" : word == 2 ? "contain" : "auto");
     case Grammar::RepeatList: {
         static const char *const repeats[] = {"repeat", "no-repeat", "space", "round"};
         return QString::fromLatin1(repeats[word & 3]);
@@ -104,7 +112,8 @@ QString wordText(PropertyId id, int word)
         if (word & 8) lines << QStringLiteral("blink");
         return lines.isEmpty() ? QStringLiteral("none") : lines.join(u' ');
     }
-    default: return QStringLiteral("auto");
+    default:
+        return QStringLiteral("auto");
     }
 }
 
@@ -133,12 +142,17 @@ QString initialText(PropertyId id)
         return wordText(id, 0);
     case Grammar::Color:
         return id == PropertyId::BackgroundColor ? QStringLiteral("transparent") : QStringLiteral("currentcolor");
-    case Grammar::BorderWidth: return QStringLiteral("medium");
-    case Grammar::ListStyleType: return QStringLiteral("disc");
-    case Grammar::FontSize: return QStringLiteral("medium");
+    case Grammar::BorderWidth:
+        return QStringLiteral("medium");
+    case Grammar::ListStyleType:
+        return QStringLiteral("disc");
+    case Grammar::FontSize:
+        return QStringLiteral("medium");
     case Grammar::FontWeight:
-    case Grammar::FontStretch: return QStringLiteral("normal");
-    default: return wordText(id, 0);
+    case Grammar::FontStretch:
+        return QStringLiteral("normal");
+    default:
+        return wordText(id, 0);
     }
 }
 
@@ -166,21 +180,34 @@ QString listText(PropertyId id, const Value &value)
 QString valueText(PropertyId id, const Value &value)
 {
     switch (value.kind) {
-    case Value::Kind::Inherit: return QStringLiteral("inherit");
-    case Value::Kind::Unset: return QStringLiteral("unset");
-    case Value::Kind::Initial: return initialText(id);
-    case Value::Kind::Word: return value.text.isEmpty() ? wordText(id, value.word) : value.text;
-    case Value::Kind::Number: return QString::number(value.number);
+    case Value::Kind::Inherit:
+        return QStringLiteral("inherit");
+    case Value::Kind::Unset:
+        return QStringLiteral("unset");
+    case Value::Kind::Initial:
+        return initialText(id);
+    case Value::Kind::Word:
+        return value.text.isEmpty() ? wordText(id, value.word) : value.text;
+    case Value::Kind::Number:
+        return QString::number(value.number);
     case Value::Kind::Calc:
-    case Value::Kind::Length: return lengthText(value);
-    case Value::Kind::Color: return value.text.isEmpty() ? colorText(value.rgb) : value.text;
-    case Value::Kind::CurrentColor: return QStringLiteral("currentcolor");
-    case Value::Kind::String: return quoteString(value.text);
-    case Value::Kind::Url: return QStringLiteral("url(%1)").arg(quoteString(value.text));
-    case Value::Kind::Raw: return value.text;
-    case Value::Kind::List: return listText(id, value);
+    case Value::Kind::Length:
+        return lengthText(value);
+    case Value::Kind::Color:
+        return value.text.isEmpty() ? colorText(value.rgb) : value.text;
+    case Value::Kind::CurrentColor:
+        return QStringLiteral("currentcolor");
+    case Value::Kind::String:
+        return quoteString(value.text);
+    case Value::Kind::Url:
+        return QStringLiteral("url(%1)").arg(quoteString(value.text));
+    case Value::Kind::Raw:
+        return value.text;
+    case Value::Kind::List:
+        return listText(id, value);
     case Value::Kind::Function:
-    case Value::Kind::Unresolved: return {};
+    case Value::Kind::Unresolved:
+        return {};
     }
     return {};
 }

@@ -13,20 +13,24 @@ enum class Unit : uint8_t { Px, Em, Rem, Ex, Ch, Vw, Vh, Vmin, Vmax, Percent, Nu
 inline constexpr size_t unitCount = 11;
 
 /// A value as declared, checked against its property's grammar, before anything is known of the element.
-struct Value {
+struct Value
+{
     enum class Kind : uint8_t {
-        Inherit, Initial, Unset,
-        Word,         ///< `word` is the number of the enum that holds it
-        Number,       ///< `number`
-        Length,       ///< `number` of `unit`; per cents too
-        Calc,         ///< `terms`: so much of each unit, added up
-        Color,        ///< `rgb`
+        Inherit,
+        Initial,
+        Unset,
+        Word,   ///< `word` is the number of the enum that holds it
+        Number, ///< `number`
+        Length, ///< `number` of `unit`; per cents too
+        Calc,   ///< `terms`: so much of each unit, added up
+        Color,  ///< `rgb`
         CurrentColor,
-        String, Url,  ///< `text`
-        Raw,          ///< `text`, kept as written
-        Function,     ///< `text` is the name, `items` the arguments
-        List,         ///< `items`
-        Unresolved    ///< `text` holds var(); `shorthand` tells of which shorthand it is
+        String,
+        Url,       ///< `text`
+        Raw,       ///< `text`, kept as written
+        Function,  ///< `text` is the name, `items` the arguments
+        List,      ///< `items`
+        Unresolved ///< `text` holds var(); `shorthand` tells of which shorthand it is
     };
 
     Kind kind = Kind::Initial;
@@ -85,7 +89,8 @@ struct Value {
 };
 
 /// A longhand and what it was declared to be.
-struct PropertyValue {
+struct PropertyValue
+{
     PropertyId id;
     Value value;
 };

@@ -80,8 +80,8 @@ std::optional<Value> ValueReader::takeColorFunction()
     }
     const double alpha = std::clamp(percent[3] ? parts[3] / 100 : parts[3], 0.0, 1.0);
     if (hsl)
-        return Value::ofColor(hslColor(parts[0], std::clamp(parts[1] / 100, 0.0, 1.0),
-                                       std::clamp(parts[2] / 100, 0.0, 1.0), alpha));
+        return Value::ofColor(
+            hslColor(parts[0], std::clamp(parts[1] / 100, 0.0, 1.0), std::clamp(parts[2] / 100, 0.0, 1.0), alpha));
     int channels[3];
     for (int i = 0; i < 3; ++i)
         channels[i] = int(std::lround(std::clamp(percent[i] ? parts[i] * 2.55 : parts[i], 0.0, 255.0)));
@@ -141,17 +141,18 @@ std::optional<Value> ValueReader::takeInteger()
 
 namespace {
 
-struct UnitRow {
+struct UnitRow
+{
     const char *name;
     Unit unit;
     double factor;
 };
 
 const UnitRow units[] = {
-    {"px", Unit::Px, 1},          {"pt", Unit::Px, 96.0 / 72}, {"em", Unit::Em, 1},     {"rem", Unit::Rem, 1},
-    {"ex", Unit::Ex, 1},          {"ch", Unit::Ch, 1},         {"cm", Unit::Px, 96 / 2.54}, {"mm", Unit::Px, 96 / 25.4},
-    {"in", Unit::Px, 96},         {"pc", Unit::Px, 16},        {"q", Unit::Px, 96 / 101.6}, {"vw", Unit::Vw, 1},
-    {"vh", Unit::Vh, 1},          {"vmin", Unit::Vmin, 1},     {"vmax", Unit::Vmax, 1},
+    {"px", Unit::Px, 1},  {"pt", Unit::Px, 96.0 / 72}, {"em", Unit::Em, 1},         {"rem", Unit::Rem, 1},
+    {"ex", Unit::Ex, 1},  {"ch", Unit::Ch, 1},         {"cm", Unit::Px, 96 / 2.54}, {"mm", Unit::Px, 96 / 25.4},
+    {"in", Unit::Px, 96}, {"pc", Unit::Px, 16},        {"q", Unit::Px, 96 / 101.6}, {"vw", Unit::Vw, 1},
+    {"vh", Unit::Vh, 1},  {"vmin", Unit::Vmin, 1},     {"vmax", Unit::Vmax, 1},
 };
 
 const UnitRow *unitOf(const QString &name)
@@ -176,7 +177,8 @@ public:
             reader.skip();
             const auto more = product(reader, depth);
             if (!more) return {};
-            for (size_t i = 0; i < unitCount; ++i) (*sum)[i] += minus ? -(*more)[i] : (*more)[i];
+            for (size_t i = 0; i < unitCount; ++i)
+                (*sum)[i] += minus ? -(*more)[i] : (*more)[i];
         }
         return sum;
     }
@@ -203,7 +205,8 @@ private:
             }
             const double factor = (*other)[size_t(Unit::Number)];
             if (divide && factor == 0) return {};
-            for (double &term : *value) term = divide ? term / factor : term * factor;
+            for (double &term : *value)
+                term = divide ? term / factor : term * factor;
         }
         return value;
     }
@@ -213,8 +216,12 @@ private:
         Terms terms{};
         const Token &token = reader.peek();
         switch (token.type) {
-        case TokenType::Number: terms[size_t(Unit::Number)] = token.number; break;
-        case TokenType::Percentage: terms[size_t(Unit::Percent)] = token.number; break;
+        case TokenType::Number:
+            terms[size_t(Unit::Number)] = token.number;
+            break;
+        case TokenType::Percentage:
+            terms[size_t(Unit::Percent)] = token.number;
+            break;
         case TokenType::Dimension: {
             const UnitRow *unit = unitOf(token.text);
             if (!unit) return {};
@@ -227,7 +234,8 @@ private:
         case TokenType::OpenParen:
             if (depth > 30) return {};
             return run(reader.takeFunction(), depth + 1);
-        default: return {};
+        default:
+            return {};
         }
         reader.skip();
         return terms;

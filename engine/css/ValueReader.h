@@ -55,7 +55,8 @@ public:
 private:
     void skipSpace()
     {
-        while (mAt < mEnd && mTokens[mAt].is(TokenType::Whitespace)) ++mAt;
+        while (mAt < mEnd && mTokens[mAt].is(TokenType::Whitespace))
+            ++mAt;
     }
     void next()
     {
