@@ -4,6 +4,7 @@
 #include "base/Clock.h"
 #include "platform/Collection.h"
 #include "platform/Contract.h"
+#include "platform/Enumerations.h"
 #include "support/VariableDump.h"
 
 #include <QDateTime>
@@ -12,8 +13,7 @@
 class ChangeManager;
 class VirtualCommandManager;
 
-/// Views of the document.
-enum class EditViewEnum : int { hvVisualEdit = 0, hvSourceEdit = 1, hvPreview = 2 };
+/// Before the first view is shown.
 inline constexpr EditViewEnum noView = EditViewEnum(-1);
 
 /// The fields of one control, in their declared order, which is that of a failure's dump. They are shared by the concerns

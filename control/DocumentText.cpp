@@ -327,9 +327,9 @@ void DocumentText::SaveFile(bool &Cancel, bool Prompt)
             using platform::MessageBox;
             changes::EditScope::Suspension modal;
             const auto answer = MessageBox::show(
-                mHost.window(), MessageBox::Icon::Question, QStringLiteral("Save changes"),
+                MessageBox::Icon::Question, QStringLiteral("Save changes"),
                 QStringLiteral("Would you like to save your changes to this file ?"),
-                {MessageBox::Button::Yes, MessageBox::Button::No, MessageBox::Button::Cancel});
+                {MessageBox::Button::Yes, MessageBox::Button::No, MessageBox::Button::Cancel}, mHost.window());
             if (answer == MessageBox::Button::Cancel) Cancel = true;
             if (answer != MessageBox::Button::Yes) return;
         }
@@ -338,8 +338,8 @@ void DocumentText::SaveFile(bool &Cancel, bool Prompt)
         mFormat = written.format;
         if (!written.message.isEmpty()) {
             using platform::MessageBox;
-            MessageBox::show(mHost.window(), MessageBox::Icon::Information, QStringLiteral("Save changes"),
-                             written.message, {MessageBox::Button::Ok});
+            MessageBox::show(MessageBox::Icon::Information, QStringLiteral("Save changes"), written.message,
+                             {MessageBox::Button::Ok}, mHost.window());
         }
     });
 }

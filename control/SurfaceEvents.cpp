@@ -90,8 +90,9 @@ void SurfaceEvents::txtHTMLSource_ShowProps()
     trap(module, "txtHTMLSource_ShowProps", &mState, [&] {
         using platform::MessageBox;
         changes::EditScope::Suspension modal;
-        MessageBox::show(mHost.window(), MessageBox::Icon::Information, QStringLiteral("Not available"),
-                         QStringLiteral("Properties not available for this window."), {MessageBox::Button::Ok});
+        MessageBox::show(MessageBox::Icon::Information, QStringLiteral("Not available"),
+                         QStringLiteral("Properties not available for this window."), {MessageBox::Button::Ok},
+                         mHost.window());
     });
 }
 

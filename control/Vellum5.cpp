@@ -527,7 +527,8 @@ void Vellum5::StartUndoBlock(bool Merge, bool PrivateBlock)
 
 void Vellum5::EndUndoBlock(bool Deferred)
 {
-    EditScope scope;
+    // What waits at a deferred end belongs to the block, so it is told when the call has ended and not before.
+    EditScope scope(EditScope::Opening::Quiet);
     mParts->changes.EndUndoBlock(Deferred);
 }
 

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "control/Export.h"
-#include "control/ControlState.h"
+#include "platform/Collection.h"
+#include "platform/Contract.h"
+#include "platform/Enumerations.h"
 #include "platform/HostContainer.h"
 #include "platform/PropertyBag.h"
 
@@ -10,14 +12,9 @@
 #include <memory>
 
 class CodeMax;
-class Changes;
-class Commands;
-class DocumentText;
-class FlatStrip;
-class Container;
-class Splitter;
-class SurfaceEvents;
-class Views;
+class QMimeData;
+class VirtualCommandManager;
+struct ControlState;
 
 /// The control: a WYSIWYG HTML editor that a host places on its form.
 ///

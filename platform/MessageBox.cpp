@@ -1,61 +1,83 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/MessageBox.h"
 
+#include <QApplication>
 #include <QMessageBox>
 
 namespace platform {
 
 namespace {
 
-MessageBox::Handler &handler()
+struct ButtonRow {
+    MessageBox::Button button;
+    const char *name;
+    QMessageBox::StandardButton standard;
+};
+
+constexpr ButtonRow buttonRows[] = {
+    {MessageBox::Button::Ok, "OK", QMessageBox::Ok},          {MessageBox::Button::Cancel, "Cancel", QMessageBox::Cancel},
+    {MessageBox::Button::Yes, "Yes", QMessageBox::Yes},       {MessageBox::Button::No, "No", QMessageBox::No},
+    {MessageBox::Button::Abort, "Abort", QMessageBox::Abort}, {MessageBox::Button::Retry, "Retry", QMessageBox::Retry},
+    {MessageBox::Button::Ignore, "Ignore", QMessageBox::Ignore},
+};
+
+const ButtonRow &rowOf(MessageBox::Button button)
 {
-    static MessageBox::Handler handler;
-    return handler;
+    return buttonRows[int(button)];
 }
 
-QMessageBox::StandardButton standard(MessageBox::Button button)
-{
-    switch (button) {
-    case MessageBox::Button::Ok: return QMessageBox::Ok;
-    case MessageBox::Button::Cancel: return QMessageBox::Cancel;
-    case MessageBox::Button::Yes: return QMessageBox::Yes;
-    case MessageBox::Button::No: return QMessageBox::No;
-    case MessageBox::Button::Retry: return QMessageBox::Retry;
-    }
-    return QMessageBox::Ok;
-}
-
-QMessageBox::Icon picture(MessageBox::Icon icon)
+QMessageBox::Icon standardIcon(MessageBox::Icon icon)
 {
     switch (icon) {
-    case MessageBox::Icon::Information: return QMessageBox::Information;
-    case MessageBox::Icon::Warning: return QMessageBox::Warning;
-    case MessageBox::Icon::Question: return QMessageBox::Question;
-    case MessageBox::Icon::Error: return QMessageBox::Critical;
-    case MessageBox::Icon::None: break;
+    case MessageBox::Icon::Information:
+        return QMessageBox::Information;
+    case MessageBox::Icon::Question:
+        return QMessageBox::Question;
+    case MessageBox::Icon::Warning:
+        return QMessageBox::Warning;
+    case MessageBox::Icon::Critical:
+        break;
     }
-    return QMessageBox::NoIcon;
+    return QMessageBox::Critical;
 }
 
-MessageBox::Button ask(QWidget *parent, const MessageBox::Request &request)
+MessageBox::Button showRealBox(const MessageBox::Request &request)
 {
-    QMessageBox box(picture(request.icon), request.caption, request.text, QMessageBox::NoButton, parent);
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance())) return request.escapeButton();
+    QMessageBox::StandardButtons buttons;
+    for (MessageBox::Button button : request.buttons) buttons |= rowOf(button).standard;
+    QMessageBox box(standardIcon(request.icon), request.caption, request.text, buttons, request.parent);
     box.setTextFormat(Qt::PlainText);
-    for (const MessageBox::Button button : request.buttons) box.addButton(standard(button));
-    box.setEscapeButton(standard(MessageBox::escapeButton(request.buttons)));
+    box.setEscapeButton(rowOf(request.escapeButton()).standard);
     const int answer = box.exec();
-    for (const MessageBox::Button button : request.buttons)
-        if (standard(button) == answer) return button;
-    return MessageBox::escapeButton(request.buttons);
+    for (MessageBox::Button button : request.buttons) {
+        if (rowOf(button).standard == answer) return button;
+    }
+    return request.escapeButton();
+}
+
+MessageBox::Handler &handler()
+{
+    static MessageBox::Handler current;
+    return current;
 }
 
 } // namespace
 
-MessageBox::Button MessageBox::show(QWidget *parent, Icon icon, const QString &caption, const QString &text,
-                                    const std::vector<Button> &buttons)
+MessageBox::Button MessageBox::Request::escapeButton() const
 {
-    const Request request{icon, caption, text, buttons};
-    return handler() ? handler()(parent, request) : ask(parent, request);
+    for (Button wanted : {Button::Cancel, Button::No}) {
+        if (std::find(buttons.begin(), buttons.end(), wanted) != buttons.end()) return wanted;
+    }
+    return buttons.empty() ? Button::Ok : buttons.back();
+}
+
+MessageBox::Button MessageBox::show(Icon icon, const QString &caption, const QString &text,
+                                    const std::vector<Button> &buttons, QWidget *parent)
+{
+    const Request request{icon, caption, text, buttons, parent};
+    const Handler current = handler(); // the handler may put another in its place
+    return current ? current(request) : showRealBox(request);
 }
 
 MessageBox::Handler MessageBox::setHandler(Handler newHandler)
@@ -63,36 +85,24 @@ MessageBox::Handler MessageBox::setHandler(Handler newHandler)
     return std::exchange(handler(), std::move(newHandler));
 }
 
-MessageBox::Button MessageBox::escapeButton(const std::vector<Button> &buttons)
+QString MessageBox::name(Button button)
 {
-    for (const Button wanted : {Button::Cancel, Button::No})
-        for (const Button button : buttons)
-            if (button == wanted) return button;
-    return buttons.empty() ? Button::Ok : buttons.front();
+    return QLatin1String(rowOf(button).name);
 }
 
-QString MessageBox::buttonText(Button button)
-{
-    switch (button) {
-    case Button::Ok: return QStringLiteral("OK");
-    case Button::Cancel: return QStringLiteral("Cancel");
-    case Button::Yes: return QStringLiteral("Yes");
-    case Button::No: return QStringLiteral("No");
-    case Button::Retry: return QStringLiteral("Retry");
-    }
-    return {};
-}
-
-QString MessageBox::iconText(Icon icon)
+QString MessageBox::name(Icon icon)
 {
     switch (icon) {
-    case Icon::Information: return QStringLiteral("information");
-    case Icon::Warning: return QStringLiteral("warning");
-    case Icon::Question: return QStringLiteral("question");
-    case Icon::Error: return QStringLiteral("error");
-    case Icon::None: break;
+    case Icon::Information:
+        return QStringLiteral("information");
+    case Icon::Question:
+        return QStringLiteral("question");
+    case Icon::Warning:
+        return QStringLiteral("warning");
+    case Icon::Critical:
+        break;
     }
-    return QStringLiteral("none");
+    return QStringLiteral("critical");
 }
 
 } // namespace platform

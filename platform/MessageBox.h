@@ -9,29 +9,35 @@ class QWidget;
 
 namespace platform {
 
-/// The one door for message boxes: a box is shown by a handler that tests and the script mode replace.
+/// The one way in which the control shows a message box.
 class MessageBox
 {
 public:
-    enum class Icon { None, Information, Warning, Question, Error };
-    enum class Button { Ok, Cancel, Yes, No, Retry };
+    enum class Icon { Information, Question, Warning, Critical };
+    enum class Button { Ok, Cancel, Yes, No, Abort, Retry, Ignore };
+
     struct Request {
-        Icon icon;
+        Icon icon = Icon::Information;
         QString caption;
         QString text;
-        std::vector<Button> buttons;
-    };
-    using Handler = std::function<Button(QWidget *, const Request &)>;
+        std::vector<Button> buttons{Button::Ok};
+        QWidget *parent = nullptr;
 
-    /// Shows the box modally and gives the button pressed. Closing it is its escape button: Cancel, else No, else the
-    /// only one.
-    static Button show(QWidget *parent, Icon icon, const QString &caption, const QString &text,
-                       const std::vector<Button> &buttons);
-    /// Gives the handler before; an empty one brings the real box back.
+        /// What Escape and the window's close button answer: Cancel, else No, else the only or the last button.
+        Button escapeButton() const;
+    };
+
+    /// Shows the box and waits for the answer. Without an application that has windows it answers its escape button.
+    static Button show(Icon icon, const QString &caption, const QString &text,
+                       const std::vector<Button> &buttons = {Button::Ok}, QWidget *parent = nullptr);
+
+    using Handler = std::function<Button(const Request &)>;
+    /// Puts another in place of the real box; an empty one brings it back. Gives the one before.
     static Handler setHandler(Handler handler);
-    static Button escapeButton(const std::vector<Button> &buttons);
-    static QString buttonText(Button button);
-    static QString iconText(Icon icon);
+
+    /// "OK", "Cancel", "Yes" …, and "warning", "question" …
+    static QString name(Button button);
+    static QString name(Icon icon);
 };
 
 } // namespace platform

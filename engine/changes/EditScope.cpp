@@ -20,11 +20,11 @@ int loopLevel()
 
 } // namespace
 
-EditScope::EditScope() : mOldDepth(depth), mOldLoopLevel(loopLevelOfScope)
+EditScope::EditScope(Opening opening) : mOldDepth(depth), mOldLoopLevel(loopLevelOfScope)
 {
     mOutermost = depth == 0 || loopLevel() > loopLevelOfScope;
     if (mOutermost) {
-        Waiting::tell();
+        if (opening == Opening::Tells) Waiting::tell();
         loopLevelOfScope = loopLevel();
     }
     ++depth;

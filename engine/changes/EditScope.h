@@ -16,7 +16,9 @@ class ChangeTracker;
 class EditScope
 {
 public:
-    EditScope();
+    /// Quiet: what waits is told at the end only.
+    enum class Opening { Tells, Quiet };
+    explicit EditScope(Opening opening = Opening::Tells);
     ~EditScope();
     EditScope(const EditScope &) = delete;
     EditScope &operator=(const EditScope &) = delete;

@@ -6,6 +6,7 @@
 
 #include <QAbstractScrollArea>
 #include <QPointer>
+#include <functional>
 #include <memory>
 
 namespace changes {
@@ -13,9 +14,6 @@ class ChangeTracker;
 }
 namespace editing {
 class Editor;
-}
-namespace layout {
-class LayoutTree;
 }
 
 namespace surface {
@@ -80,13 +78,22 @@ public:
     bool undo();
     bool redo();
 
+    /// Whether objects are selected, not text.
+    bool isControlSelected() const;
+    /// Reads the text behind an address that a navigation goes to; fails with `base::Error`. The control gives it.
+    std::function<QString(const QString &url)> readText;
+
     // Inside, for the folders that wire the surface to the rest and for checks.
     LoadedDocument *loaded() const { return mLoaded.get(); }
     changes::ChangeTracker *tracker() const;
     editing::Editor *editor() const;
-    View &view() { return *mView; }
+    View &view() const { return *mView; }
+    /// The element at a client point; null outside.
+    dom::Element *elementAt(QPoint client) const;
 
 Q_SIGNALS:
+    /// A new document, made of `text`, has taken the place of the old one; nobody has touched it yet.
+    void documentLoaded(const QString &text);
     void documentComplete(const QString &url);
     void beforeNavigate(const surface::Navigation &navigation, bool &cancel);
     void navigateComplete();

@@ -1,0 +1,399 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "control/Vellum5.h"
+
+#include "control/Published.h"
+#include "control/Vellum5Parts.h"
+#include "core/modMain.h"
+#include "engine/changes/EditScope.h"
+#include "platform/HotKeys.h"
+#include "support/FailureTrap.h"
+#include "support/InstanceCounts.h"
+#include "support/WindowPositionStore.h"
+
+#include <QStyleOption>
+#include <QStylePainter>
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+using changes::EditScope;
+using support::trap;
+
+// How a control starts, keeps its properties, shows, and ends.
+
+namespace {
+
+constexpr char module[] = "Vellum5";
+constexpr uint white = 0xFFFFFF;
+
+QString setting(const char *name)
+{
+    return modMain::GetAppValue(QLatin1String(name), QString()).toString();
+}
+
+} // namespace
+
+Vellum5::Parts::Parts(Vellum5 &control)
+    : host(control), splitMain(new Splitter(Qt::Horizontal, &control)), conEditors(new Container(&control)),
+      splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)), txtHTMLSource(new CodeMax(conEditors)),
+      strip(new FlatStrip(&control)), text(state, host, *ed, *txtHTMLSource),
+      views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
+      events(state, host, *ed), changes(state, host, *ed, *txtHTMLSource, events),
+      commands(host, state.mSpecificElement)
+{
+}
+
+Vellum5::Vellum5(QWidget *parent) : QWidget(parent), mParts(std::make_unique<Parts>(*this))
+{
+    EditScope scope;
+    UserControl_Initialize(nullptr);
+    UserControl_InitProperties();
+}
+
+Vellum5::Vellum5(PropertyBag &Bag, QWidget *parent, HostContainer *Container)
+    : QWidget(parent), mParts(std::make_unique<Parts>(*this))
+{
+    EditScope scope;
+    UserControl_Initialize(Container);
+    UserControl_ReadProperties(Bag);
+}
+
+Vellum5::~Vellum5()
+{
+    UserControl_Terminate();
+}
+
+void Vellum5::UserControl_Initialize(HostContainer *Container)
+{
+    modMain::Main();
+    publishControl();
+    trap(module, "Usercontrol_Initialize", &mParts->state, [&] {
+        mParts->host.container = Container;
+        mParts->state.mCommandManager = std::make_shared<VirtualCommandManager>();
+        mParts->state.mOutputDebugStrings = mParts->debug.isOn();
+        mParts->splitMain->hide();
+        mParts->splitPageMap->setPositionMode(Splitter::PositionMode::SecondPanePixels);
+        mParts->splitPageMap->hide();
+        mParts->strip->addTab(QStringLiteral("normal"), tr("Normal"));
+        mParts->strip->addTab(QStringLiteral("htmlsource"), tr("HTML"));
+        mParts->strip->addTab(QStringLiteral("preview"), tr("Preview"));
+        mParts->strip->setSelectedTab(QStringLiteral("normal"));
+        mParts->txtHTMLSource->hide();
+        setFocusProxy(nullptr);
+        wireChildren();
+    });
+}
+
+void Vellum5::wireChildren()
+{
+    Parts &p = *mParts;
+    p.text.UpdateCurrentView = [&p](bool PostContent) { p.views.UpdateCurrentView(PostContent); };
+    p.text.CreateNewChangeManager = [&p] { p.changes.CreateNewChangeManager(); };
+    p.text.KillChangeManager = [&p] { p.changes.KillChangeManager(); };
+    p.events.ShutDownBeforeReload = [&p] { p.text.ShutDownBeforeReload(); };
+
+    connect(p.ed, &HTMLEditor::documentComplete, this, [&p](const QString &url) {
+        EditScope scope;
+        p.text.ed_DocumentComplete(url);
+    });
+    connect(p.ed, &HTMLEditor::beforeNavigate, this,
+            [&p](const surface::Navigation &navigation, bool &Cancel) { p.events.ed_BeforeNavigate(navigation, Cancel); });
+    connect(p.ed, &HTMLEditor::navigateComplete, this, [&p] { p.events.ed_NavigateComplete(); });
+    connect(p.ed, &HTMLEditor::elementEvent, this, [&p](int id, dom::EventObject *event, bool &CancelDefault) {
+        p.events.ed_ElementEvent(id, event, CancelDefault);
+    });
+    connect(p.ed, &HTMLEditor::commandStateChange, this,
+            [&p](int command, bool enable) { p.events.ed_CommandStateChange(command, enable); });
+    connect(p.ed, &HTMLEditor::cellSelectionChanged, this, &Vellum5::CellSelectionChanged);
+    connect(p.ed, &HTMLEditor::undoRequested, this, &Vellum5::Undo);
+    connect(p.ed, &HTMLEditor::redoRequested, this, &Vellum5::Redo);
+    connect(p.txtHTMLSource, &CodeMax::Change, this, [&p] {
+        EditScope scope;
+        p.events.txtHTMLSource_Change();
+    });
+    connect(p.txtHTMLSource, &CodeMax::SelChange, this, [&p] { p.events.txtHTMLSource_SelChange(); });
+    connect(p.txtHTMLSource, &CodeMax::ShowProps, this, [&p] { p.events.txtHTMLSource_ShowProps(); });
+    connect(p.strip, &FlatStrip::Change, this, [&p](int NewTab) {
+        EditScope scope;
+        p.views.FlatStrip_Change(NewTab);
+    });
+    connect(p.conEditors, &Container::Resize, this,
+            [&p](int Width, int Height) { p.views.conEditors_Resize(Width, Height); });
+
+    p.commands.add(QStringLiteral("EditUndo"), [&p] { p.changes.Undo(); });
+    p.commands.add(QStringLiteral("EditRedo"), [&p] { p.changes.Redo(); });
+    p.commands.add(QStringLiteral("ViewNormal"), [&p] { p.views.setEditView(EditViewEnum::hvVisualEdit); });
+    p.commands.add(QStringLiteral("ViewSource"), [&p] { p.views.setEditView(EditViewEnum::hvSourceEdit); });
+    p.commands.add(QStringLiteral("ViewPreview"), [&p] { p.views.setEditView(EditViewEnum::hvPreview); });
+}
+
+void Vellum5::Initialise()
+{
+    trap(module, "Initialise", &mParts->state, [&] {
+        ControlState &state = mParts->state;
+        if (!IsUserMode() || state.mInitialised) return;
+        // The style draws the frame; where it draws none there is nothing to be themed.
+        state.mThemed = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this) > 0;
+        modMain::mAutoFormatHTML = true;
+        state.mLoadingEd = true;
+        if (modMain::mAppName.isEmpty()) modMain::mAppName = QStringLiteral("BrimVellumPad");
+        state.mDynamicSpellCheck =
+            support::SettingsStore::instance().read(support::SettingsRoot::CurrentUser,
+                                                    QStringLiteral("Software\\Brimfield\\VellumPad"),
+                                                    QStringLiteral("DynamicSpell")) == QLatin1String("True");
+        mParts->host.setCommandChecked(QStringLiteral("ToolsAutoSpell"), state.mDynamicSpellCheck);
+        state.mCurrentEditView = noView;
+        ++modMain::mInstanceCount;
+        state.mStylesheets = std::make_shared<platform::Collection>();
+        mParts->ed->setShowDetails(state.mShowDetails);
+        QString path = support::moduleFileName() + QStringLiteral("/waveyred.gif");
+        static const QRegularExpression developmentHost(QStringLiteral("vb.?\\.exe/waveyred\\.gif$"));
+        if (developmentHost.match(path.toLower()).hasMatch())
+            path = QCoreApplication::applicationDirPath() + QStringLiteral("\\VellumKit5.ocx/waveyred.gif");
+        state.mSpellImagePath = path;
+        setShowPropertySheet(state.mShowPropertySheet);
+        HotKeys::global().add(137, QKeySequence(Qt::CTRL | Qt::Key_A));
+        HotKeys::global().removeAll(178);
+        HotKeys::global().removeAll(169);
+        for (const int option : {7, 8, 1}) mParts->ed->setNumberedOption(option, true);
+        state.mHTMLSourceChanged = true;
+        mParts->views.setEditView(EditViewEnum::hvVisualEdit);
+        support::WindowPositionStore::instance().setRootKey(QStringLiteral("Software\\Brimfield\\Vellum"));
+        state.mInitialised = true;
+    });
+}
+
+void Vellum5::UserControl_InitProperties()
+{
+    trap(module, "UserControl_InitProperties", &mParts->state, [&] {
+        Initialise();
+        setBackColor(white);
+        setBorderStyle(1);
+        mParts->state.mShowFlatStrip = true;
+        mParts->state.mBodyMode = false;
+        mParts->state.mShowDetails = false;
+        mParts->state.mShowPropertySheet = false;
+        mParts->state.mShowPreviewButton = true;
+        mParts->state.mEditMode = 1;
+        mParts->ed->setEditMode(dom::EditMode::Edit);
+        mParts->views.UserControl_Resize();
+    });
+}
+
+void Vellum5::UserControl_ReadProperties(PropertyBag &Bag)
+{
+    trap(module, "UserControl_ReadProperties", &mParts->state, [&] {
+        const auto flag = [&Bag](const char *name, bool byDefault) {
+            return PropertyBag::toBoolean(Bag.ReadProperty(QLatin1String(name), byDefault));
+        };
+        ControlState &state = mParts->state;
+        Initialise();
+        if (IsUserMode()) mParts->strip->show();
+        state.mBaseURL = Bag.ReadProperty(QStringLiteral("BaseURL"), QString()).toString();
+        state.mShowFlatStrip = flag("ShowFlatStrip", true);
+        state.mBodyMode = flag("BodyMode", false);
+        setShowDetails(flag("ShowDetails", false));
+        setShowPropertySheet(flag("ShowPropertySheet", false));
+        state.mEnableLinkClicks = flag("EnableLinkClicks", false);
+        state.mShowPreviewButton = flag("ShowPreviewButton", true);
+        // COMPAT: the colour is kept in the bag and never read; every load shows white.
+        setBackColor(white);
+        setBorderStyle(Bag.ReadProperty(QStringLiteral("BorderStyle"), 1).toInt());
+        mParts->ed->setAutoSelectEditableSpans(flag("AutoSelectEditableSpans", false));
+        state.mEditMode = std::clamp(Bag.ReadProperty(QStringLiteral("EditMode"), 1).toInt(), 0, 2);
+        mParts->ed->setEditMode(dom::EditMode(state.mEditMode));
+        mParts->strip->setVisible(state.mShowFlatStrip);
+        mParts->strip->setTabVisible(QStringLiteral("preview"), state.mShowPreviewButton);
+        state.mShowPageMap = flag("ShowPageMap", false);
+        state.mShowTagBar = flag("ShowTagBar", false);
+        mParts->views.UserControl_Resize();
+    });
+}
+
+void Vellum5::WriteProperties(PropertyBag &Bag) const
+{
+    trap(module, "UserControl_WriteProperties", &mParts->state, [&] {
+        const ControlState &state = mParts->state;
+        const auto write = [&Bag](const char *name, const QVariant &value, const QVariant &byDefault) {
+            Bag.WriteProperty(QLatin1String(name), value, byDefault);
+        };
+        write("BaseURL", state.mBaseURL, QString());
+        write("ShowFlatStrip", state.mShowFlatStrip, true);
+        // COMPAT: as the boolean's text; whoever reads it converts.
+        write("BodyMode", modMain::booleanText(state.mBodyMode), modMain::booleanText(false));
+        write("ShowDetails", state.mShowDetails, false);
+        write("ShowPropertySheet", state.mShowPropertySheet, false);
+        write("EditMode", state.mEditMode, 1);
+        write("EnableLinkClicks", state.mEnableLinkClicks, false);
+        write("ShowPreviewButton", state.mShowPreviewButton, true);
+        write("BorderStyle", state.mBorderStyle, 1);
+        write("BackColor", state.mBackColor, white);
+        write("ShowPageMap", state.mShowPageMap, false);
+        write("ShowTagBar", state.mShowTagBar, false);
+        write("AutoSelectEditableSpans", mParts->ed->autoSelectEditableSpans(), false);
+    });
+}
+
+void Vellum5::UserControl_Show()
+{
+    trap(module, "UserControl_Show", &mParts->state, [&] {
+        if (!IsUserMode()) return;
+        mParts->state.mVisible = true;
+        mParts->conEditors->show();
+        mParts->ed->setShowDetails(setting("ShowDetails") == QLatin1String("True"));
+        mParts->host.setCommandChecked(QStringLiteral("ViewShowAll"), mParts->ed->showDetails());
+        mParts->ed->setShowBorders(setting("ShowBorders") != QLatin1String("False"));
+        mParts->host.setCommandChecked(QStringLiteral("ViewShowBorders"), mParts->ed->showBorders());
+    });
+}
+
+void Vellum5::UserControl_Hide()
+{
+    trap(module, "UserControl_Hide", &mParts->state, [&] { mParts->state.mVisible = false; });
+}
+
+void Vellum5::Terminate()
+{
+    EditScope scope;
+    trap(module, "Terminate", &mParts->state, [&] {
+        ControlState &state = mParts->state;
+        if (state.mTerminating || state.mTerminated) return;
+        state.mTerminating = true;
+        mParts->text.ResetNavSound();
+        mParts->events.timChange.setEnabled(false);
+        mParts->timSpellCheck.setEnabled(false);
+        state.mStylesheets = std::make_shared<platform::Collection>();
+        state.mSpellChoiceElement = nullptr;
+        if (state.mChangeManager) state.mChangeManager->Terminate();
+        mParts->eventProxy.reset();
+        state.mCommandManager.reset();
+        state.mSpecificElement = nullptr;
+        state.mTerminating = false;
+        state.mTerminated = true;
+        OutputDebugString(QStringLiteral("Terminate completed"));
+    });
+}
+
+void Vellum5::UserControl_Terminate()
+{
+    trap(module, "Usercontrol_Terminate", &mParts->state, [&] {
+        if (!mParts->state.mTerminated) {
+            OutputDebugString(QStringLiteral("**Warning** Terminate has not been explicitly called on this Vellum instance "
+                                             "- calling from UserControl_Terminate"));
+            Terminate();
+        }
+        if (mParts->state.mInitialised) --modMain::mInstanceCount;
+        OutputDebugString(QStringLiteral("UserControl_Terminate completed"));
+    });
+    // Children die before the concerns that they would call.
+    for (QObject *child : {static_cast<QObject *>(mParts->ed), static_cast<QObject *>(mParts->txtHTMLSource),
+                           static_cast<QObject *>(mParts->strip), static_cast<QObject *>(mParts->conEditors)})
+        child->disconnect(this);
+}
+
+bool Vellum5::IsUserMode() const
+{
+    return mParts->host.IsUserMode();
+}
+
+void Vellum5::OutputDebugString(const QString &Text) const
+{
+    if (mParts->state.mOutputDebugStrings) mParts->debug.OutputDebugString(Text);
+}
+
+void Vellum5::tellHost(const char *Name)
+{
+    const QString name = QLatin1String(Name);
+    if (mParts->host.container) mParts->host.container->PropertyChanged(name);
+    Q_EMIT PropertyChanged(name);
+}
+
+// The widget
+
+void Vellum5::resizeEvent(QResizeEvent *)
+{
+    mParts->views.UserControl_Resize();
+}
+
+void Vellum5::showEvent(QShowEvent *)
+{
+    EditScope scope;
+    UserControl_Show();
+}
+
+void Vellum5::hideEvent(QHideEvent *)
+{
+    EditScope scope;
+    UserControl_Hide();
+}
+
+void Vellum5::paintEvent(QPaintEvent *)
+{
+    if (!mParts->state.mThemed || mParts->state.mBorderStyle != 1) return;
+    QStylePainter painter(this);
+    QStyleOptionFrame option;
+    option.initFrom(this);
+    option.frameShape = QFrame::StyledPanel;
+    option.lineWidth = 1;
+    option.state |= QStyle::State_Sunken;
+    painter.drawPrimitive(QStyle::PE_Frame, option);
+}
+
+void Vellum5::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::StyleChange || event->type() == QEvent::LayoutDirectionChange)
+        mParts->views.UserControl_Resize();
+}
+
+// The host's window to the control
+
+bool ControlHost::IsUserMode() const
+{
+    return !container || container->UserMode();
+}
+
+bool ControlHost::ExtenderVisible(bool ifUnknown) const
+{
+    bool visible = ifUnknown;
+    support::attempt([&] { visible = container ? container->Visible() : !mControl.isHidden(); });
+    return visible;
+}
+
+IHTMLDocument2 *ControlHost::mDoc() const
+{
+    return mControl.parts().text.mDoc();
+}
+
+void ControlHost::setCommandChecked(const QString &Name, bool Checked)
+{
+    if (mControl.state().mCommandManager) mControl.state().mCommandManager->setCommandChecked(Name, Checked);
+}
+
+void ControlHost::setCommandVisible(const QString &Name, bool Visible)
+{
+    if (mControl.state().mCommandManager) mControl.state().mCommandManager->setCommandVisible(Name, Visible);
+}
+
+bool ControlHost::UndoEnabled() const
+{
+    return mControl.parts().changes.UndoEnabled();
+}
+
+bool ControlHost::RedoEnabled() const
+{
+    return mControl.parts().changes.RedoEnabled();
+}
+
+void ControlHost::RefreshTools()
+{
+    support::trap("Vellum5", "RefreshTools", &mControl.state(), [&] {
+        ControlState &state = mControl.state();
+        if (state.MouseIsDown || state.mTerminated || state.mTerminating || !state.mCommandManager) return;
+        if (!ExtenderVisible(true)) return;
+        state.mCommandManager->setCommandEnabled(QStringLiteral("EditUndo"), UndoEnabled() && !state.mLocked);
+        state.mCommandManager->setCommandEnabled(QStringLiteral("EditRedo"), RedoEnabled() && !state.mLocked);
+        Q_EMIT mControl.ToolsRefreshed();
+    });
+}

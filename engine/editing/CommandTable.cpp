@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/editing/CommandTable.h"
+
+#include "engine/dom/Document.h"
+
+namespace editing {
+
+namespace {
+
+using Context = CommandContext;
+
+bool hasBody(const Context &c)
+{
+    return c.editor.document().body() != nullptr;
+}
+
+bool canUndo(const Context &c)
+{
+    return c.canUndo ? c.canUndo() : c.editor.tracker().canUndo();
+}
+
+bool canRedo(const Context &c)
+{
+    return c.canRedo ? c.canRedo() : c.editor.tracker().canRedo();
+}
+
+bool undo(const Context &c, const QString &)
+{
+    c.undo ? c.undo() : c.editor.tracker().undo();
+    return true;
+}
+
+bool redo(const Context &c, const QString &)
+{
+    c.redo ? c.redo() : c.editor.tracker().redo();
+    return true;
+}
+
+const Command table[] = {
+    {"insertText", nullptr, nullptr, nullptr,
+     [](const Context &c, const QString &text) { return c.editor.insertText(text); }},
+    {"insertParagraph", nullptr, nullptr, nullptr,
+     [](const Context &c, const QString &) { return c.editor.insertParagraph(); }},
+    {"insertLineBreak", nullptr, nullptr, nullptr,
+     [](const Context &c, const QString &) { return c.editor.insertLineBreak(); }},
+    {"delete", nullptr, nullptr, nullptr,
+     [](const Context &c, const QString &) { return c.editor.deleteBackward(); }},
+    {"forwardDelete", nullptr, nullptr, nullptr,
+     [](const Context &c, const QString &) { return c.editor.deleteForward(); }},
+    {"selectAll", hasBody, nullptr, nullptr, [](const Context &c, const QString &) { return c.editor.selectAll(); }},
+    {"undo", canUndo, nullptr, nullptr, undo},
+    {"redo", canRedo, nullptr, nullptr, redo},
+};
+
+} // namespace
+
+std::span<const Command> CommandTable::rows()
+{
+    return table;
+}
+
+const Command *CommandTable::find(const QString &name)
+{
+    for (const Command &row : table)
+        if (name.compare(QLatin1String(row.name), Qt::CaseInsensitive) == 0) return &row;
+    return nullptr;
+}
+
+bool CommandTable::isPossible(const Command &command, const CommandContext &context)
+{
+    return command.possible ? command.possible(context) : context.editor.canEdit();
+}
+
+State CommandTable::state(const Command &command, const CommandContext &context)
+{
+    return command.state ? command.state(context) : State::Off;
+}
+
+QString CommandTable::value(const Command &command, const CommandContext &context)
+{
+    return command.value ? command.value(context) : QString();
+}
+
+bool CommandTable::run(const Command &command, const CommandContext &context, const QString &argument)
+{
+    return isPossible(command, context) && command.run(context, argument);
+}
+
+} // namespace editing

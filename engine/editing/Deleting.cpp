@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/dom/Names.h"
+#include "engine/editing/Operation.h"
+
+namespace editing {
+
+using namespace dom;
+using namespace ranges;
+using changes::Kind;
+
+bool Operation::removeSpan(const Span &span)
+{
+    mBlanks.note(span.start, span.end);
+    finish(mRemoval.remove(span));
+    return true;
+}
+
+bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
+{
+    Position other;
+    switch (unit) {
+    case Unit::Character: other = forward ? mMovement.nextCharacter(p) : mMovement.previousCharacter(p); break;
+    case Unit::Word: other = forward ? mMovement.nextWord(p) : mMovement.previousWord(p); break;
+    case Unit::ToBlockEdge: other = forward ? mMovement.endOfBlock(p) : mMovement.startOfBlock(p); break;
+    }
+    const Span span = forward ? Span{p, other} : Span{other, p};
+    if (span.isEmpty() || !mRemoval.isWithinBlock(span)) {
+        if (unit == Unit::ToBlockEdge) return false;
+        mTracker.setKind(Kind::Command);
+        return joinOver(p, forward);
+    }
+    const bool overBreak = (forward ? mContent.visibleAfter(p) : mContent.visibleBefore(p)).isBreak();
+    mBlanks.note(span.start, span.end);
+    LivePosition caret(mSelection.keeper(), mRemoval.remove(span));
+    if (overBreak && !mContent.pastBlanksBefore(caret).isLineEdge()) {
+        // `a<br>|<br>`: the second only kept the line that goes.
+        const Item next = mContent.pastBlanksAfter(caret);
+        if (mContent.isFinalBreak(next)) mTracker.remove(*next.node);
+    }
+    finish(caret);
+    return true;
+}
+
+/// The first item of a list leaves it: `<ul><li>|a</li></ul>` becomes `<p>|a</p>`.
+bool Operation::leaveListAtStart(const Position &p)
+{
+    Item edge = mContent.pastBlanksBefore(p);
+    for (; edge.kind == Item::Kind::Edge && edge.start; edge = mContent.pastBlanksBefore(edge.far)) {
+        Element &element = *edge.element();
+        if (isCell(element)) return false;
+        if (!element.is(names::li)) continue;
+        if (element.previousElementSibling()) return false;
+        LivePosition caret(mSelection.keeper(), p);
+        const bool empty = isBlankBlock(element);
+        const Position start = mEdits.leaveList(element);
+        finish(empty ? start : caret.position());
+        return true;
+    }
+    return false;
+}
+
+bool Operation::takeAway(Element &element, const Position &caret)
+{
+    LivePosition p(mSelection.keeper(), caret);
+    mBlanks.note(caret, caret);
+    Element *parent = element.parentElement();
+    mTracker.remove(element);
+    mEdits.removeEmptied(parent, *p.position().node);
+    finish(p);
+    return true;
+}
+
+/// Backspace at a block's start, Delete at its end.
+bool Operation::joinOver(const Position &p, bool forward)
+{
+    if (!forward && leaveListAtStart(p)) return true;
+    const auto pastBlanks = [&](const Position &at) {
+        return forward ? mContent.pastBlanksAfter(at) : mContent.pastBlanksBefore(at);
+    };
+    Element *here = mContent.container(p);
+    const bool blankHere = !mEdits.isFixed(*here) && isBlankBlock(*here);
+    const auto removeHere = [&](const Position &to) {
+        LivePosition caret(mSelection.keeper(), to);
+        Element *parent = here->parentElement();
+        mTracker.remove(*here);
+        mEdits.removeEmptied(parent, *to.node);
+        finish(caret);
+        return true;
+    };
+    Item item = pastBlanks(p);
+    if (forward && mContent.isFinalBreak(item)) item = pastBlanks(item.far);
+    while (item.isEdge()) {
+        if (item.kind == Item::Kind::End) return false;
+        Element &element = *item.element();
+        if (item.isObject()) return takeAway(element, p);
+        if (item.start != forward) { // out of a block
+            if (isCell(element)) return false;
+            item = pastBlanks(item.far);
+            continue;
+        }
+        if (element.is(names::table)) {
+            if (!blankHere) return takeAway(element, p);
+            return removeHere(forward ? mMovement.nextCharacter(p) : mMovement.previousCharacter(p));
+        }
+        const Position beyond = forward ? Position::after(element) : Position::before(element);
+        if (isBlankBlock(element)) {
+            if (mContent.takesCaretEmpty(element) || !mContent.isEmpty(element)) return takeAway(element, p);
+            item = pastBlanks(beyond); // nobody sees it
+            continue;
+        }
+        item = pastBlanks(item.far);
+    }
+    Position other = mContent.normalised(item.near);
+    if (!forward && mContent.isFinalBreak(item)) other = item.far;
+    if (blankHere) return removeHere(mContent.normalised(other));
+    return removeSpan(forward ? Span{p, other} : Span{other, p});
+}
+
+} // namespace editing

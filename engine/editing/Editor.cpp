@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/editing/Editor.h"
+
+#include "engine/dom/Document.h"
+#include "engine/editing/Operation.h"
+
+namespace editing {
+
+using namespace dom;
+using namespace ranges;
+using changes::ChangeTracker;
+using changes::Kind;
+
+Editor::Editor(ChangeTracker &tracker, SelectionObject &selection, const Rendering &rendering)
+    : mTracker(tracker), mSelection(selection), mRendering(&rendering)
+{
+}
+
+namespace {
+
+Element *hostOf(const SelectionObject &selection)
+{
+    switch (selection.type()) {
+    case SelectionObject::Type::None: return nullptr;
+    case SelectionObject::Type::Text: {
+        Element *host = editingHost(*selection.focus().node);
+        return host && editingHost(*selection.anchor().node) == host ? host : nullptr;
+    }
+    case SelectionObject::Type::Control: break;
+    }
+    // An object is edited by what is around it.
+    Element *host = nullptr;
+    for (const auto &element : selection.elements()) {
+        Element *around = element->parentElement() ? editingHost(*element->parentElement()) : nullptr;
+        if (!around || (host && around != host)) return nullptr;
+        host = around;
+    }
+    return host;
+}
+
+/// `text` without what no text can hold.
+QString cleaned(const QString &text)
+{
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c == u'\r') {
+            if (i + 1 >= text.size() || text[i + 1] != u'\n') out.append(u'\n');
+        } else if (c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            out.append(c);
+            out.append(text[++i]);
+        } else if (c.isSurrogate()) {
+            out.append(QChar::ReplacementCharacter);
+        } else if (c.unicode() >= 0x20 ? c.unicode() != 0x7F : c == u'\n' || c == u'\t') {
+            out.append(c);
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+bool Editor::canEdit() const
+{
+    return hostOf(mSelection) != nullptr;
+}
+
+bool Editor::insertText(const QString &given)
+{
+    Element *host = hostOf(mSelection);
+    const QString text = cleaned(given);
+    if (!host || text.isEmpty()) return false;
+    Operation operation(*this, *host);
+    ChangeTracker::Step step(mTracker, Kind::TextIn);
+    Span span = operation.span();
+    if (mSelection.type() == SelectionObject::Type::Control) {
+        const Position p = operation.removeObjects();
+        span = {p, p};
+    }
+    const bool done = operation.type(text, span);
+    if (!done) return false; // the step takes back what was done
+    step.done();
+    if (mTypedBlank.node && mTypedBlank.records == ~0ull) mTypedBlank.records = mTracker.recordCount();
+    return true;
+}
+
+bool Editor::insertParagraph()
+{
+    Element *host = hostOf(mSelection);
+    if (!host) return false;
+    Operation operation(*this, *host);
+    ChangeTracker::Step step(mTracker, Kind::Command);
+    Span span = operation.span();
+    if (mSelection.type() == SelectionObject::Type::Control) {
+        const Position p = operation.removeObjects();
+        span = {p, p};
+    }
+    if (!operation.breakParagraph(span)) return false;
+    step.done();
+    return true;
+}
+
+bool Editor::insertLineBreak()
+{
+    Element *host = hostOf(mSelection);
+    if (!host) return false;
+    Operation operation(*this, *host);
+    ChangeTracker::Step step(mTracker, Kind::Command);
+    Span span = operation.span();
+    if (mSelection.type() == SelectionObject::Type::Control) {
+        const Position p = operation.removeObjects();
+        span = {p, p};
+    }
+    if (!operation.breakLine(span)) return false;
+    step.done();
+    return true;
+}
+
+bool Editor::deleteSelection()
+{
+    Element *host = hostOf(mSelection);
+    if (!host || mSelection.isCaret()) return false;
+    Operation operation(*this, *host);
+    if (mSelection.type() == SelectionObject::Type::Control) {
+        ChangeTracker::Step step(mTracker, Kind::Command);
+        const Position p = operation.removeObjects();
+        operation.removeSpan({p, p});
+        step.done();
+        return true;
+    }
+    const Span span = operation.span();
+    if (span.isEmpty()) return false;
+    ChangeTracker::Step step(mTracker, operation.isWithinBlock(span) ? Kind::TextOut : Kind::Command);
+    if (!operation.removeSpan(span)) return false;
+    step.done();
+    return true;
+}
+
+bool Editor::deleteBy(Direction direction, Unit unit)
+{
+    if (mSelection.isRange() || mSelection.type() == SelectionObject::Type::Control) return deleteSelection();
+    Element *host = hostOf(mSelection);
+    if (!host) return false;
+    Operation operation(*this, *host);
+    ChangeTracker::Step step(mTracker, Kind::TextOut);
+    if (!operation.removeFrom(operation.span().start, direction == Direction::Forward, unit)) return false;
+    step.done();
+    return true;
+}
+
+bool Editor::selectAll()
+{
+    Element *host = mSelection.type() == SelectionObject::Type::None ? nullptr : hostOf(mSelection);
+    if (!host) host = document().body();
+    if (!host) return false;
+    const Content content(*mRendering, *host);
+    mSelection.set(content.normalised(Position::startOf(*host), Content::Between::RangeStart),
+                   content.normalised(Position::endOf(*host), Content::Between::RangeEnd));
+    return true;
+}
+
+// What all operations share
+
+Operation::Operation(Editor &editor, Element &host)
+    : mEditor(editor), mTracker(editor.tracker()), mSelection(editor.selection()),
+      mContent(editor.rendering(), host), mMovement(mContent), mEdits(mContent, mTracker, mSelection.keeper()),
+      mRemoval(mContent, mTracker, mSelection.keeper()), mBlanks(mContent, mTracker, mSelection.keeper())
+{
+}
+
+Span Operation::span() const
+{
+    if (mSelection.type() != SelectionObject::Type::Text) return {};
+    if (mSelection.isRange()) {
+        const Span fitted = mRemoval.fitted(mSelection.span());
+        if (!fitted.isEmpty()) return fitted;
+    }
+    const Position p = mContent.normalised(mSelection.focus());
+    return {p, p};
+}
+
+Position Operation::removeObjects()
+{
+    const auto elements = mSelection.elements();
+    LivePosition place(mSelection.keeper(), Position::before(*elements.front()));
+    for (const auto &element : elements) {
+        if (!element->isConnected() || mEdits.isFixed(*element)) {
+            if (!element->is("table") || !element->isConnected()) continue;
+        }
+        Ref<Node> parent(element->parentNode());
+        mTracker.remove(*element);
+        mEdits.tidyUpwards(parent.get());
+    }
+    return place;
+}
+
+bool Operation::preserves(const Position &p) const
+{
+    if (const Text *text = p.text()) return mContent.rendering().preservesSpace(*text);
+    for (const Item &item : {mContent.before(p), mContent.after(p)})
+        if (item.isCharacter()) return mContent.rendering().preservesSpace(*item.text());
+    for (const Element *at = p.element(); at; at = at->parentElement()) {
+        if (at->is("pre") || at->is("listing") || at->is("xmp")) return true;
+        if (at == &mContent.limit()) break;
+    }
+    return false;
+}
+
+void Operation::finish(const Position &caret)
+{
+    LivePosition p(mSelection.keeper(), caret);
+    mEdits.showLine(p);
+    mBlanks.mend();
+    mSelection.setCaret(mContent.normalised(p));
+}
+
+} // namespace editing

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/editing/Removal.h"
+#include "engine/ranges/Movement.h"
+#include "engine/ranges/SelectionObject.h"
+
+namespace editing {
+
+enum class Unit : uint8_t { Character, Word, ToBlockEdge };
+
+/// What typing and the editing keys do to a document.
+///
+/// Each operation is one step of the tracker: one record of the kind that its cause asks for, with the selection as it
+/// stands afterwards. It works at the document's selection, stays within one editing host, and does nothing, without a
+/// record, where nothing is possible: it then answers false. Examples in comments draw the caret as `|`, the other end of
+/// a selection as `^`.
+class Editor
+{
+public:
+    /// None of them is owned.
+    Editor(changes::ChangeTracker &tracker, ranges::SelectionObject &selection,
+           const ranges::Rendering &rendering = ranges::Rendering::byHtml());
+    dom::Document &document() const { return mTracker.document(); }
+    changes::ChangeTracker &tracker() const { return mTracker; }
+    ranges::SelectionObject &selection() const { return mSelection; }
+    void setRendering(const ranges::Rendering &rendering) { mRendering = &rendering; }
+    const ranges::Rendering &rendering() const { return *mRendering; }
+
+    /// Whether the selection lies within one editing host.
+    bool canEdit() const;
+
+    /// Typed or committed characters, over a selection too. Line feeds and tabs count as blanks but in preformatted text;
+    /// other control characters are dropped. The text takes the style of the first character that it replaces, else of the
+    /// one in front of it. An empty BODY, and a place between blocks, get a P for it, so that Enter gives paragraphs.
+    bool insertText(const QString &text);
+    /// Enter: `<p>a|b</p>` becomes `<p>a</p><p>|b</p>`; the first half stays the element it was.
+    bool insertParagraph();
+    /// Shift+Enter: a BR; a line feed in preformatted text.
+    bool insertLineBreak();
+    /// Backspace and Delete; a selection is taken away whatever the unit.
+    bool deleteBackward(Unit unit = Unit::Character) { return deleteBy(Direction::Backward, unit); }
+    bool deleteForward(Unit unit = Unit::Character) { return deleteBy(Direction::Forward, unit); }
+    bool deleteSelection();
+    /// All that stands in the host of the selection, else in BODY.
+    bool selectAll();
+
+private:
+    enum class Direction : uint8_t { Backward, Forward };
+    friend class Operation;
+    bool deleteBy(Direction direction, Unit unit);
+
+    changes::ChangeTracker &mTracker;
+    ranges::SelectionObject &mSelection;
+    const ranges::Rendering *mRendering;
+
+    /// The one blank that a person typed into an empty block is no placeholder to be typed over.
+    struct TypedBlank {
+        dom::NodeId node = 0;
+        uint64_t records = 0;
+    } mTypedBlank;
+};
+
+} // namespace editing

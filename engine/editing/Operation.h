@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/editing/Blanks.h"
+#include "engine/editing/Editor.h"
+
+namespace editing {
+
+/// One editing operation under way: what it works with, and where it works. Lives as long as the step that it belongs to.
+class Operation
+{
+public:
+    Operation(Editor &editor, dom::Element &host);
+
+    /// The selection as far as it can be edited; an empty span for a caret, normalised.
+    ranges::Span span() const;
+    /// Takes the selected objects away; a place where they were.
+    ranges::Position removeObjects();
+
+    // Each is the whole of an operation but for the step around it. They set the selection.
+    bool type(const QString &text, ranges::Span span);
+    bool breakParagraph(const ranges::Span &span);
+    bool breakLine(const ranges::Span &span);
+    bool removeSpan(const ranges::Span &span);
+    bool removeFrom(const ranges::Position &p, bool forward, Unit unit);
+
+    bool isWithinBlock(const ranges::Span &span) const { return mRemoval.isWithinBlock(span); }
+    const ranges::Content &content() const { return mContent; }
+
+private:
+    bool preserves(const ranges::Position &p) const;
+    ranges::Position roomForText(const ranges::Position &p);
+    ranges::Position placeForText(const ranges::Span &span) const;
+    ranges::Span placeholder(const ranges::Position &p) const;
+    void rememberTypedBlank(const ranges::Position &caret);
+    void dropPlaceholderBreak(const ranges::Position &caret);
+
+    bool lineFeed(const ranges::Position &p);
+    bool lineBreakAt(const ranges::Position &p);
+    dom::Element *blockToSplit(const ranges::Position &p);
+    bool split(dom::Element &block, const ranges::Position &p);
+    void closeHalf(dom::Element &half, const ranges::Position &line);
+
+    bool joinOver(const ranges::Position &p, bool forward);
+    bool leaveListAtStart(const ranges::Position &p);
+    bool isBlankBlock(const dom::Element &block) const;
+    bool takeAway(dom::Element &element, const ranges::Position &caret);
+    void finish(const ranges::Position &caret);
+
+    Editor &mEditor;
+    changes::ChangeTracker &mTracker;
+    ranges::SelectionObject &mSelection;
+    ranges::Content mContent;
+    ranges::Movement mMovement;
+    TreeEdits mEdits;
+    Removal mRemoval;
+    Blanks mBlanks;
+};
+
+} // namespace editing

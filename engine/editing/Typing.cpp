@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/dom/Document.h"
+#include "engine/dom/Names.h"
+#include "engine/editing/Operation.h"
+
+namespace editing {
+
+using namespace dom;
+using namespace ranges;
+
+/// The only no-break space of a block stands for nothing: `<p>&nbsp;|</p>` is typed over.
+Span Operation::placeholder(const Position &p) const
+{
+    Item item = mContent.before(p);
+    if (!item.isCharacter()) item = mContent.after(p);
+    if (!item.isCharacter() || item.unit() != noBreakSpace) return {p, p};
+    const Position start(item.node, item.from), end(item.node, item.to);
+    if (!mContent.pastBlanksBefore(start).isEdge() || !mContent.pastBlanksAfter(end).isEdge()) return {p, p};
+    const auto &typed = mEditor.mTypedBlank;
+    if (typed.node == item.node->id() && typed.records == mTracker.recordCount()) return {p, p};
+    return {start, end};
+}
+
+/// A place in which text can stand, with a block made for it if none is there; null where no text can stand.
+Position Operation::roomForText(const Position &p)
+{
+    if (!mContent.pastBlanksBefore(p).isEdge() || !mContent.pastBlanksAfter(p).isEdge()) return p;
+    Element *around = mContent.container(p);
+    if (around == &mContent.limit() && !mContent.isBlock(*around)) return p;
+    const bool empty = mContent.isEmpty(*around);
+    const bool list = isList(*around);
+    if (isTableStructure(*around) || around->is(names::dl)) return {};
+    if (list || ((around->is(names::body) || !empty) && TreeEdits::canHoldParagraph(*around)))
+        return Position::startOf(mEdits.wrapRun(*around, p, list ? "li" : "p"));
+    mTracker.setHeldOpen(*around, false);
+    return p;
+}
+
+Position Operation::placeForText(const Span &span) const
+{
+    if (!span.isEmpty()) {
+        const Item replaced = mContent.after(span.start);
+        if (replaced.isCharacter() && !mContent.isHidden(replaced)) return replaced.near;
+    }
+    const Item previous = mContent.before(span.start);
+    if (previous.isCharacter()) return previous.near;
+    const Item next = mContent.after(span.start);
+    if (next.isCharacter()) return next.near;
+    return span.start;
+}
+
+/// `<br>|<br>` and `<p>|<br></p>`: the last break only kept the line, and text keeps it better.
+void Operation::dropPlaceholderBreak(const Position &caret)
+{
+    const Item next = mContent.pastBlanksAfter(caret);
+    if (mContent.isFinalBreak(next)) mTracker.remove(*next.node);
+}
+
+void Operation::rememberTypedBlank(const Position &caret)
+{
+    const Item typed = mContent.before(caret);
+    mEditor.mTypedBlank = {};
+    if (typed.isCharacter() && typed.unit() == noBreakSpace) mEditor.mTypedBlank = {typed.node->id(), ~0ull};
+}
+
+bool Operation::type(const QString &given, Span span)
+{
+    RangeKeeper &keeper = mSelection.keeper();
+    if (span.isEmpty()) span = placeholder(span.start);
+    const bool heldByBreak = mContent.isLineEmpty(span.start);
+    mBlanks.note(span.start, span.end);
+    LivePosition end(keeper, span.end);
+    const bool overSelection = !span.isEmpty();
+    if (!overSelection) {
+        const Position room = roomForText(span.start);
+        if (!room) return false;
+        span = {room, room};
+    }
+    QString text = given;
+    if (!preserves(span.start)) {
+        text.replace(u'\n', u' ').replace(u'\t', u' ');
+        text = mBlanks.fitted(text, span.start, span.end);
+    }
+    const Position place = placeForText(span);
+    Position caret;
+    if (Text *in = place.text()) {
+        const bool oneText = overSelection && span.end.node == in && span.end.offset >= place.offset;
+        mTracker.replaceText(*in, place.offset, oneText ? span.end.offset - place.offset : 0, text);
+        caret = {in, place.offset + uint32_t(text.size())};
+        if (oneText) span.end = caret;
+    } else {
+        Element &around = *place.element();
+        if (isTableStructure(around)) return false;
+        Ref<Text> fresh = around.document().createTextNode(text);
+        mEdits.insert(place, *fresh);
+        if (Element *block = mContent.container(place)) mTracker.setHeldOpen(*block, false);
+        caret = Position::endOf(*fresh);
+    }
+    LivePosition at(keeper, caret);
+    if (overSelection && !(span.end == caret)) {
+        const Position rest = end.position();
+        if (caret < rest) mRemoval.remove({caret, rest});
+    }
+    if (heldByBreak && !overSelection) dropPlaceholderBreak(at);
+    mBlanks.mend();
+    mSelection.setCaret(at);
+    rememberTypedBlank(at);
+    return true;
+}
+
+} // namespace editing

@@ -1,0 +1,279 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/ranges/Content.h"
+
+#include "engine/dom/Names.h"
+
+namespace ranges {
+
+using namespace dom;
+
+bool Content::isSkipped(const Node &node) const
+{
+    if (node.isText()) return static_cast<const Text &>(node).length() == 0;
+    return !mRendering.isDisplayed(node);
+}
+
+namespace {
+
+Item characterIn(Text &text, uint32_t at, bool forward)
+{
+    const QString &data = text.data();
+    Item item;
+    item.kind = Item::Kind::Character;
+    item.node = &text;
+    item.from = item.to = at;
+    if (forward) {
+        ++item.to;
+        if (data[at].isHighSurrogate() && item.to < text.length() && data[item.to].isLowSurrogate()) ++item.to;
+    } else {
+        --item.from;
+        if (data[item.from].isLowSurrogate() && item.from > 0 && data[item.from - 1].isHighSurrogate()) --item.from;
+    }
+    item.near = {&text, forward ? item.from : item.to};
+    item.far = {&text, forward ? item.to : item.from};
+    return item;
+}
+
+} // namespace
+
+Item Content::look(const Position &p, bool forward) const
+{
+    Node *parent, *child;
+    const auto step = [forward](Node *node) { return forward ? node->nextSibling() : node->previousSibling(); };
+    if (Text *text = p.text()) {
+        if (forward ? p.offset < text->length() : p.offset > 0) return characterIn(*text, p.offset, forward);
+        parent = text->parentNode();
+        child = step(text);
+    } else if (p.node->isElement()) {
+        parent = p.node.get();
+        child = forward ? p.childAfter() : p.childBefore();
+    } else {
+        parent = p.node->parentNode();
+        child = step(p.node.get());
+    }
+    Item item;
+    for (;;) {
+        if (!child) { // out of the parent
+            Element *left = parent ? parent->asElement() : nullptr;
+            item.near = parent ? (forward ? Position::endOf(*parent) : Position::startOf(*parent)) : p;
+            if (!left || left == mLimit.get() || !left->parentNode()) {
+                item.far = item.near;
+                return item;
+            }
+            if (isBlock(*left)) {
+                item.kind = Item::Kind::Edge;
+                item.node = left;
+                item.start = !forward;
+                item.far = forward ? Position::after(*left) : Position::before(*left);
+                return item;
+            }
+            child = step(left);
+            parent = left->parentNode();
+            continue;
+        }
+        if (isSkipped(*child)) {
+            child = step(child);
+            continue;
+        }
+        if (child->isText()) {
+            auto &text = static_cast<Text &>(*child);
+            return characterIn(text, forward ? 0 : text.length(), forward);
+        }
+        Element &element = *child->asElement();
+        const bool object = isObject(element);
+        const bool block = isBlock(element);
+        if (isBreak(element) || object || block) {
+            item.kind = object ? Item::Kind::Object : block ? Item::Kind::Edge : Item::Kind::Break;
+            item.node = &element;
+            item.block = object && block;
+            item.start = forward;
+            item.near = forward ? Position::before(element) : Position::after(element);
+            if (item.kind == Item::Kind::Edge)
+                item.far = forward ? Position::startOf(element) : Position::endOf(element);
+            else
+                item.far = forward ? Position::after(element) : Position::before(element);
+            return item;
+        }
+        parent = &element;
+        child = forward ? element.firstChild() : element.lastChild();
+    }
+}
+
+bool Content::holdsLines(const Element &element) const
+{
+    if (isObject(element)) return false;
+    if (isBlock(element) || &element == mLimit.get()) return true;
+    for (const Node *node = element.firstChild(); node; node = node->next(&element))
+        if (const Element *inner = node->asElement(); inner && isBlock(*inner) && !isObject(*inner)) return true;
+    return false;
+}
+
+Element *Content::container(const Position &p) const
+{
+    Element *at = p.element();
+    while (at && !holdsLines(*at) && at->parentElement()) at = at->parentElement();
+    return at;
+}
+
+bool Content::isCollapsible(const Item &item) const
+{
+    return item.isCharacter() && isBlank(item.unit()) && !mRendering.preservesSpace(*item.text());
+}
+
+bool Content::isHidden(const Item &item) const
+{
+    if (!isCollapsible(item)) return false;
+    const Item previous = before({item.node, item.from});
+    if (previous.isLineEdge() || isCollapsible(previous)) return true;
+    return pastBlanksAfter({item.node, item.to}).isLineEdge();
+}
+
+Item Content::pastBlanksAfter(const Position &p) const
+{
+    Item item = after(p);
+    while (isCollapsible(item)) item = after(item.far);
+    return item;
+}
+
+Item Content::pastBlanksBefore(const Position &p) const
+{
+    Item item = before(p);
+    while (isCollapsible(item)) item = before(item.far);
+    return item;
+}
+
+Item Content::visibleAfter(const Position &p) const
+{
+    const Item item = after(p);
+    if (!isCollapsible(item)) return item;
+    if (!isHidden(item)) return item;
+    const Item past = pastBlanksAfter(p); // what follows a hidden blank in its run is hidden too
+    return past;
+}
+
+Item Content::visibleBefore(const Position &p) const
+{
+    Item item = before(p);
+    if (!isCollapsible(item)) return item;
+    // Of a run only the first shows, if at all.
+    Item first = item;
+    for (item = before(first.far); isCollapsible(item); item = before(first.far)) first = item;
+    return isHidden(first) ? item : first;
+}
+
+bool Content::isFinalBreak(const Item &item) const
+{
+    return item.isBreak() && pastBlanksAfter(Position::after(*item.node)).isEdge();
+}
+
+bool Content::isLineEmpty(const Position &p) const
+{
+    const Item next = pastBlanksAfter(p);
+    return pastBlanksBefore(p).isLineEdge() && (next.isEdge() || isFinalBreak(next));
+}
+
+bool Content::isEmpty(const Element &block) const
+{
+    for (const Node *node = block.firstChild(); node;) {
+        if (!mRendering.isDisplayed(*node)) {
+            node = node->nextSkippingChildren(&block);
+            continue;
+        }
+        if (const Element *element = node->asElement()) {
+            if (isBreak(*element) || isObject(*element) || isCell(*element)) return false;
+        } else if (node->isText()) {
+            const auto &text = static_cast<const Text &>(*node);
+            for (const QChar c : text.data())
+                if (!isBlank(c.unicode()) || mRendering.preservesSpace(text)) return false;
+        }
+        node = node->next(&block);
+    }
+    return true;
+}
+
+bool Content::takesCaretEmpty(const Element &block) const
+{
+    return block.isHeldOpen() || isCell(block) || block.is(names::li) || &block == mLimit.get();
+}
+
+Position Content::outOfObjects(const Position &p) const
+{
+    Position result = p.clipped();
+    if (result.node->isComment()) result = Position::before(*result.node);
+    for (Node *at = result.node.get(); at && at != mLimit.get(); at = at->parentNode()) {
+        const Element *element = at->asElement();
+        if (element && (isObject(*element) || isBreak(*element) || !mRendering.isDisplayed(*element)))
+            result = Position::before(*at);
+    }
+    return result;
+}
+
+Position Content::settled(const Position &p) const
+{
+    const Item previous = before(p);
+    if (previous.isCharacter()) return previous.near;
+    const Item next = after(p);
+    if (next.isCharacter()) return next.near;
+    if (previous.isBreak() || (previous.isObject() && !previous.block)) return previous.near;
+    if (next.isBreak() || (next.isObject() && !next.block)) return next.near;
+    return p;
+}
+
+bool Content::delimitsLines(const Node &node) const
+{
+    const Element *element = node.asElement();
+    return element && mRendering.isDisplayed(*element) && (isBlock(*element) || holdsLines(*element));
+}
+
+Position Content::normalised(const Position &given, Between between) const
+{
+    Position p = outOfObjects(given);
+    const Item next = after(p), previous = before(p);
+    if (isCollapsible(next) && isHidden(next)) {
+        const Item past = pastBlanksAfter(p);
+        const Item back = pastBlanksBefore(p);
+        if (!past.isLineEdge()) {
+            p = past.near;
+        } else if (!back.isLineEdge()) {
+            // In front of the whole run, of which nothing shows at a line's end.
+            return back.near;
+        } else {
+            if (!past.isEdge() || !back.isEdge()) return settled(past.isEdge() ? back.near : past.near);
+            p = back.near;
+            if (p.element() && isEmpty(*container(p)) && takesCaretEmpty(*container(p))) return p;
+        }
+    } else if (isCollapsible(previous) && (next.isLineEdge())) {
+        const Item back = pastBlanksBefore(p);
+        if (!back.isLineEdge()) return back.near;
+    }
+    const Item right = pastBlanksAfter(p), left = pastBlanksBefore(p);
+    if (!right.isEdge() || !left.isEdge()) return settled(p);
+    // Between two edges: an empty block, or a place between blocks.
+    Element *around = container(p);
+    if (around && isEmpty(*around) && !isTableStructure(*around)) return {around, p.node == around ? p.offset : 0};
+    for (const bool forward : {true, false}) {
+        if (between == (forward ? Between::RangeEnd : Between::RangeStart)) continue;
+        Item item = forward ? right : left;
+        while (item.kind == Item::Kind::Edge && item.start == forward) {
+            Element &block = *item.element();
+            if (block.is(names::table)) break; // beside a table isn't in it
+            if (isEmpty(block)) {
+                if (takesCaretEmpty(block)) return Position::startOf(block);
+                item.far = forward ? Position::after(block) : Position::before(block); // nobody sees it
+            }
+            item = forward ? pastBlanksAfter(item.far) : pastBlanksBefore(item.far);
+            if (!item.isEdge()) return settled(item.near);
+        }
+    }
+    return p;
+}
+
+bool Content::isCaretPlace(const Position &p) const
+{
+    if (!contains(p)) return false;
+    const Element *at = p.element();
+    if (!at || (isTableStructure(*at) && p.node->isElement())) return false;
+    return normalised(p) == p;
+}
+
+} // namespace ranges

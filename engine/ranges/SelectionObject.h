@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/changes/ChangeTracker.h"
+#include "engine/ranges/RangeKeeper.h"
+
+#include <functional>
+#include <vector>
+
+namespace ranges {
+
+/// What is selected in a document: nothing, a stretch of text (a caret where it is empty), or objects. It keeps exactly
+/// the places that it was given, edits carry them along, and records save them by node and offset.
+class SelectionObject final : public changes::SelectionKeeper
+{
+public:
+    enum class Type : uint8_t { None, Text, Control };
+
+    explicit SelectionObject(RangeKeeper &keeper) : mKeeper(keeper), mAnchor(keeper, {}), mFocus(keeper, {}) {}
+    dom::Document &document() const { return mKeeper.document(); }
+    RangeKeeper &keeper() const { return mKeeper; }
+
+    Type type() const;
+    bool isCaret() const { return type() == Type::Text && anchor() == focus(); }
+    bool isRange() const { return type() == Type::Text && !(anchor() == focus()); }
+    /// Null places for None and Control.
+    const Position &anchor() const { return mAnchor.position(); }
+    const Position &focus() const { return mFocus.position(); }
+    /// Anchor and focus in document order.
+    Span span() const;
+    /// The selected objects that are still in the tree, in the order given.
+    std::vector<Ref<dom::Element>> elements() const;
+
+    /// Positions outside of the document's tree clear the selection; offsets are cut to what is there.
+    void setCaret(const Position &p) { set(p, p); }
+    void set(const Position &anchor, const Position &focus);
+    /// Keeps the anchor.
+    void extendTo(const Position &focus) { set(mAnchor.position(), focus); }
+    void setControl(std::vector<Ref<dom::Element>> elements);
+    void clear();
+
+    /// Called after one of the setters, or a restore, changed something. Edits that carry places along don't call it: whoever
+    /// edits knows.
+    std::function<void()> selectionChanged;
+
+    // changes::SelectionKeeper. Nodes that aren't there any more leave the selection as it is.
+    changes::SavedSelection savedSelection() const override;
+    void restoreSelection(const changes::SavedSelection &selection) override;
+
+private:
+    void tell();
+    RangeKeeper &mKeeper;
+    LivePosition mAnchor;
+    LivePosition mFocus;
+    std::vector<Ref<dom::Element>> mElements;
+};
+
+} // namespace ranges

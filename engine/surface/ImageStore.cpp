@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/surface/ImageStore.h"
+
+#include <QBuffer>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QUrl>
+
+namespace surface {
+
+namespace {
+
+constexpr int largestSide = 20000; // pixels; a picture beyond is a mistake or an attack
+
+QByteArray dataOf(const QString &url)
+{
+    const qsizetype comma = url.indexOf(u',');
+    if (comma < 0) return {};
+    const QByteArray body = url.mid(comma + 1).toUtf8();
+    return url.left(comma).endsWith(QLatin1String(";base64"), Qt::CaseInsensitive)
+               ? QByteArray::fromBase64(QByteArray::fromPercentEncoding(body))
+               : QByteArray::fromPercentEncoding(body);
+}
+
+QString localName(const QString &url)
+{
+    if (url.startsWith(QLatin1String("qrc:"))) return url.mid(3);
+    if (url.startsWith(u':') || url.startsWith(u'/')) return url;
+    const QUrl address(url);
+    return address.isLocalFile() ? address.toLocalFile() : QString();
+}
+
+template <class Read> void withReader(const QString &url, Read read)
+{
+    if (url.startsWith(QLatin1String("data:"), Qt::CaseInsensitive)) {
+        QByteArray bytes = dataOf(url);
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        QImageReader reader(&buffer);
+        read(reader);
+        return;
+    }
+    const QString name = localName(url);
+    if (name.isEmpty() || !QFileInfo(name).isFile()) return;
+    QImageReader reader(name);
+    reader.setDecideFormatFromContent(true);
+    read(reader);
+}
+
+} // namespace
+
+ImageStore::Entry &ImageStore::entry(const QString &url)
+{
+    const auto found = mEntries.find(url);
+    if (found != mEntries.end()) return *found;
+    Entry entry;
+    withReader(url, [&entry](QImageReader &reader) {
+        entry.size = reader.size();
+        if (!entry.size.isValid() && reader.canRead()) { // a format that tells its size only when it is decoded
+            entry.pixmap = QPixmap::fromImageReader(&reader);
+            entry.decoded = true;
+            entry.size = entry.pixmap.size();
+        }
+        if (entry.size.width() > largestSide || entry.size.height() > largestSide) entry = {};
+    });
+    return *mEntries.insert(url, entry);
+}
+
+QSize ImageStore::imageSize(const QString &url)
+{
+    const QSize size = entry(url).size;
+    return size.isValid() ? size : QSize();
+}
+
+QPixmap ImageStore::imagePixmap(const QString &url)
+{
+    Entry &known = entry(url);
+    if (!known.decoded && known.size.isValid()) {
+        withReader(url, [&known](QImageReader &reader) { known.pixmap = QPixmap::fromImageReader(&reader); });
+        known.decoded = true;
+    }
+    return known.pixmap;
+}
+
+} // namespace surface

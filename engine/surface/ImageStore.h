@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/layout/Engine.h"
+
+#include <QHash>
+#include <QPixmap>
+
+namespace surface {
+
+/// The images of a document. Files, resources and `data:` addresses load; nothing comes from the network. Sizes are read
+/// from a file's head, so that laying out a page decodes no picture; the picture is decoded when it is first painted.
+class ImageStore final : public layout::ImageSource
+{
+public:
+    QSize imageSize(const QString &url) override;
+    QPixmap imagePixmap(const QString &url) override;
+
+private:
+    struct Entry {
+        QSize size;
+        QPixmap pixmap;
+        bool decoded = false;
+    };
+    Entry &entry(const QString &url);
+    QHash<QString, Entry> mEntries;
+};
+
+} // namespace surface

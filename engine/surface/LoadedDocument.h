@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/changes/ChangeTracker.h"
+#include "engine/css/Services.h"
+#include "engine/css/StyleEngine.h"
+#include "engine/dom/Document.h"
+#include "engine/editing/Editor.h"
+#include "engine/layout/LayoutTree.h"
+#include "engine/layout/Queries.h"
+#include "engine/ranges/RangeKeeper.h"
+#include "engine/ranges/SelectionObject.h"
+#include "engine/surface/ImageStore.h"
+#include "engine/surface/StyleBridge.h"
+
+namespace surface {
+
+/// Everything that belongs to one loaded document and goes with it, in the order of dependence.
+class LoadedDocument
+{
+public:
+    explicit LoadedDocument(base::Ref<dom::Document> document);
+    ~LoadedDocument();
+
+    dom::Document &document() const { return *mDocument; }
+    changes::ChangeTracker &tracker() { return mTracker; }
+    layout::LayoutTree &tree() { return mTree; }
+    layout::Queries &queries() { return mQueries; }
+    ranges::SelectionObject &selection() { return mSelection; }
+    editing::Editor &editor() { return mEditor; }
+    css::StyleEngine &styles() { return mStyles; }
+
+private:
+    base::Ref<dom::Document> mDocument;
+    css::StyleEngine mStyles;
+    css::Services mStyleServices;
+    StyleBridge mBridge;
+    ImageStore mImages;
+    layout::LayoutTree mTree;
+    layout::Queries mQueries;
+    ranges::RangeKeeper mKeeper;
+    ranges::SelectionObject mSelection;
+    changes::ChangeTracker mTracker;
+    editing::Editor mEditor;
+};
+
+} // namespace surface

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/dom/Document.h"
+#include "engine/dom/EventObject.h"
+#include "engine/ranges/Position.h"
+
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <QPoint>
+#include <QRect>
+#include <QVariant>
+
+class QInputMethodEvent;
+class QKeyEvent;
+class QMouseEvent;
+class QPaintEvent;
+
+namespace editing {
+class Editor;
+}
+
+namespace surface {
+
+class HTMLEditor;
+class LoadedDocument;
+
+/// What the widget shows and what input does to it: between the widget, which knows Qt, and the document's layout,
+/// selection and editor, which don't. Points are client pixels unless told otherwise; a document's coordinates are CSS
+/// pixels from its top left corner.
+class View final : public QObject, public dom::BoxServices, public dom::InteractionServices
+{
+public:
+    explicit View(HTMLEditor &widget);
+    ~View() override;
+
+    void documentGone();
+    void documentLoaded(LoadedDocument &loaded);
+    void modeChanged();
+
+    void paint(const QPaintEvent &event);
+    void resized();
+    void scrolled();
+    void scrollToAnchor(const QString &name);
+    /// In the wheel's eighths of degrees.
+    void zoomBy(int delta);
+    double zoom() const { return mZoom; }
+    void focusChanged(bool focused);
+
+    dom::Element *elementAt(QPoint client);
+    dom::Element *caretElement();
+    /// The caret as shown; null where none is.
+    QRect caretRect();
+    QRect elementRect(const dom::Element &element);
+    bool isControlSelected() const;
+    editing::Editor *editor();
+
+    bool wantsKey(const QKeyEvent &event) const;
+    bool keyPressed(const QKeyEvent &event);
+    void mousePressed(const QMouseEvent &event);
+    void mouseReleased(const QMouseEvent &event, bool goesOn);
+    void mouseDoubleClicked(const QMouseEvent &event);
+    void mouseMoved(const QMouseEvent &event);
+    /// The next press starts a new row of clicks.
+    void forgetClicks() { mClicks = 0; }
+    void inputMethod(const QInputMethodEvent &event);
+    QVariant inputMethodQuery(Qt::InputMethodQuery query);
+
+    // Commands, by number and by word
+    struct CommandState {
+        bool enabled = false;
+        QString state = QStringLiteral("off");
+        QString value;
+    };
+    int commandStatus(int command);
+    bool execCommand(int command, const QString &value);
+    bool execNamed(const QString &name, const QString &value);
+    CommandState queryNamed(const QString &name);
+
+    const base::Ref<dom::Element> &hovered() const { return mHovered; }
+    void setHovered(const base::Ref<dom::Element> &element) { mHovered = element; }
+    void setCurrentEvent(dom::EventObject *event) { mCurrentEvent = event; }
+
+    // For checks
+    /// Boxes of the page as a view of that size would lay it out.
+    QByteArray boxesAsJson(QSize size);
+    QString checkPositions();
+    QString checkLayout();
+    LoadedDocument *loaded() const { return mLoaded; }
+
+    // dom::BoxServices
+    QRect offsetBox(const dom::Element &element) override;
+    dom::Element *offsetParent(const dom::Element &element) override;
+    QSize clientSize(const dom::Element &element) override;
+    QSize scrollSize(const dom::Element &element) override;
+    QPoint scrollPosition(const dom::Element &element) override;
+    void setScrollPosition(dom::Element &element, QPoint position) override;
+    dom::Element *elementFromPoint(QPoint client) override { return elementAt(client); }
+    // dom::InteractionServices
+    ranges::SelectionObject *selection() override;
+    base::Ref<dom::EventObject> currentEvent() override { return mCurrentEvent; }
+    void focus(dom::Element &element) override;
+    void click(dom::Element &element) override;
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    enum class Extend { No, Yes };
+    QPointF toDocument(QPointF client) const;
+    QRectF toClient(const QRectF &document) const;
+    void layoutPage();
+    void updateScrollBars();
+    void edited();
+    void selectionMoved();
+    void ensureVisible(const QRectF &document);
+    void showCaret();
+    QRectF caretBox();
+    bool showsCaret() const;
+    ranges::Position positionAt(QPointF document, bool *inside = nullptr);
+    void moveTo(const ranges::Position &position, Extend extend);
+    bool moveByKey(const QKeyEvent &event);
+    bool editByKey(const QKeyEvent &event);
+    ranges::Position lineMove(const ranges::Position &from, int lines);
+    void selectWord(const ranges::Position &at);
+    void selectBlock(const ranges::Position &at);
+    void updateCursor(QPoint client);
+    dom::Element *anchorOf(dom::Element *element) const;
+
+    HTMLEditor &mWidget;
+    LoadedDocument *mLoaded = nullptr;
+    base::Ref<dom::Element> mHovered;
+    base::Ref<dom::EventObject> mCurrentEvent;
+    base::Ref<dom::Element> mPressedAnchor;
+    double mZoom = 1;
+    double mGoalX = -1; ///< where Up and Down aim; negative: at the caret
+    bool mSelecting = false;
+    int mClicks = 0;
+    QPoint mLastClick;
+    QElapsedTimer mClickTimer;
+    QBasicTimer mBlink;
+    bool mCaretOn = true;
+    bool mUpdatingBars = false;
+};
+
+} // namespace surface

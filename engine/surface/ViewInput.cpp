@@ -1,0 +1,349 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/Error.h"
+#include "engine/dom/Names.h"
+#include "engine/editing/CommandTable.h"
+#include "engine/ranges/Movement.h"
+#include "engine/surface/HTMLEditor.h"
+#include "engine/surface/LoadedDocument.h"
+#include "engine/surface/View.h"
+
+#include <QApplication>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QScrollBar>
+
+// What input does: keys, the mouse, input methods, commands.
+
+namespace surface {
+
+using ranges::Content;
+using ranges::Movement;
+using ranges::Position;
+
+bool View::isControlSelected() const
+{
+    return mLoaded && mLoaded->selection().type() == ranges::SelectionObject::Type::Control;
+}
+
+editing::Editor *View::editor()
+{
+    return mLoaded ? &mLoaded->editor() : nullptr;
+}
+
+ranges::SelectionObject *View::selection()
+{
+    return mLoaded ? &mLoaded->selection() : nullptr;
+}
+
+// Keys
+
+static bool isText(const QKeyEvent &event)
+{
+    if (event.text().isEmpty()) return false;
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
+    // AltGr comes as Ctrl+Alt on some systems.
+    if (modifiers != Qt::NoModifier && modifiers != (Qt::ControlModifier | Qt::AltModifier) &&
+        modifiers != Qt::GroupSwitchModifier)
+        return false;
+    return event.text().front().isPrint() || event.text().front().isSurrogate();
+}
+
+bool View::wantsKey(const QKeyEvent &event) const
+{
+    if (!mLoaded || mWidget.editMode() != dom::EditMode::Edit) return false;
+    return isText(event) || event.matches(QKeySequence::SelectAll) || event.matches(QKeySequence::Undo) ||
+           event.matches(QKeySequence::Redo) || event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace;
+}
+
+bool View::keyPressed(const QKeyEvent &event)
+{
+    if (!mLoaded) return false;
+    if (editByKey(event)) {
+        mGoalX = -1;
+        if (mLoaded) edited();
+        return true;
+    }
+    if (moveByKey(event)) return true;
+    QScrollBar *down = mWidget.verticalScrollBar();
+    switch (event.key()) { // without a caret the keys scroll
+    case Qt::Key_Down: down->triggerAction(QScrollBar::SliderSingleStepAdd); return true;
+    case Qt::Key_Up: down->triggerAction(QScrollBar::SliderSingleStepSub); return true;
+    case Qt::Key_PageDown: down->triggerAction(QScrollBar::SliderPageStepAdd); return true;
+    case Qt::Key_PageUp: down->triggerAction(QScrollBar::SliderPageStepSub); return true;
+    case Qt::Key_Home: down->triggerAction(QScrollBar::SliderToMinimum); return true;
+    case Qt::Key_End: down->triggerAction(QScrollBar::SliderToMaximum); return true;
+    default: return false;
+    }
+}
+
+bool View::editByKey(const QKeyEvent &event)
+{
+    editing::Editor &editor = mLoaded->editor();
+    if (!editor.canEdit()) return false;
+    const bool ctrl = event.modifiers() & Qt::ControlModifier;
+    const auto unit = ctrl ? editing::Unit::Word : editing::Unit::Character;
+    switch (event.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        event.modifiers() & Qt::ShiftModifier ? editor.insertLineBreak() : editor.insertParagraph();
+        return true;
+    case Qt::Key_Backspace: editor.deleteBackward(unit); return true;
+    case Qt::Key_Delete: editor.deleteForward(unit); return true;
+    default: break;
+    }
+    if (!isText(event)) return false;
+    editor.insertText(event.text());
+    return true;
+}
+
+void View::moveTo(const Position &position, Extend extend)
+{
+    if (!position) return;
+    if (extend == Extend::Yes)
+        mLoaded->selection().extendTo(position);
+    else
+        mLoaded->selection().setCaret(position);
+    ensureVisible(caretBox());
+}
+
+Position View::lineMove(const Position &from, int lines)
+{
+    layout::Queries &queries = mLoaded->queries();
+    layout::TextPosition at{from.node.get(), from.offset};
+    if (mGoalX < 0) mGoalX = queries.caretRect(at).x();
+    for (; lines != 0; lines += lines < 0 ? 1 : -1) {
+        const layout::TextPosition next = lines < 0 ? queries.lineAbove(at, mGoalX) : queries.lineBelow(at, mGoalX);
+        if (!next.node) break;
+        at = next;
+    }
+    return {at.node, at.offset};
+}
+
+bool View::moveByKey(const QKeyEvent &event)
+{
+    ranges::SelectionObject &selection = mLoaded->selection();
+    if (event.matches(QKeySequence::SelectAll)) return mLoaded->editor().selectAll();
+    if (selection.type() != ranges::SelectionObject::Type::Text) return false;
+    if (!mLoaded->editor().canEdit() && !(event.modifiers() & Qt::ShiftModifier)) return false;
+    const Extend extend = event.modifiers() & Qt::ShiftModifier ? Extend::Yes : Extend::No;
+    const bool ctrl = event.modifiers() & Qt::ControlModifier;
+    const Position from = selection.focus();
+    const Content content = Movement::contentFor(from, mLoaded->editor().rendering());
+    const Movement movement(content);
+    layout::Queries &queries = mLoaded->queries();
+    const layout::TextPosition place{from.node.get(), from.offset};
+    const auto line = [](const layout::TextPosition &at) { return Position(at.node, at.offset); };
+    const int page = std::max(1, mWidget.viewport()->height() / std::max(8, int(queries.caretRect(place).height())) - 1);
+    const bool keepsGoal = event.key() == Qt::Key_Up || event.key() == Qt::Key_Down || event.key() == Qt::Key_PageUp ||
+                           event.key() == Qt::Key_PageDown;
+    if (!keepsGoal) mGoalX = -1;
+    Position to;
+    switch (event.key()) {
+    case Qt::Key_Left:
+        if (selection.isRange() && extend == Extend::No)
+            to = selection.span().start;
+        else
+            to = ctrl ? movement.previousWord(from) : movement.previousCharacter(from);
+        break;
+    case Qt::Key_Right:
+        if (selection.isRange() && extend == Extend::No)
+            to = selection.span().end;
+        else
+            to = ctrl ? movement.nextWord(from) : movement.nextCharacter(from);
+        break;
+    case Qt::Key_Home: to = ctrl ? movement.startOfDocument() : line(queries.lineStart(place)); break;
+    case Qt::Key_End: to = ctrl ? movement.endOfDocument() : line(queries.lineEnd(place)); break;
+    case Qt::Key_Up: to = lineMove(from, -1); break;
+    case Qt::Key_Down: to = lineMove(from, 1); break;
+    case Qt::Key_PageUp: to = lineMove(from, -page); break;
+    case Qt::Key_PageDown: to = lineMove(from, page); break;
+    default: return false;
+    }
+    moveTo(to, extend);
+    return true;
+}
+
+// The mouse
+
+Position View::positionAt(QPointF document, bool *inside)
+{
+    const layout::Hit hit = mLoaded->queries().hitTest(document);
+    if (inside) *inside = hit.inside;
+    return {hit.position.node, hit.position.offset};
+}
+
+dom::Element *View::anchorOf(dom::Element *element) const
+{
+    for (dom::Element *at = element; at; at = at->parentElement())
+        if (at->is(dom::names::a) && at->hasAttribute(dom::names::href)) return at;
+    return nullptr;
+}
+
+void View::mousePressed(const QMouseEvent &event)
+{
+    mGoalX = -1;
+    mPressedAnchor = anchorOf(elementAt(event.position().toPoint()));
+    if (event.button() != Qt::LeftButton) return;
+    const QPoint at = event.position().toPoint();
+    const bool again = mClicks > 0 && mClickTimer.isValid() && mClickTimer.elapsed() < QApplication::doubleClickInterval() &&
+                       (at - mLastClick).manhattanLength() < QApplication::startDragDistance();
+    mClicks = again ? mClicks % 3 + 1 : 1;
+    mClickTimer.start();
+    mLastClick = at;
+    const Position position = positionAt(toDocument(event.position()));
+    if (!position) return;
+    if (mClicks == 3) return selectBlock(position);
+    moveTo(position, event.modifiers() & Qt::ShiftModifier ? Extend::Yes : Extend::No);
+    mSelecting = true;
+}
+
+void View::mouseDoubleClicked(const QMouseEvent &event)
+{
+    if (event.button() != Qt::LeftButton) return;
+    mClicks = 2;
+    mClickTimer.start();
+    mLastClick = event.position().toPoint();
+    if (const Position position = positionAt(toDocument(event.position()))) selectWord(position);
+}
+
+void View::selectWord(const Position &at)
+{
+    const Content content = Movement::contentFor(at, mLoaded->editor().rendering());
+    const ranges::Span word = Movement(content).wordAt(at);
+    if (word.start) mLoaded->selection().set(word.start, word.end);
+}
+
+void View::selectBlock(const Position &at)
+{
+    const Content content = Movement::contentFor(at, mLoaded->editor().rendering());
+    const ranges::Span block = Movement(content).blockAt(at);
+    if (block.start) mLoaded->selection().set(block.start, block.end);
+}
+
+void View::mouseMoved(const QMouseEvent &event)
+{
+    if (mSelecting && event.buttons() & Qt::LeftButton) {
+        if (const Position position = positionAt(toDocument(event.position())))
+            if (!(position == mLoaded->selection().focus())) moveTo(position, Extend::Yes);
+        return;
+    }
+    updateCursor(event.position().toPoint());
+}
+
+void View::updateCursor(QPoint client)
+{
+    dom::Element *element = elementAt(client);
+    const bool reads = mWidget.editMode() == dom::EditMode::Browse;
+    Qt::CursorShape shape = Qt::ArrowCursor;
+    if (reads && anchorOf(element))
+        shape = Qt::PointingHandCursor;
+    else if (element && (element->isContentEditable() || reads))
+        shape = element->is(dom::names::img) ? Qt::ArrowCursor : Qt::IBeamCursor;
+    mWidget.viewport()->setCursor(shape);
+}
+
+void View::mouseReleased(const QMouseEvent &event, bool goesOn)
+{
+    const bool clicked = mSelecting && mLoaded->selection().isCaret();
+    mSelecting = false;
+    const base::Ref<dom::Element> anchor = std::exchange(mPressedAnchor, nullptr);
+    if (!goesOn || event.button() != Qt::LeftButton || !clicked || !anchor) return;
+    if (mWidget.editMode() == dom::EditMode::Browse && anchorOf(elementAt(event.position().toPoint())) == anchor.get())
+        click(*anchor);
+}
+
+void View::click(dom::Element &element)
+{
+    if (dom::Element *anchor = anchorOf(&element)) mWidget.navigate({anchor->href(), 0, anchor->attributeValue("target"), {}, {}});
+}
+
+void View::focus(dom::Element &element)
+{
+    if (!element.isContentEditable())
+        throw base::Error(base::errors::notPossible, QStringLiteral("The element can't take the focus."));
+    const Content content = Movement::contentFor(Position::startOf(element), mLoaded->editor().rendering());
+    mLoaded->selection().setCaret(Movement(content).startOfBlock(Position::startOf(element)));
+    mWidget.takeFocus();
+}
+
+// Input methods
+
+void View::inputMethod(const QInputMethodEvent &event)
+{
+    if (event.commitString().isEmpty() || !mLoaded->editor().canEdit()) return;
+    mLoaded->editor().insertText(event.commitString());
+    edited();
+}
+
+QVariant View::inputMethodQuery(Qt::InputMethodQuery query)
+{
+    const Position &at = mLoaded->selection().focus();
+    switch (query) {
+    case Qt::ImEnabled: return mLoaded->editor().canEdit();
+    case Qt::ImCursorRectangle: return caretRect();
+    case Qt::ImSurroundingText: return at.text() ? at.text()->data() : QString();
+    case Qt::ImCursorPosition: return at.text() ? int(at.offset) : 0;
+    case Qt::ImAnchorPosition: {
+        const Position &anchor = mLoaded->selection().anchor();
+        return anchor.node == at.node ? int(anchor.offset) : int(at.offset);
+    }
+    case Qt::ImHints: return int(Qt::ImhMultiLine);
+    default: return {};
+    }
+}
+
+// Commands
+
+namespace {
+
+struct Number {
+    int number;
+    const char *name;
+};
+/// Commands that hosts know by a number.
+const Number numbers[] = {{17, "delete"}, {29, "redo"}, {31, "selectAll"}, {43, "undo"}};
+
+const editing::Command *findCommand(const QString &name)
+{
+    for (const Number &row : numbers)
+        if (name == QString::number(row.number)) return editing::CommandTable::find(QLatin1String(row.name));
+    return editing::CommandTable::find(name);
+}
+
+} // namespace
+
+bool View::execNamed(const QString &name, const QString &value)
+{
+    const editing::Command *command = findCommand(name);
+    if (!command || !mLoaded) return false;
+    const bool done = editing::CommandTable::run(*command, {mLoaded->editor(), {}, {}, {}, {}}, value);
+    if (mLoaded) edited();
+    return done;
+}
+
+View::CommandState View::queryNamed(const QString &name)
+{
+    CommandState result;
+    const editing::Command *command = findCommand(name);
+    if (!command || !mLoaded) return result;
+    const editing::CommandContext context{mLoaded->editor(), {}, {}, {}, {}};
+    result.enabled = editing::CommandTable::isPossible(*command, context);
+    const editing::State state = editing::CommandTable::state(*command, context);
+    result.state = state == editing::State::On      ? QStringLiteral("on")
+                   : state == editing::State::Mixed ? QStringLiteral("mixed")
+                                                    : QStringLiteral("off");
+    result.value = editing::CommandTable::value(*command, context);
+    return result;
+}
+
+int View::commandStatus(int command)
+{
+    return queryNamed(QString::number(command)).enabled ? 2 : 0;
+}
+
+bool View::execCommand(int command, const QString &value)
+{
+    return execNamed(QString::number(command), value);
+}
+
+} // namespace surface

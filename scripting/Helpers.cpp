@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scripting/Helpers.h"
+
+#include "control/Vellum5Parts.h"
+#include "core/modMain.h"
+#include "engine/css/StyleObject.h"
+#include "scripting/Interpreter.h"
+#include "scripting/Objects.h"
+
+namespace scripting {
+
+using platform::Arguments;
+using platform::CallResult;
+using platform::Value;
+
+namespace {
+
+using Helper = std::function<Value(Interpreter &, const Arguments &)>;
+
+QString text(const Arguments &arguments, size_t i)
+{
+    return i < arguments.size() ? arguments[i].toString() : QString();
+}
+
+bool flag(const Arguments &arguments, size_t i)
+{
+    return i < arguments.size() && arguments[i].toBoolean();
+}
+
+dom::Element *element(const Arguments &arguments, size_t i)
+{
+    return i < arguments.size() ? elementOf(arguments[i]) : nullptr;
+}
+
+Value fromVariant(const QVariant &value)
+{
+    if (!value.isValid()) return {};
+    if (value.typeId() == QMetaType::Double) return Value(value.toDouble());
+    if (value.typeId() == QMetaType::Bool) return Value(value.toBool());
+    return Value(value.toString());
+}
+
+QVariant toVariant(const Value &value)
+{
+    if (value.isBoolean()) return value.toBoolean();
+    if (value.isInteger()) return value.toInteger();
+    if (value.isNumber()) return value.toDouble();
+    return value.toString();
+}
+
+Value getAppValue(const Arguments &a)
+{
+    const auto root = support::SettingsStore::rootByName(text(a, 4)).value_or(support::SettingsRoot::CurrentUser);
+    return fromVariant(modMain::GetAppValue(text(a, 0), a.size() > 1 ? toVariant(a[1]) : QVariant(),
+                                            a.size() > 2 && a[2].isNumber() ? a[2].toInt() : 0, text(a, 3), root, text(a, 5)));
+}
+
+Value inStrEx(const Arguments &a)
+{
+    const bool ignoresCase = a.size() > 3 && a[3].toInt() == 1;
+    return Value(qint64(modMain::InStrEx(a.at(0).toInt(), text(a, 1), text(a, 2),
+                                         ignoresCase ? modMain::Compare::Text : modMain::Compare::Binary)));
+}
+
+template <class Function> Helper textHelper(Function function)
+{
+    return [function](Interpreter &, const Arguments &a) { return Value(function(text(a, 0))); };
+}
+
+void addTextHelpers(QHash<QString, Helper> &table)
+{
+    const auto add = [&table](const char *name, Helper helper) { table.insert(QString::fromLatin1(name).toLower(), helper); };
+    using In = Interpreter;
+    add("ParseURL", [](In &, const Arguments &a) { return Value(modMain::ParseURL(text(a, 0), text(a, 1))); });
+    add("InStrEx", [](In &, const Arguments &a) { return inStrEx(a); });
+    add("IsFileURL", textHelper(modMain::IsFileURL));
+    add("FileURLToFileName", textHelper(modMain::FileURLToFileName));
+    add("RemoveEntities", textHelper(modMain::RemoveEntities));
+    add("GetHrefFromOuterHTML", textHelper(modMain::GetHrefFromOuterHTML));
+    add("ReturnBody", textHelper(modMain::ReturnBody));
+    add("ReturnNonBody", [](In &, const Arguments &a) { return Value(modMain::ReturnNonBody(text(a, 0), text(a, 1))); });
+    add("RemoveLeadingAndTrailingLineFeeds", textHelper(modMain::RemoveLeadingAndTrailingLineFeeds));
+    add("RegKeyPath", [](In &, const Arguments &) { return Value(modMain::RegKeyPath()); });
+    add("GetAppValue", [](In &, const Arguments &a) { return getAppValue(a); });
+    add("SetAppValue", [](In &, const Arguments &a) {
+        modMain::SetAppValue(text(a, 0), a.size() > 1 ? toVariant(a[1]) : QVariant(), text(a, 2));
+        return Value();
+    });
+    add("ExtendedStyleSupportEnabled", [](In &, const Arguments &) { return Value(modMain::ExtendedStyleSupportEnabled()); });
+    add("ToRelativeFileName", [](In &in, const Arguments &a) {
+        return Value(modMain::ToRelativeFileName(in.control().BaseURL(), text(a, a.size() > 1 ? 1 : 0)));
+    });
+}
+
+void addElementHelpers(QHash<QString, Helper> &table)
+{
+    const auto add = [&table](const char *name, Helper helper) { table.insert(QString::fromLatin1(name).toLower(), helper); };
+    using In = Interpreter;
+    add("GetAttribute", [](In &, const Arguments &a) { return fromVariant(modMain::GetAttribute(element(a, 0), text(a, 1))); });
+    add("SetAttribute", [](In &, const Arguments &a) {
+        modMain::SetAttribute(element(a, 0), text(a, 1), text(a, 2));
+        return Value();
+    });
+    add("RemoveAttribute", [](In &, const Arguments &a) {
+        modMain::RemoveAttribute(element(a, 0), text(a, 1));
+        return Value();
+    });
+    add("GetAttributeNode", [](In &, const Arguments &a) {
+        return attributeValue(modMain::GetAttributeNode(element(a, 0), text(a, 1)).get());
+    });
+    add("GetStyleAttribute", [](In &, const Arguments &a) { return Value(modMain::GetStyleAttribute(element(a, 0), text(a, 1))); });
+    add("SetStyleAttribute", [](In &, const Arguments &a) {
+        modMain::SetStyleAttribute(element(a, 0), text(a, 1), a.size() > 2 ? toVariant(a[2]) : QVariant());
+        return Value();
+    });
+    add("RemoveStyleAttribute", [](In &, const Arguments &a) {
+        modMain::RemoveStyleAttribute(element(a, 0), text(a, 1));
+        return Value();
+    });
+    add("GetElementClassName", [](In &, const Arguments &a) { return Value(modMain::GetElementClassName(element(a, 0))); });
+    add("GetUniqueName", [](In &, const Arguments &a) { return Value(modMain::GetUniqueName(element(a, 0))); });
+    add("IsChildElement", [](In &, const Arguments &a) { return Value(modMain::IsChildElement(element(a, 0), element(a, 1))); });
+    add("IsVisibleElement", [](In &, const Arguments &a) { return Value(modMain::IsVisibleElement(element(a, 0), flag(a, 1))); });
+    add("IsElementEditable", [](In &, const Arguments &a) { return Value(modMain::IsElementEditable(element(a, 0))); });
+    add("IsEditWrapperElement", [](In &, const Arguments &a) { return Value(modMain::IsEditWrapperElement(element(a, 0))); });
+    add("RemoveSpan", [](In &, const Arguments &a) {
+        modMain::RemoveSpan(element(a, 0));
+        return Value();
+    });
+    add("GetHrefFromElement", [](In &, const Arguments &a) { return Value(modMain::GetHrefFromElement(element(a, 0))); });
+}
+
+void addControlHelpers(QHash<QString, Helper> &table)
+{
+    const auto add = [&table](const char *name, Helper helper) { table.insert(QString::fromLatin1(name).toLower(), helper); };
+    using In = Interpreter;
+    add("AddHTMLWrapper", [](In &in, const Arguments &a) { return Value(in.control().parts().text.AddHTMLWrapper(text(a, 0))); });
+    add("StyleSheetLinks", [](In &in, const Arguments &) { return Value(in.control().parts().text.StyleSheetLinks()); });
+    add("FormatHTML", [](In &in, const Arguments &a) { return Value(in.control().parts().text.FormatHTML(text(a, 0), flag(a, 1))); });
+    add("GetInternalHTMLText", [](In &in, const Arguments &) { return Value(in.control().parts().text.GetInternalHTMLText()); });
+    add("SetInternalHTMLText", [](In &in, const Arguments &a) {
+        in.control().parts().text.SetInternalHTMLText(text(a, 0), flag(a, 1));
+        return Value();
+    });
+    add("UpdateInternalHTMLText", [](In &in, const Arguments &) {
+        in.control().parts().text.UpdateInternalHTMLText();
+        return Value();
+    });
+    add("GetVisualHTML", [](In &in, const Arguments &) { return Value(in.control().parts().text.GetVisualHTML()); });
+    add("SetedDocumentHTML", [](In &in, const Arguments &a) {
+        in.control().parts().text.SetedDocumentHTML(text(a, 0));
+        return Value();
+    });
+    add("ShutDownBeforeReload", [](In &in, const Arguments &) {
+        in.control().parts().text.ShutDownBeforeReload();
+        return Value();
+    });
+    add("ResetNavSound", [](In &in, const Arguments &) {
+        in.control().parts().text.ResetNavSound();
+        return Value();
+    });
+    add("mDoc", [](In &in, const Arguments &) { return documentValue(in.control().parts().text.mDoc()); });
+    add("UpdateCurrentView", [](In &in, const Arguments &a) {
+        in.control().parts().views.UpdateCurrentView(flag(a, 0));
+        return Value();
+    });
+    add("UpdateView", [](In &in, const Arguments &a) {
+        in.control().parts().views.UpdateView(EditViewEnum(a.at(0).toInt()), flag(a, 1));
+        return Value();
+    });
+    add("IsPropertySheetVisible", [](In &in, const Arguments &) { return Value(in.control().parts().views.IsPropertySheetVisible()); });
+    add("RaiseChangeEvent", [](In &in, const Arguments &a) {
+        in.control().parts().events.RaiseChangeEvent(flag(a, 0));
+        return Value();
+    });
+    add("DocChanged", [](In &in, const Arguments &) {
+        in.control().parts().events.DocChanged();
+        return Value();
+    });
+    add("IsIdle", [](In &in, const Arguments &) { return Value(in.control().parts().events.IsIdle()); });
+    add("RefreshTools", [](In &in, const Arguments &) {
+        in.control().parts().host.RefreshTools();
+        return Value();
+    });
+    add("CreateNewChangeManager", [](In &in, const Arguments &) {
+        in.control().parts().changes.CreateNewChangeManager();
+        return Value();
+    });
+    add("KillChangeManager", [](In &in, const Arguments &) {
+        in.control().parts().changes.KillChangeManager();
+        return Value();
+    });
+    add("IsUserMode", [](In &in, const Arguments &) { return Value(in.control().parts().host.IsUserMode()); });
+    add("ExtenderVisible", [](In &in, const Arguments &) { return Value(in.control().parts().host.ExtenderVisible(false)); });
+    add("OutputDebugString", [](In &in, const Arguments &a) {
+        in.control().parts().host.OutputDebugString(text(a, 0));
+        return Value();
+    });
+    add("FormatVariable", [](In &, const Arguments &a) {
+        return Value(support::FormatVariable(text(a, 0), a.size() > 1 ? dumpOf(a[1]) : support::DumpValue::empty()));
+    });
+}
+
+} // namespace
+
+CallResult callHelper(Interpreter &in, const QString &name, const Arguments &arguments)
+{
+    static const auto table = [] {
+        QHash<QString, Helper> table;
+        addTextHelpers(table);
+        addElementHelpers(table);
+        addControlHelpers(table);
+        return table;
+    }();
+    const auto found = table.constFind(name.toLower());
+    if (found == table.constEnd()) notAvailable();
+    return {(*found)(in, arguments), {}};
+}
+
+} // namespace scripting

@@ -1,0 +1,363 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scripting/Interpreter.h"
+
+#include "base/Clock.h"
+#include "control/Vellum5Parts.h"
+#include "engine/changes/EditScope.h"
+#include "platform/FileHelper.h"
+#include "platform/TypeLibrary.h"
+#include "support/SettingsStore.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QMimeData>
+#include <QMouseEvent>
+
+namespace scripting {
+
+using platform::Value;
+
+namespace {
+
+Value looseValue(const QString &text)
+{
+    try {
+        return platform::parseJson(text);
+    } catch (const base::Error &) {
+        return Value(text);
+    }
+}
+
+QVariant toVariant(const Value &value)
+{
+    if (value.isBoolean()) return value.toBoolean();
+    if (value.isInteger()) return value.toInteger();
+    if (value.isNumber()) return value.toDouble();
+    return value.toString();
+}
+
+Value fromVariant(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Bool: return Value(value.toBool());
+    case QMetaType::Int:
+    case QMetaType::LongLong: return Value(qint64(value.toLongLong()));
+    case QMetaType::UInt:
+    case QMetaType::ULongLong: return Value(quint64(value.toULongLong()));
+    case QMetaType::Double: return Value(value.toDouble());
+    default: return Value(value.toString());
+    }
+}
+
+void makeNew(Interpreter &in, Words &words)
+{
+    if (words.command().line.trimmed() == QLatin1String("fresh")) return in.host().makeControl(nullptr);
+    PropertyBag bag;
+    while (!words.atEnd()) {
+        words.skipBlanks();
+        const QString &line = words.line();
+        const qsizetype equals = line.indexOf(u'=', words.position());
+        if (equals < 0) throw ScriptError(QStringLiteral("an entry is NAME=VALUE"));
+        const QString name = line.mid(words.position(), equals - words.position()).trimmed();
+        words.moveTo(equals + 1);
+        const bool quoted = equals + 1 < line.size() && line[equals + 1] == u'"';
+        const bool empty = equals + 1 >= line.size() || line[equals + 1] == u' ';
+        bag.set(name, quoted ? QVariant(words.word("a value")) : empty ? QVariant(QString()) : toVariant(looseValue(words.word("a value"))));
+    }
+    in.host().makeControl(&bag);
+}
+
+void bag(Interpreter &in, Words &words)
+{
+    words.finish();
+    PropertyBag bag;
+    in.control().WriteProperties(bag);
+    for (const auto &entry : bag.entries())
+        in.print(entry.name + u'=' + fromVariant(entry.value).toJson() +
+                 (entry.isDefault ? QStringLiteral(" (default)") : QString()));
+}
+
+void changed(Interpreter &in, Words &words)
+{
+    words.finish();
+    for (const QString &name : in.host().takePropertyChanges()) in.print(name);
+}
+
+bool onOff(Words &words)
+{
+    const QString word = words.word("on or off");
+    if (word != QLatin1String("on") && word != QLatin1String("off")) throw ScriptError(QStringLiteral("on or off"));
+    return word == QLatin1String("on");
+}
+
+void userMode(Interpreter &in, Words &words)
+{
+    in.host().setUserMode(onOff(words));
+}
+
+void show(Interpreter &in, Words &)
+{
+    in.host().show();
+}
+
+void hide(Interpreter &in, Words &)
+{
+    in.control().hide();
+}
+
+void size(Interpreter &in, Words &words)
+{
+    const int width = words.number("a width");
+    in.control().resize(width, words.number("a height"));
+}
+
+void focus(Interpreter &in, Words &words)
+{
+    const QString where = words.word("visual, source or none");
+    if (where == QLatin1String("visual"))
+        in.host().surface().setFocus();
+    else if (where == QLatin1String("source"))
+        in.host().source().setFocus();
+    else if (QWidget *widget = QApplication::focusWidget())
+        widget->clearFocus();
+}
+
+void setting(Interpreter &in, Words &words)
+{
+    const QString action = words.word("get, set or list");
+    const QString key = words.word("a key");
+    const qsizetype slash = key.indexOf(u'\\');
+    const auto root = support::SettingsStore::rootByName(key.left(slash < 0 ? key.size() : slash));
+    if (!root) throw ScriptError(QStringLiteral("unknown root: %1").arg(key));
+    const QString path = slash < 0 ? QString() : key.mid(slash + 1);
+    support::SettingsStore &store = support::SettingsStore::instance();
+    if (action == QLatin1String("list")) {
+        for (const QString &name : store.valueNames(*root, path)) in.print(Value::quoted(name));
+        for (const QString &name : store.subKeys(*root, path)) in.print(name + u'\\');
+        return;
+    }
+    const QString name = words.word("a name");
+    if (action == QLatin1String("get"))
+        in.printRaw(store.read(*root, path, name));
+    else if (action == QLatin1String("set"))
+        store.write(*root, path, name, words.text());
+    else
+        throw ScriptError(QStringLiteral("get, set or list"));
+}
+
+void clipboard(Interpreter &in, Words &words)
+{
+    const QString form = words.word("a form");
+    QClipboard *board = QApplication::clipboard();
+    if (form == QLatin1String("clear")) return board->clear();
+    const QString mime = form == QLatin1String("TEXT")   ? QStringLiteral("text/plain")
+                         : form == QLatin1String("HTML") ? QStringLiteral("text/html")
+                         : form == QLatin1String("HTMLFORMAT")
+                             ? QStringLiteral("application/x-qt-windows-mime;value=\"HTML Format\"")
+                             : QString();
+    if (mime.isEmpty() && form != QLatin1String("IMAGE")) throw ScriptError(QStringLiteral("unknown form: %1").arg(form));
+    if (!words.hasText()) {
+        in.printRaw(mime.isEmpty() ? QString() : QString::fromUtf8(board->mimeData()->data(mime)));
+        return;
+    }
+    auto *data = new QMimeData;
+    for (const QString &known : board->mimeData()->formats()) data->setData(known, board->mimeData()->data(known));
+    if (mime.isEmpty())
+        data->setImageData(QImage(in.filePath(words.text())));
+    else
+        data->setData(mime, words.text().toUtf8());
+    board->setMimeData(data);
+}
+
+void writeFile(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a name");
+    QFile file(in.filePath(name));
+    if (!file.open(QFile::WriteOnly)) throw ScriptError(file.errorString());
+    file.write(words.text().toUtf8());
+}
+
+void readFile(Interpreter &in, Words &words)
+{
+    QFile file(in.filePath(words.word("a name")));
+    if (!file.open(QFile::ReadOnly)) throw ScriptError(file.errorString());
+    in.printRaw(QString::fromUtf8(file.readAll()));
+}
+
+void children(Interpreter &in, Words &)
+{
+    Vellum5::Parts &parts = in.control().parts();
+    const std::pair<const char *, QWidget *> rows[] = {
+        {"ed", parts.ed},
+        {"txtHTMLSource", parts.txtHTMLSource},
+        {"FlatStrip", parts.strip},
+        {"splitMain", parts.splitMain},
+        {"splitPageMap", parts.splitPageMap},
+        {"conEditors", parts.conEditors},
+    };
+    for (const auto &[name, child] : rows) {
+        const QPoint at = child->mapTo(&in.control(), QPoint());
+        in.print(QStringLiteral("%1 %2 %3 %4 %5 %6")
+                     .arg(QLatin1String(name), child->isHidden() ? QStringLiteral("hidden") : QStringLiteral("shown"))
+                     .arg(at.x())
+                     .arg(at.y())
+                     .arg(child->width())
+                     .arg(child->height()));
+    }
+    const FlatStrip &strip = *parts.strip;
+    for (const QString &key : strip.tabKeys())
+        in.print(QStringLiteral("tab %1 %2%3")
+                     .arg(key, strip.isTabVisible(key) ? QStringLiteral("shown") : QStringLiteral("hidden"),
+                          strip.SelectedTab() == key ? QStringLiteral(" selected") : QString()));
+}
+
+void tab(Interpreter &in, Words &words)
+{
+    FlatStrip &strip = *in.control().parts().strip;
+    const QString key = words.word("a key");
+    const QRect place = strip.tabRect(key);
+    if (place.isEmpty()) throw ScriptError(QStringLiteral("no tab to click: %1").arg(key));
+    const QPointF at = place.center();
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, at, strip.mapToGlobal(at), Qt::LeftButton,
+                          type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(&strip, &event);
+    }
+}
+
+void splitter(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a splitter");
+    Vellum5::Parts &parts = in.control().parts();
+    Splitter *which = name == QLatin1String("splitMain")      ? parts.splitMain
+                      : name == QLatin1String("splitPageMap") ? parts.splitPageMap
+                                                              : nullptr;
+    if (!which) throw ScriptError(QStringLiteral("unknown splitter: %1").arg(name));
+    if (!words.atEnd()) notAvailable(); // neither has anything to part yet
+    in.print(QString::number(which->Position()));
+}
+
+void typelib(Interpreter &in, Words &words)
+{
+    in.printRaw(words.atEnd() ? platform::typelibrary::text() : platform::typelibrary::text(words.word("an interface")));
+}
+
+void openFile(Interpreter &in, Words &words)
+{
+    const QString name = platform::FileHelper::localName(in.filePath(words.text()));
+    const platform::DecodedText file = platform::FileHelper::readText(name);
+    in.control().setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
+    in.control().setDocumentHTML(file.text);
+    in.fileFormat = file.format;
+}
+
+void saveFile(Interpreter &in, Words &words)
+{
+    const auto written = platform::FileHelper::writeText(in.filePath(words.text()), in.control().DocumentHTML(), in.fileFormat);
+    in.fileFormat = written.format;
+    if (!written.message.isEmpty()) in.print(written.message);
+}
+
+void view(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a view");
+    const int view = QStringList{QStringLiteral("visual"), QStringLiteral("source"), QStringLiteral("preview")}.indexOf(name);
+    if (view < 0) throw ScriptError(QStringLiteral("visual, source or preview"));
+    in.control().setEditView(view);
+}
+
+void format(Interpreter &in, Words &words) { in.control().setAutoFormatHTML(onOff(words)); }
+void bodyMode(Interpreter &in, Words &words) { in.control().setBodyMode(onOff(words)); }
+void baseUrl(Interpreter &in, Words &words) { in.control().setBaseURL(words.text()); }
+void editMode(Interpreter &in, Words &words) { in.control().setEditMode(words.number("an edit mode")); }
+void html(Interpreter &in, Words &words) { in.control().setDocumentHTML(words.text()); }
+void body(Interpreter &in, Words &words) { in.control().setBodyText(words.text()); }
+void run(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a command");
+    if (!words.atEnd()) notAvailable();
+    in.control().RunCommand(name);
+}
+void unavailable(Interpreter &, Words &) { notAvailable(); }
+
+void wait(Interpreter &in, Words &words)
+{
+    base::Clock::instance().advance(words.number("milliseconds"), [&in] { in.settle(); });
+}
+
+void echo(Interpreter &in, Words &words)
+{
+    in.print(words.text());
+}
+
+void withoutWaiting(Interpreter &in, Words &words)
+{
+    const bool waited = std::exchange(in.waits, false);
+    const bool old = in.skipSettle;
+    in.skipSettle = true;
+    try {
+        in.execute(words.command());
+    } catch (...) {
+        in.waits = waited;
+        in.skipSettle = old;
+        throw;
+    }
+    in.waits = waited;
+}
+
+void repeat(Interpreter &in, Words &words)
+{
+    const int count = words.number("a count");
+    const Command command = words.command();
+    for (int i = 0; i < count; ++i) in.execute(command);
+}
+
+void timeIt(Interpreter &in, Words &words)
+{
+    QElapsedTimer timer;
+    timer.start();
+    in.execute(words.command());
+    if (IHTMLDocument2 *document = in.control().DOM(); document && document->body()) document->body()->offsetBox();
+    in.print(QString::number(double(timer.nsecsElapsed()) / 1e6, 'f', 3));
+}
+
+} // namespace
+
+void runInSecond(Interpreter &in, Words &words)
+{
+    if (!in.mSecond) {
+        in.mSecond = std::make_unique<ScriptHost>();
+        in.mSecond->runInHandler = in.mHost->runInHandler;
+        PropertyBag bag;
+        in.mSecond->makeControl(&bag);
+    }
+    std::swap(in.mHost, in.mSecond);
+    try {
+        in.execute(words.command());
+    } catch (...) {
+        std::swap(in.mHost, in.mSecond);
+        throw;
+    }
+    std::swap(in.mHost, in.mSecond);
+}
+
+const std::vector<VerbRow> &hostVerbs()
+{
+    static const std::vector<VerbRow> rows = {
+        {"new", makeNew},       {"bag", bag},           {"changed", changed},   {"usermode", userMode},
+        {"show", show},         {"hide", hide},         {"size", size},         {"focus", focus},
+        {"setting", setting},   {"clipboard", clipboard}, {"write", writeFile}, {"read", readFile},
+        {"second", runInSecond}, {"children", children}, {"tab", tab},          {"splitter", splitter},
+        {"typelib", typelib},   {"open", openFile},     {"save", saveFile},     {"html", html},
+        {"body", body},         {"view", view},         {"format", format},     {"bodymode", bodyMode},
+        {"baseurl", baseUrl},   {"editmode", editMode}, {"spell", unavailable}, {"run", run},
+        {"wait", wait},         {"echo", echo},         {"nowait", withoutWaiting}, {"repeat", repeat},
+        {"time", timeIt},
+    };
+    return rows;
+}
+
+} // namespace scripting

@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scripting/Interpreter.h"
+
+#include "control/Vellum5Parts.h"
+#include "engine/surface/View.h"
+#include "scripting/Objects.h"
+
+#include <QApplication>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QWheelEvent>
+
+// Input as a person gives it: real events to what has the focus or lies under the pointer.
+
+namespace scripting {
+
+namespace {
+
+QWidget *focused()
+{
+    return QApplication::focusWidget();
+}
+
+/// One key, as the window system would send it: the widget may claim it before a shortcut gets it.
+void pressKey(int key, Qt::KeyboardModifiers modifiers, const QString &text)
+{
+    QPointer<QWidget> widget = focused();
+    if (!widget) return;
+    QKeyEvent claim(QEvent::ShortcutOverride, key, modifiers, text);
+    claim.ignore();
+    QApplication::sendEvent(widget, &claim);
+    QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
+    QApplication::sendEvent(widget, &press);
+    if (!widget) return;
+    QKeyEvent release(QEvent::KeyRelease, key, modifiers, text);
+    QApplication::sendEvent(widget, &release);
+}
+
+void typeText(Interpreter &in, Words &words)
+{
+    const QString text = words.text();
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c == u'\n') {
+            pressKey(Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
+        } else if (c.isHighSurrogate() && i + 1 < text.size()) {
+            pressKey(0, Qt::NoModifier, text.mid(i++, 2));
+        } else {
+            const bool shifted = c.isUpper();
+            pressKey(c.unicode() < 0x100 ? c.toUpper().unicode() : 0, shifted ? Qt::ShiftModifier : Qt::NoModifier, QString(c));
+        }
+        if (in.waits) in.settle();
+    }
+}
+
+void key(Interpreter &in, Words &words)
+{
+    while (!words.atEnd()) {
+        const QString name = words.word("a key");
+        const QKeySequence sequence = QKeySequence::fromString(name, QKeySequence::PortableText);
+        if (sequence.isEmpty() || sequence[0].key() == Qt::Key_unknown)
+            throw ScriptError(QStringLiteral("unknown key: %1").arg(name));
+        for (int i = 0; i < sequence.count(); ++i) {
+            const QKeyCombination keys = sequence[uint(i)];
+            const Qt::KeyboardModifiers modifiers = keys.keyboardModifiers();
+            QString text;
+            if (!(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
+                if (keys.key() == Qt::Key_Return || keys.key() == Qt::Key_Enter)
+                    text = QStringLiteral("\r");
+                else if (keys.key() == Qt::Key_Tab)
+                    text = QStringLiteral("\t");
+                else if (keys.key() == Qt::Key_Backspace)
+                    text = QStringLiteral("\b");
+                else if (keys.key() >= Qt::Key_Space && keys.key() < 0x100)
+                    text = modifiers & Qt::ShiftModifier ? QString(QChar(keys.key())) : QString(QChar(keys.key())).toLower();
+            }
+            pressKey(keys.key(), modifiers, text);
+            if (in.waits) in.settle();
+        }
+    }
+}
+
+void compose(Interpreter &, Words &words)
+{
+    if (QWidget *widget = focused()) {
+        QInputMethodEvent event(words.text(), {});
+        QApplication::sendEvent(widget, &event);
+    }
+}
+
+void commit(Interpreter &, Words &words)
+{
+    if (QWidget *widget = focused()) {
+        QInputMethodEvent event;
+        event.setCommitString(words.text());
+        QApplication::sendEvent(widget, &event);
+    }
+}
+
+// The mouse
+
+struct Pointer {
+    QPoint at;
+    Qt::MouseButton button = Qt::LeftButton;
+    Qt::KeyboardModifiers modifiers;
+    int clicks = 1;
+};
+
+QWidget &client(Interpreter &in)
+{
+    if (in.state().mCurrentEditView == EditViewEnum::hvSourceEdit)
+        return *static_cast<QAbstractScrollArea &>(in.host().source()).viewport();
+    return *in.host().surface().viewport();
+}
+
+QPoint readPoint(Interpreter &in, Words &words)
+{
+    words.skipBlanks();
+    const QChar first = words.line().size() > words.position() ? words.line()[words.position()] : QChar();
+    if (first.isDigit() || first == u'-') {
+        const int x = words.number("X");
+        return {x, words.number("Y")};
+    }
+    const platform::Value value = in.readTarget(words);
+    dom::Element *element = elementOf(value);
+    if (!element) throw ScriptError(QStringLiteral("not an element"));
+    return in.host().surface().view().elementRect(*element).center();
+}
+
+Pointer readPointer(Interpreter &in, Words &words)
+{
+    Pointer pointer;
+    pointer.at = readPoint(in, words);
+    while (!words.atEnd()) {
+        const QString word = words.word("a word");
+        if (word == QLatin1String("left"))
+            pointer.button = Qt::LeftButton;
+        else if (word == QLatin1String("right"))
+            pointer.button = Qt::RightButton;
+        else if (word == QLatin1String("middle"))
+            pointer.button = Qt::MiddleButton;
+        else if (word == QLatin1String("double"))
+            pointer.clicks = 2;
+        else if (word == QLatin1String("triple"))
+            pointer.clicks = 3;
+        else if (word == QLatin1String("ctrl"))
+            pointer.modifiers |= Qt::ControlModifier;
+        else if (word == QLatin1String("shift"))
+            pointer.modifiers |= Qt::ShiftModifier;
+        else if (word == QLatin1String("alt"))
+            pointer.modifiers |= Qt::AltModifier;
+        else
+            throw ScriptError(QStringLiteral("unknown word: %1").arg(word));
+    }
+    return pointer;
+}
+
+void send(Interpreter &in, QEvent::Type type, const Pointer &pointer, Qt::MouseButtons held)
+{
+    QWidget &widget = client(in);
+    const QPointF at(pointer.at);
+    QMouseEvent event(type, at, widget.mapToGlobal(at), type == QEvent::MouseMove ? Qt::NoButton : pointer.button, held,
+                      pointer.modifiers);
+    QApplication::sendEvent(&widget, &event);
+}
+
+void pressAt(Interpreter &in, const Pointer &pointer, QEvent::Type type = QEvent::MouseButtonPress)
+{
+    QWidget &widget = client(in);
+    QWidget *target = widget.parentWidget() ? widget.parentWidget() : &widget;
+    if (target->focusPolicy() & Qt::ClickFocus) target->setFocus(Qt::MouseFocusReason);
+    send(in, type, pointer, pointer.button);
+}
+
+void click(Interpreter &in, Words &words)
+{
+    const Pointer pointer = readPointer(in, words);
+    in.host().surface().view().forgetClicks();
+    for (int i = 0; i < pointer.clicks; ++i) {
+        // The second press of a pair comes as a double click, as the window system sends it.
+        pressAt(in, pointer, i == 1 ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress);
+        send(in, QEvent::MouseButtonRelease, pointer, Qt::NoButton);
+    }
+    if (pointer.button == Qt::RightButton) {
+        QWidget &widget = client(in);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, pointer.at, widget.mapToGlobal(pointer.at), pointer.modifiers);
+        QApplication::sendEvent(&widget, &event);
+    }
+}
+
+void press(Interpreter &in, Words &words)
+{
+    in.heldPointer = readPointer(in, words).button;
+    words.moveTo(0);
+    words.word("press");
+    pressAt(in, readPointer(in, words));
+}
+
+void move(Interpreter &in, Words &words)
+{
+    send(in, QEvent::MouseMove, readPointer(in, words), in.heldPointer);
+}
+
+void release(Interpreter &in, Words &words)
+{
+    in.heldPointer = Qt::NoButton;
+    send(in, QEvent::MouseButtonRelease, readPointer(in, words), Qt::NoButton);
+}
+
+void drag(Interpreter &in, Words &words)
+{
+    const QPoint from = readPoint(in, words);
+    const Pointer to = readPointer(in, words);
+    Pointer at = to;
+    at.at = from;
+    in.host().surface().view().forgetClicks();
+    pressAt(in, at);
+    constexpr int steps = 8;
+    for (int i = 1; i <= steps; ++i) {
+        at.at = from + (to.at - from) * i / steps;
+        send(in, QEvent::MouseMove, at, at.button);
+    }
+    send(in, QEvent::MouseButtonRelease, to, Qt::NoButton);
+}
+
+void wheel(Interpreter &in, Words &words)
+{
+    const QPoint at = readPoint(in, words);
+    const int delta = words.number("DELTA");
+    const bool ctrl = words.wordOr(QString()) == QLatin1String("ctrl");
+    QWidget &widget = client(in);
+    QWheelEvent event(at, widget.mapToGlobal(at), {}, QPoint(0, delta), Qt::NoButton,
+                      ctrl ? Qt::ControlModifier : Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &event);
+}
+
+void unavailable(Interpreter &, Words &)
+{
+    notAvailable();
+}
+
+} // namespace
+
+const std::vector<VerbRow> &inputVerbs()
+{
+    static const std::vector<VerbRow> rows = {
+        {"type", typeText}, {"key", key},         {"compose", compose}, {"commit", commit},       {"click", click},
+        {"press", press},   {"move", move},       {"release", release}, {"drag", drag},           {"wheel", wheel},
+        {"drop", unavailable}, {"drag-over", unavailable}, {"drag-leave", unavailable},
+    };
+    return rows;
+}
+
+} // namespace scripting

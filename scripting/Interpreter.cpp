@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scripting/Interpreter.h"
+
+#include "base/Clock.h"
+#include "base/Fault.h"
+#include "control/Vellum5.h"
+#include "scripting/Objects.h"
+#include "support/Debug.h"
+#include "support/SettingsStore.h"
+
+#include <QApplication>
+#include <QDir>
+#include <cstdio>
+
+namespace scripting {
+
+using platform::MessageBox;
+using platform::Value;
+
+void notAvailable()
+{
+    throw ScriptError(QStringLiteral("not available yet"));
+}
+
+Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing)
+{
+    support::SettingsStore::instance().setFolder(options.settingsFolder.isEmpty() ? mFreshSettings.path()
+                                                                                  : options.settingsFolder);
+    mFilesFolder = options.filesFolder.isEmpty() ? mFreshFiles.path() : QDir(options.filesFolder).absolutePath();
+    base::Clock::instance().setManual(QDateTime(QDate(2026, 1, 1), QTime(12, 0)));
+    MessageBox::setHandler([this](const MessageBox::Request &request) { return answerBox(request); });
+    support::setFailurePresenter([this](const support::FailureReport &report) { mReports.push_back(report); });
+    support::setDebugSink([this](const QString &line) { mDebug << line; });
+    mHost = std::make_unique<ScriptHost>();
+    mHost->runInHandler = [this](const QString &command, const Event &event) { runInHandler(command, event); };
+    PropertyBag bag;
+    mHost->makeControl(&bag);
+    settle();
+}
+
+Interpreter::~Interpreter()
+{
+    mNamed.clear();
+    mSecond.reset();
+    mHost.reset();
+    base::faults::disarmAll();
+    MessageBox::setHandler({});
+    support::setFailurePresenter({});
+    support::setDebugSink({});
+    base::Clock::instance().setSystem();
+}
+
+void Interpreter::settle()
+{
+    // A load or a call may post further ones; a page that posts for ever is cut off.
+    for (int round = 0; round < 10000; ++round) {
+        QApplication::sendPostedEvents();
+        QApplication::processEvents();
+        if (!mHost->isLoading() && !(mSecond && mSecond->isLoading()) && round >= 2) break;
+    }
+}
+
+void Interpreter::print(const QString &text)
+{
+    mOutput += text + u'\n';
+}
+
+void Interpreter::printRaw(const QString &text)
+{
+    mOutput += text;
+    if (!text.endsWith(u'\n')) mOutput += u'\n';
+}
+
+QString Interpreter::withFolder(QString text) const
+{
+    return text.replace(QStringLiteral("$DIR"), mFilesFolder);
+}
+
+QString Interpreter::filePath(const QString &name) const
+{
+    return QDir(mFilesFolder).absoluteFilePath(name);
+}
+
+int Interpreter::run(const QString &text, const QString &name)
+{
+    int status = 0;
+    for (Command command : readScript(text)) {
+        command.line = withFolder(command.line);
+        if (command.block) command.block = withFolder(*command.block);
+        mOutput.clear();
+        QString failure;
+        try {
+            execute(command);
+        } catch (const ScriptError &error) {
+            failure = error.text();
+        } catch (const base::Error &error) {
+            failure = error.description();
+        } catch (const std::exception &error) {
+            failure = QString::fromUtf8(error.what());
+        }
+        std::fputs(mOutput.toUtf8().constData(), stdout);
+        std::fflush(stdout);
+        if (!command.line.trimmed().startsWith(QLatin1String("expect"))) mLastOutput = mOutput;
+        if (failure.isNull()) continue;
+        std::fprintf(stderr, "%s:%d: %s\n", qPrintable(name), command.number, qPrintable(failure));
+        status = 1;
+        if (!mKeepGoing) break;
+    }
+    return status;
+}
+
+static const QHash<QString, Verb> &verbs()
+{
+    static const auto table = [] {
+        QHash<QString, Verb> table;
+        for (const auto *group :
+             {&hostVerbs(), &lateVerbs(), &eventVerbs(), &inputVerbs(), &lookVerbs(), &insideVerbs()})
+            for (const VerbRow &row : *group) table.insert(QLatin1String(row.name), row.run);
+        return table;
+    }();
+    return table;
+}
+
+void Interpreter::execute(const Command &command)
+{
+    Words words(command);
+    const QString name = words.word("a command");
+    const auto verb = verbs().constFind(name);
+    if (verb == verbs().constEnd()) throw ScriptError(QStringLiteral("unknown command: %1").arg(name));
+    ++mDepth;
+    try {
+        (*verb)(*this, words);
+    } catch (...) {
+        if (--mDepth == 0 && waits) settle();
+        if (mDepth == 0) skipSettle = false;
+        throw;
+    }
+    --mDepth;
+    if (waits && !skipSettle) settle();
+    if (mDepth == 0) skipSettle = false;
+}
+
+void Interpreter::runInHandler(const QString &command, const Event &event)
+{
+    const Event *outer = std::exchange(mEvent, &event);
+    const bool waited = std::exchange(waits, false); // what is posted waits until the handler has ended
+    QString failure;
+    try {
+        execute(readScript(command).front());
+    } catch (const ScriptError &error) {
+        failure = error.text();
+    } catch (const base::Error &error) {
+        failure = error.description();
+    }
+    waits = waited;
+    mEvent = outer;
+    if (!failure.isNull()) print(QStringLiteral("error: ") + failure);
+}
+
+Value Interpreter::named(const QString &name) const
+{
+    if (mEvent)
+        for (const EventArgument &argument : mEvent->arguments)
+            if (argument.name.compare(name, Qt::CaseInsensitive) == 0) return argument.value();
+    const auto found = mNamed.constFind(name.toLower());
+    if (found == mNamed.constEnd()) throw ScriptError(QStringLiteral("nothing is named @%1").arg(name));
+    return *found;
+}
+
+Value Interpreter::readValue(Words &words)
+{
+    words.skipBlanks();
+    if (words.nextIs(u'@')) {
+        const Target target = readPath(words);
+        return target.path.steps.empty() ? target.start : target.path.get(target.start);
+    }
+    qsizetype position = words.position();
+    const Value value = platform::readJson(words.line(), position);
+    words.moveTo(position);
+    return value;
+}
+
+platform::Arguments Interpreter::readValues(Words &words)
+{
+    platform::Arguments values;
+    while (!words.atEnd()) values.push_back(readValue(words));
+    return values;
+}
+
+Interpreter::Target Interpreter::readPath(Words &words)
+{
+    words.skipBlanks();
+    qsizetype position = words.position();
+    platform::Path path =
+        platform::Path::read(words.line(), position, [this](const QString &name) { return named(name); });
+    words.moveTo(position);
+    return {path.root.isEmpty() ? objectValue(&control()) : named(path.root), path};
+}
+
+Value Interpreter::readTarget(Words &words)
+{
+    const Target target = readPath(words);
+    return target.path.steps.empty() ? target.start : target.path.get(target.start);
+}
+
+MessageBox::Button Interpreter::answerBox(const MessageBox::Request &request)
+{
+    QStringList names;
+    for (const MessageBox::Button button : request.buttons) names << MessageBox::name(button);
+    MessageBox::Button answer = request.escapeButton();
+    if (!mAnswers.isEmpty()) {
+        const QString wanted = mAnswers.takeFirst();
+        for (const MessageBox::Button button : request.buttons)
+            if (MessageBox::name(button).compare(wanted, Qt::CaseInsensitive) == 0) answer = button;
+    }
+    QString text = request.text;
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\\n")).replace(u'\n', QStringLiteral("\\n"));
+    mBoxes << QStringList{MessageBox::name(request.icon), request.caption, text, names.join(u'/'),
+                          MessageBox::name(answer)}
+                  .join(QStringLiteral(" | "));
+    return answer;
+}
+
+} // namespace scripting

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/DispatchPath.h"
+#include "platform/FileText.h"
+#include "platform/MessageBox.h"
+#include "scripting/Script.h"
+#include "scripting/ScriptHost.h"
+#include "support/FailureReport.h"
+
+#include <QHash>
+#include <QTemporaryDir>
+#include <memory>
+
+namespace scripting {
+
+class Interpreter;
+
+/// A verb of the language: its name, and what it does with the words behind it.
+using Verb = void (*)(Interpreter &, Words &);
+struct VerbRow {
+    const char *name;
+    Verb run;
+};
+
+/// Runs scripts against a host. Each command's output is kept, so that the next `expect` can be held against it.
+class Interpreter
+{
+public:
+    struct Options {
+        QString settingsFolder; ///< empty: a fresh one
+        QString filesFolder;    ///< empty: a fresh one
+        bool keepGoing = false;
+    };
+    explicit Interpreter(const Options &options);
+    ~Interpreter();
+
+    /// Gives the exit status. `name` is what errors are told of.
+    int run(const QString &text, const QString &name);
+
+    // For the verbs
+    ScriptHost &host() { return *mHost; }
+    Vellum5 &control() { return mHost->control(); }
+    /// Adds a line to the command's output.
+    void print(const QString &text);
+    void printRaw(const QString &text);
+    void execute(const Command &command);
+    /// Lets everything happen that was posted.
+    void settle();
+    QString filesFolder() const { return mFilesFolder; }
+    QString filePath(const QString &name) const;
+
+    platform::Value named(const QString &name) const;
+    void setNamed(const QString &name, const platform::Value &value) { mNamed[name.toLower()] = value; }
+    /// A value as a script writes it: JSON, `nothing`, `null`, `empty` or `@NAME`.
+    platform::Value readValue(Words &words);
+    platform::Arguments readValues(Words &words);
+    struct Target {
+        platform::Value start;
+        platform::Path path;
+    };
+    Target readPath(Words &words);
+    /// The value that a path names.
+    platform::Value readTarget(Words &words);
+    ControlState &state() { return mHost->state(); }
+    Qt::MouseButtons heldPointer; ///< buttons that `press` holds down
+
+    // Message boxes and reports
+    QStringList takeBoxes() { return std::exchange(mBoxes, {}); }
+    void queueAnswer(const QString &button) { mAnswers << button; }
+    std::vector<support::FailureReport> takeReports() { return std::exchange(mReports, {}); }
+    QStringList takeDebugLines() { return std::exchange(mDebug, {}); }
+
+    bool waits = true;       ///< whether commands let happen what was posted
+    bool skipSettle = false; ///< the command that is ending was told not to wait
+    platform::FileFormat fileFormat; ///< of the file opened last
+    QString lastOutput() const { return mLastOutput; }
+    QString &output() { return mOutput; }
+    QString withFolder(QString text) const;
+
+private:
+    platform::MessageBox::Button answerBox(const platform::MessageBox::Request &request);
+    void runInHandler(const QString &command, const Event &event);
+
+    QTemporaryDir mFreshSettings;
+    QTemporaryDir mFreshFiles;
+    QString mFilesFolder;
+    bool mKeepGoing;
+    std::unique_ptr<ScriptHost> mHost;
+    std::unique_ptr<ScriptHost> mSecond;
+    QString mOutput;
+    QString mLastOutput;
+    QHash<QString, platform::Value> mNamed;
+    const Event *mEvent = nullptr;
+    QStringList mAnswers;
+    QStringList mBoxes;
+    std::vector<support::FailureReport> mReports;
+    QStringList mDebug;
+    int mDepth = 0;
+
+    friend void runInSecond(Interpreter &, Words &);
+};
+
+/// The verbs by group.
+const std::vector<VerbRow> &hostVerbs();
+const std::vector<VerbRow> &lateVerbs();
+const std::vector<VerbRow> &eventVerbs();
+const std::vector<VerbRow> &inputVerbs();
+const std::vector<VerbRow> &lookVerbs();
+const std::vector<VerbRow> &insideVerbs();
+
+[[noreturn]] void notAvailable();
+
+} // namespace scripting

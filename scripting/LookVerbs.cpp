@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scripting/Interpreter.h"
+
+#include "control/Vellum5Parts.h"
+#include "engine/dom/CharacterData.h"
+#include "engine/surface/View.h"
+#include "scripting/Inside.h"
+#include "scripting/Objects.h"
+
+#include <QFile>
+
+// Looking at documents: what is printed, pictures, boxes.
+
+namespace scripting {
+
+using platform::Value;
+
+namespace {
+
+QString indented(int depth)
+{
+    return QString(depth * 2, u' ');
+}
+
+void printTree(Interpreter &in)
+{
+    IHTMLDocument2 *document = in.control().DOM();
+    if (!document) throw ScriptError(QStringLiteral("no document is loaded"));
+    for (const dom::Node *node = document->next(); node; node = node->next()) {
+        const int depth = int(node->depth()) - 1;
+        if (const dom::Element *element = node->asElement()) {
+            QString line = indented(depth) + element->tagName();
+            for (const dom::Attribute &attribute : element->attributeList())
+                line += u' ' + attribute.name.text() + u'=' + Value::quoted(attribute.value);
+            in.print(line);
+        } else if (node->isText()) {
+            in.print(indented(depth) + Value::quoted(node->nodeValue()));
+        } else if (node->isComment()) {
+            in.print(indented(depth) + QStringLiteral("<!--") + Value::quoted(node->nodeValue()) + QStringLiteral("-->"));
+        } else {
+            in.print(indented(depth) + QStringLiteral("!doctype"));
+        }
+    }
+}
+
+void printCaret(Interpreter &in)
+{
+    const QRect caret = in.host().surface().view().caretRect();
+    if (caret.isEmpty() && caret.height() <= 0) return in.print(QStringLiteral("none"));
+    in.print(QStringLiteral("%1 %2 %3").arg(caret.x()).arg(caret.y()).arg(caret.height()));
+}
+
+void print(Interpreter &in, Words &words)
+{
+    const QString what = words.word("what to print");
+    words.finish();
+    IHTMLDocument2 *document = in.control().DOM();
+    if (what == QLatin1String("html")) return in.printRaw(in.control().DocumentHTML());
+    if (what == QLatin1String("source")) return in.printRaw(in.control().parts().txtHTMLSource->Text());
+    if (what == QLatin1String("body")) {
+        if (!document || !document->body()) throw ScriptError(QStringLiteral("no document is loaded"));
+        return in.printRaw(document->body()->innerHTML());
+    }
+    if (what == QLatin1String("marked")) return in.printRaw(markedBody(in));
+    if (what == QLatin1String("caret")) return printCaret(in);
+    if (what == QLatin1String("tree")) return printTree(in);
+    if (printInside(in, what)) return;
+    if (what == QLatin1String("selected-html") || what == QLatin1String("selected-text") || what == QLatin1String("element"))
+        notAvailable();
+    throw ScriptError(QStringLiteral("unknown: print %1").arg(what));
+}
+
+void boxes(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a file");
+    const int width = words.atEnd() ? 1000 : words.number("a width");
+    const int height = words.atEnd() ? 800 : words.number("a height");
+    QFile file(in.filePath(name));
+    if (!file.open(QFile::WriteOnly)) throw ScriptError(file.errorString());
+    file.write(in.host().surface().view().boxesAsJson(QSize(width, height)));
+}
+
+void screenshot(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a file");
+    const QString what = words.wordOr(QStringLiteral("all"));
+    QWidget *widget = what == QLatin1String("visual")   ? static_cast<QWidget *>(&in.host().surface())
+                      : what == QLatin1String("source") ? &in.host().source()
+                                                        : static_cast<QWidget *>(&in.control());
+    if (!widget->grab().save(in.filePath(name))) throw ScriptError(QStringLiteral("can't write %1").arg(name));
+}
+
+void unavailable(Interpreter &, Words &)
+{
+    notAvailable();
+}
+
+} // namespace
+
+const std::vector<VerbRow> &lookVerbs()
+{
+    static const std::vector<VerbRow> rows = {
+        {"print", print}, {"boxes", boxes}, {"screenshot", screenshot}, {"pdf", unavailable}};
+    return rows;
+}
+
+} // namespace scripting

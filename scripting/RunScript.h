@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QStringList>
+
+namespace scripting {
+
+/// `--script FILE [--keep-going] [--settings FOLDER] [--files FOLDER]`; "-" is the standard input. Gives the exit status:
+/// 0, 1 when a command failed, 2 for a call that can't be understood.
+int runScript(const QStringList &arguments);
+
+} // namespace scripting

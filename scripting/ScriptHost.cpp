@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scripting/ScriptHost.h"
+
+#include "control/Vellum5.h"
+#include "control/Vellum5Parts.h"
+#include "engine/changes/ChangeTracker.h"
+#include "platform/EngineChangeLog.h"
+
+#include <QApplication>
+
+namespace scripting {
+
+ScriptHost::ScriptHost()
+{
+    // Between the manager and the engine's log stands one that scripts can feed.
+    platform::setChangeDocumentWrapper([this](std::shared_ptr<IChangeDocument> live) -> std::shared_ptr<IChangeDocument> {
+        mScripted = std::make_shared<ScriptedChangeLog>(std::move(live));
+        return mScripted;
+    });
+    platform::setBatchObserver([this](const std::vector<int> &kinds) { mBatches.push_back(kinds); });
+}
+
+ScriptHost::~ScriptHost()
+{
+    mSpy.reset();
+    mControl.reset();
+    platform::setChangeDocumentWrapper({});
+    platform::setBatchObserver({});
+}
+
+void ScriptHost::makeControl(PropertyBag *bag)
+{
+    mSpy.reset();
+    mControl.reset();
+    mScripted.reset();
+    mEvents.clear();
+    mPropertyChanges.clear();
+    mBatches.clear();
+    mRecords.clear();
+    mControl = bag ? std::make_unique<Vellum5>(*bag, nullptr, this) : std::make_unique<Vellum5>();
+    mSpy = std::make_unique<SignalSpy>(*mControl, [this](const Event &event) { heard(event); });
+    QObject::connect(&surface(), &surface::HTMLEditor::documentLoaded, mControl.get(),
+                     [this](const QString &text) { loaded(text); });
+    mControl->resize(1000, 800);
+    show();
+}
+
+void ScriptHost::loaded(const QString &text)
+{
+    mLoadedText = text;
+    mRecords.clear();
+    if (changes::ChangeTracker *tracker = surface().tracker())
+        tracker->onRecord = [this](const QByteArray &record) { mRecords.push_back(record); };
+}
+
+void ScriptHost::forgetHistory()
+{
+    mBatches.clear();
+}
+
+Vellum5 &ScriptHost::control() const
+{
+    return *mControl;
+}
+
+ControlState &ScriptHost::state() const
+{
+    return mControl->state();
+}
+
+surface::HTMLEditor &ScriptHost::surface() const
+{
+    return *mControl->parts().ed;
+}
+
+QWidget &ScriptHost::source() const
+{
+    return *mControl->parts().txtHTMLSource;
+}
+
+void ScriptHost::show()
+{
+    mControl->show();
+    mControl->activateWindow();
+    QApplication::processEvents();
+    surface().setFocus();
+}
+
+bool ScriptHost::isLoading() const
+{
+    return mControl && surface().isLoading();
+}
+
+void ScriptHost::heard(const Event &event)
+{
+    if (event.name == QLatin1String("PropertyChanged")) {
+        if (!mControl->parts().host.container) mPropertyChanges << event.arguments.front().value().toString();
+        return;
+    }
+    mEvents << event.text();
+    const auto found = mAnswers.constFind(event.name.toLower());
+    if (found == mAnswers.constEnd()) return;
+    const Answer answer = *found; // a command may change what is answered
+    for (const auto &[name, value] : answer.arguments)
+        for (const EventArgument &argument : event.arguments)
+            if (argument.name.compare(name, Qt::CaseInsensitive) == 0) argument.write(value);
+    for (const QString &command : answer.commands) runInHandler(command, event);
+}
+
+void ScriptHost::answerEvent(const QString &event, const QString &argument, const platform::Value &value)
+{
+    mAnswers[event.toLower()].arguments.emplace_back(argument, value);
+}
+
+void ScriptHost::runOnEvent(const QString &event, const QString &command)
+{
+    mAnswers[event.toLower()].commands << command;
+}
+
+void ScriptHost::forgetEvent(const QString &event)
+{
+    mAnswers.remove(event.toLower());
+}
+
+} // namespace scripting

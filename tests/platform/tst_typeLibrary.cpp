@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "platform/ControlTables.h"
+#include "platform/Interfaces.h"
+#include "platform/TypeLibrary.h"
+
+#include <QRegularExpression>
+#include <QSet>
+#include <QTest>
+
+using namespace platform;
+
+class tst_typeLibrary : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyInterfaceEventSetAndEnumerationIsListed()
+    {
+        const QString text = typelibrary::text();
+        for (const char *line : {"\ninterface Vellum5\n", "\nevents Vellum5Events\n", "\nenum EditViewEnum\n",
+                                 "\ninterface IHTMLElement\n", "\ninterface IHTMLTxtRange\n", "  2 hvPreview\n",
+                                 "  5 CommandClick(CommandName, &Ignore)\n", "  1006 get tagName\n"})
+            QVERIFY2(text.contains(QLatin1String(line)), line);
+    }
+    void anInterfaceIsAMemberALineWithItsId()
+    {
+        QCOMPARE(typelibrary::text("ihtmldomattribute"),
+                 QString("1601 get nodeName\n1602 get set nodeValue\n1603 get specified\n"));
+        QCOMPARE(typelibrary::text("VellumBorderStyleEnum"), QString("0 vellumBorderStyleNone\n1 vellumBorderStyle3D\n"));
+        QVERIFY(typelibrary::text("IUnknownThing").isNull());
+    }
+    void theEventsHaveTheirNumbers()
+    {
+        QCOMPARE(control::events().size(), std::size_t(36));
+        QSet<int> ids;
+        for (const control::EventRow &event : control::events()) ids.insert(event.id);
+        QCOMPARE(ids.size(), 36);
+        QCOMPARE(*std::min_element(ids.begin(), ids.end()), 1);
+        QCOMPARE(*std::max_element(ids.begin(), ids.end()), 36);
+        QCOMPARE(control::findEvent("inserthyperlinkrequestex")->id, 35);
+        QCOMPARE(control::findEvent("BeforeShowElementMenu")->id, 36);
+        QVERIFY(!control::findEvent("Changed"));
+    }
+    void noTwoMembersOfTheControlShareAnIdOrAName()
+    {
+        QSet<int> ids;
+        QSet<QString> names;
+        for (const MemberRow &row : control::members()) {
+            ids.insert(row.id);
+            names.insert(QString::fromLatin1(row.name).toLower());
+        }
+        QCOMPARE(std::size_t(ids.size()), control::members().size());
+        QCOMPARE(std::size_t(names.size()), control::members().size());
+    }
+    void membersOfOneObjectNeverShareAnId()
+    {
+        // What an element can support at once are the general interfaces and one of its tag.
+        QHash<int, QString> ids;
+        for (const Interface *interface : documentInterfaces()) {
+            const bool ofElements = interface->name().startsWith("IHTMLElement") || interface->name() == "IHTMLUniqueName" ||
+                                    interface->name() == "IHTMLDOMNode";
+            if (!ofElements || interface->name() == "IHTMLElementCollection") continue;
+            for (const Member &member : interface->members()) {
+                QVERIFY2(!ids.contains(member.id), qPrintable(member.name));
+                ids.insert(member.id, member.name);
+            }
+        }
+        QVERIFY(ids.size() > 50);
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_typeLibrary)
+#include "tst_typeLibrary.moc"

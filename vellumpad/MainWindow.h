@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "RecentFiles.h"
+
+#include <VellumKit5/FileHelper>
+#include <VellumKit5/Vellum5>
+
+#include <QDateTime>
+#include <QMainWindow>
+
+class QAction;
+class QMenu;
+
+/// VellumPad: a little HTML editor around one control. It saves what `DocumentHTML` gives, in the file's own encoding and
+/// line ends, and keeps a modified mark of its own, so that what is typed in the source view counts too.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    MainWindow();
+    ~MainWindow() override;
+
+    Vellum5 &control() { return *mControl; }
+    /// False, with a message, if the file can't be read.
+    bool openFile(const QString &name);
+    bool saveFile(const QString &name);
+    const QString &fileName() const { return mFileName; }
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void makeActions();
+    void makeMenus();
+    void newDocument();
+    void open();
+    bool save();
+    bool saveAs();
+    /// Asks before changes are lost; false if the user would rather stay.
+    bool mayLeave();
+    void loaded();
+    void changed();
+    void toolsRefreshed();
+    void setCurrentFile(const QString &name);
+    void setChanged(bool changed);
+    void updateRecentMenu();
+    void lookAtDisk();
+    QAction *action(const QString &text, const QKeySequence &keys, const char *icon, void (MainWindow::*run)());
+
+    Vellum5 *mControl;
+    RecentFiles mRecent;
+    QString mFileName;
+    platform::FileFormat mFormat;
+    QDateTime mTimeOnDisk;
+    QString mSavedText; ///< as the store held it when it was loaded or saved
+    bool mAsking = false;
+    QMenu *mRecentMenu = nullptr;
+    QAction *mNew, *mOpen, *mSave, *mSaveAs, *mQuit, *mUndo, *mRedo;
+    QAction *mViews[3];
+};

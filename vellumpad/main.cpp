@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "MainWindow.h"
+#include "Tour.h"
+
+#ifdef VELLUMPAD_SCRIPTING
+#include "scripting/RunScript.h"
+#endif
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QTemporaryDir>
+
+int main(int argc, char **argv)
+{
+    bool script = false, tour = false;
+    for (int i = 1; i < argc; ++i) {
+        script = script || qstrcmp(argv[i], "--script") == 0;
+        tour = tour || qstrcmp(argv[i], "--tour") == 0;
+    }
+    if ((script || tour) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("VellumPad"));
+    QApplication::setApplicationVersion(QStringLiteral("5.0.0"));
+#ifdef VELLUMPAD_SCRIPTING
+    if (script) return scripting::runScript(application.arguments());
+#endif
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QCoreApplication::translate("main", "A small HTML editor."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOption({QStringLiteral("tour"), QCoreApplication::translate("main", "Save pictures of the three views.")});
+    parser.addPositionalArgument(QStringLiteral("file"), QCoreApplication::translate("main", "The page to open."));
+    parser.process(application);
+    MainWindow window;
+    QTemporaryDir sample; // a copy of the sample, so that trying things out spoils nothing
+    const QStringList files = parser.positionalArguments();
+    if (!files.isEmpty()) {
+        if (!window.openFile(files.front()) && tour) return 1;
+    } else {
+        for (const char *name : {"sample.html", "sample.css", "leaf.svg"}) {
+            const QString copy = sample.filePath(QLatin1String(name));
+            QFile::copy(QStringLiteral(":/vellumpad/data/") + QLatin1String(name), copy);
+            QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner);
+        }
+        window.openFile(sample.filePath(QStringLiteral("sample.html")));
+    }
+    if (tour) return runTour(window);
+    window.show();
+    return QApplication::exec();
+}
