@@ -36,10 +36,10 @@ struct FontGroup
     int weight = 400;     ///< 1 .. 1000
     FontStyle style = FontStyle::Normal;
     bool smallCaps = false;
-    int stretch = 100;            ///< per cent
-    bool sizeIsMonospace = false; ///< whether keywords for sizes count from 13 pixels (family is exactly `monospace`)
-    uint8_t sizeKeyword = 4;      ///< 1 xx-small .. 4 medium .. 8 xxx-large, 0 where the size is none of them
-    float keywordFactor = 1;      ///< what the keyword's size was scaled by since
+    int stretch = 100;       ///< per cent
+    bool monospace = false;  ///< whether the family is exactly `monospace`, whose sizes by keyword count from 13 pixels
+    uint8_t sizeKeyword = 4; ///< 1 xx-small .. 4 medium .. 8 xxx-large, 0 where the size is none of them
+    bool sizeIsAbsolute = false; ///< written in pixels or the like, here or above
     friend bool operator==(const FontGroup &, const FontGroup &) = default;
 };
 

@@ -19,7 +19,8 @@ public:
     /// before their descendants. With Reframe, descendants are not told of one by one: all of their boxes are to be
     /// made anew.
     virtual void styleChanged(dom::Element &element, Difference difference) = 0;
-    /// Something waits for `StyleEngine::update`; told once until it was run.
+    /// Something waits for `StyleEngine::update`; told once until it was run, maybe from within a primitive of the
+    /// tree: note it and ask nothing.
     virtual void stylesInvalidated() {}
 };
 

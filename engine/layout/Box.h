@@ -182,6 +182,7 @@ public:
     bool collapsesThrough = false;
     bool hasLines = false;       ///< inline content with at least one line
     bool isListItem = false;
+    bool hasOutOfFlow = false;   ///< had a child that floats or is positioned
     bool clips = false;          ///< overflow isn't visible
     bool enteredWithFloats = false;
     bool subtreeHasFloats = false; ///< of this formatting context
@@ -192,7 +193,7 @@ public:
     Unit linesShift;             ///< the shift that is in the places of its lines
     Unit naturalHeight = Unit::fromRaw(-1); ///< a cell's height before its row stretched it
     Unit marginLeft, marginRight, marginTop, marginBottom;
-    Point staticPosition;        ///< of a positioned box: where it would stand, in its containing block
+    Point staticPosition;        ///< of a positioned box: where it would stand in its parent
     Unit layoutWidth = Unit::fromRaw(-1); ///< containing block width of the last layout
     Unit layoutHeight = Unit::fromRaw(-1); ///< definite containing block height of the last layout, -1 for none
     // How far content sticks out of the border box.

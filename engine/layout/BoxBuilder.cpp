@@ -39,6 +39,7 @@ void BoxBuilder::append(Box &parent, Box *child, Box *before)
     parent.insertChild(child, before);
     BlockBox *block = child->asBlock();
     BlockBox *owner = parent.asBlock();
+    if (owner && child->isOutOfFlow()) owner->hasOutOfFlow = true;
     if (!block || !owner || child->isOutOfFlow() || child->inlineLevel) return;
     if (owner->kind() != BoxKind::Block && owner->kind() != BoxKind::TableCell) return;
     BlockBox *next = nullptr;
@@ -125,8 +126,9 @@ void BoxBuilder::rebuildChildren(BlockBox &block)
     List list;
     dom::Element *element = block.element();
     if (element) {
+        addInsideMarker(block, list);
         addPseudo(*element, Pseudo::Before, list);
-        collect(*element, block.styleRef(), nullptr, nullptr, list);
+        collect(block.styleRef(), element->firstChild(), nullptr, list);
         addPseudo(*element, Pseudo::After, list);
     }
     fill(block, std::move(list));
@@ -165,7 +167,7 @@ bool BoxBuilder::rebuildAround(BlockBox &block, dom::ParentNode &parent, dom::No
         dissolve(*box);
     }
     List list;
-    collect(parent, block.styleRef(), from ? from->nextSibling() : parent.firstChild(), to, list);
+    collect(block.styleRef(), from ? from->nextSibling() : parent.firstChild(), to, list);
     fillBlock(block, wrapTableParts(list, block), right, true);
     for (Box *box = left ? left->next() : block.firstChild(); box && box != right; box = box->next()) mTree.markDirty(*box);
     // The neighbours' margins meet others now.
@@ -179,11 +181,11 @@ bool BoxBuilder::rebuildAround(BlockBox &block, dom::ParentNode &parent, dom::No
 
 // ---- Making boxes ----
 
-void BoxBuilder::collect(dom::ParentNode &parent, const StyleRef &style, dom::Node *from, dom::Node *to, List &list)
+void BoxBuilder::collect(const StyleRef &style, dom::Node *from, dom::Node *to, List &list)
 {
     if (mDepth > deepest) return;
     ++mDepth;
-    for (dom::Node *node = from ? from : parent.firstChild(); node && node != to; node = node->nextSibling()) {
+    for (dom::Node *node = from; node && node != to; node = node->nextSibling()) {
         if (node->isText())
             addText(*node, style, list);
         else if (node->isElement())
@@ -250,7 +252,7 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     if (!style || isHidden(element, *style)) return;
     if (isContents(*style)) {
         addPseudo(element, Pseudo::Before, list);
-        collect(element, style, nullptr, nullptr, list);
+        collect(style, element.firstChild(), nullptr, list);
         addPseudo(element, Pseudo::After, list);
         return;
     }
@@ -268,8 +270,9 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     list.push_back(made);
     if (made->kind() == BoxKind::LineBreak || made->isReplaced() || mDepth > deepest) return;
     List children;
+    if (BlockBox *block = made->asBlock()) addInsideMarker(*block, children);
     addPseudo(element, Pseudo::Before, children);
-    collect(element, style, nullptr, nullptr, children);
+    collect(style, element.firstChild(), nullptr, children);
     addPseudo(element, Pseudo::After, children);
     if (BlockBox *block = made->asBlock()) {
         fill(*block, std::move(children));
@@ -279,10 +282,23 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     for (Box *child : wrapTableParts(children, *made)) append(*made, child);
 }
 
-void BoxBuilder::setMarker(BlockBox &box)
+// A marker inside is the first text of the item's first line.
+void BoxBuilder::addInsideMarker(BlockBox &box, List &list)
 {
     if (!box.isListItem) return;
     makeMarker(mTree, box);
+    if (!box.rare || !box.rare->marker || !box.rare->marker->inside) return;
+    auto *text = new TextBox(nullptr, box.styleRef());
+    text->generated = box.rare->marker->text;
+    text->generated.replace(QLatin1Char(' '), QChar(0xA0)); // it neither collapses nor breaks
+    text->pseudo = Pseudo::Marker;
+    ++mTree.mWork.boxesBuilt;
+    list.push_back(text);
+}
+
+void BoxBuilder::setMarker(BlockBox &box)
+{
+    if (box.isListItem) makeMarker(mTree, box);
 }
 
 void BoxBuilder::fill(BlockBox &box, List &&list)
@@ -325,7 +341,7 @@ void BoxBuilder::fillBlock(BlockBox &box, const List &list, Box *before, bool ke
             append(box, child, before);
         }
         const bool heldOpen = box.element() && box.element()->isHeldOpen() && !anyInline;
-        if (anyInline || heldOpen || hasInsideMarker(box)) box.inlineContent = std::make_unique<InlineContent>();
+        if (anyInline || heldOpen) box.inlineContent = std::make_unique<InlineContent>();
         return;
     }
     box.inlineContent.reset();

@@ -20,7 +20,8 @@ public:
 
 private:
     using List = std::vector<Box *>;
-    void collect(dom::ParentNode &parent, const StyleRef &style, dom::Node *from, dom::Node *to, List &list);
+    /// Boxes of `from` and its siblings up to `to`.
+    void collect(const StyleRef &style, dom::Node *from, dom::Node *to, List &list);
     void addElement(dom::Element &element, List &list);
     void addPseudo(dom::Element &element, Pseudo pseudo, List &list);
     void addText(dom::Node &node, const StyleRef &style, List &list);
@@ -38,6 +39,7 @@ private:
     bool isBlockLevel(const Box &box) const;
     void dissolve(Box &box);
     void sweep();
+    void addInsideMarker(BlockBox &box, List &list);
     void setMarker(BlockBox &box);
 
     LayoutTree &mTree;

@@ -292,7 +292,7 @@ void Engine::layoutFlowChildren(BlockBox &box, const Constraint &inner, FloatAre
 // False where floats or positioned children make the whole flow depend on it.
 bool Engine::relayoutDirtyChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state)
 {
-    if (!box.rare || box.rare->allDirty || box.subtreeHasFloats || box.enteredWithFloats) return false;
+    if (!box.rare || box.rare->allDirty || box.subtreeHasFloats || box.enteredWithFloats || box.hasOutOfFlow) return false;
     for (BlockBox *child : box.rare->dirty)
         if (!child->inSumTree) return false;
     std::vector<BlockBox *> dirty = box.rare->dirty;
@@ -355,7 +355,7 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
         InlineLayout(*this, box, inner, area).run(state);
     } else if (box.needsLayout || !relayoutDirtyChildren(box, inner, area, state)) {
         state = {};
-        if (area.context == &own) own.clear();
+        area.context->truncate(floatsBefore); // what an attempt in vain has placed
         layoutFlowChildren(box, inner, area, state);
     }
     const bool hasOwn = area.context == &own;

@@ -51,6 +51,15 @@ Point FloatContext::place(bool isLeft, Size size, Unit y, Unit left, Unit right)
     }
 }
 
+void FloatContext::truncate(std::size_t count)
+{
+    if (mFloats.size() <= count) return;
+    std::vector<Entry> kept(mFloats.begin(), mFloats.begin() + std::ptrdiff_t(count));
+    clear();
+    mFloats.clear();
+    for (const Entry &f : kept) add(f.rect, f.left);
+}
+
 void FloatContext::add(const Rect &rect, bool isLeft)
 {
     mFloats.push_back({rect, isLeft});

@@ -30,6 +30,8 @@ public:
         mLowest = Unit::fromRaw(INT32_MIN / 4);
         mLastTop = mLowest;
     }
+    /// Forgets all but the first `count` floats.
+    void truncate(std::size_t count);
     Unit lowest() const { return mLowest; }
     bool activeBelow(Unit y) const { return mLowest > y; }
     /// The bottom of the lowest float of the sides; far above everything where there is none.

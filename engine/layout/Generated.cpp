@@ -299,7 +299,6 @@ bool isBulletType(css::ListStyleType type)
 void makeMarker(LayoutTree &tree, BlockBox &item)
 {
     const css::TextGroup &text = item.style().text();
-    if (item.firstChild() && item.firstChild()->pseudo == Pseudo::Marker) return;
     const bool image = text.listStyleImage.kind == css::Image::Kind::Url && tree.images() &&
                        !tree.images()->imageSize(text.listStyleImage.text).isEmpty();
     if (text.listStyleType == css::ListStyleType::None && !image && text.listStyleString.isNull()) {
@@ -318,7 +317,18 @@ void makeMarker(LayoutTree &tree, BlockBox &item)
     item.rareData().marker = std::move(marker);
 }
 
-bool hasInsideMarker(const BlockBox &) { return false; }
+void refreshMarker(BlockBox &item)
+{
+    if (!item.rare || !item.rare->marker || item.rare->marker->inside || !item.element()) return;
+    const css::TextGroup &text = item.style().text();
+    if (!text.listStyleString.isNull() || isBulletType(text.listStyleType)) return;
+    MarkerData &marker = *item.rare->marker;
+    const QString now = counterText(listOrdinal(*item.element()), text.listStyleType) + QStringLiteral(". ");
+    if (now == marker.text) return;
+    marker.text = now;
+    marker.width = markerWidth(item, marker);
+    marker.x = isRightToLeft(item.style()) ? item.width : -marker.width;
+}
 
 Unit markerWidth(const BlockBox &item, const MarkerData &marker)
 {

@@ -21,7 +21,8 @@ Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const 
 
 /// Gives a list item its marker, outside as data, inside as a first inline child.
 void makeMarker(LayoutTree &tree, BlockBox &item);
-bool hasInsideMarker(const BlockBox &box);
+/// Items that come or go in front of this one change its number: it is counted when it is shown. Outside markers only.
+void refreshMarker(BlockBox &item);
 /// The number of a list item, counted from its list's start.
 int listOrdinal(const dom::Element &item);
 /// A counter's value in a list style: "iv", "c", "12".

@@ -401,8 +401,9 @@ QSize LayoutTree::pageSize()
     return {std::max(mViewport.width(), box.overflowRight.rounded()), std::max(mViewport.height(), box.overflowBottom.rounded())};
 }
 
-QString LayoutTree::markerText(const BlockBox &item)
+QString LayoutTree::markerText(BlockBox &item)
 {
+    refreshMarker(item);
     return item.rare && item.rare->marker ? item.rare->marker->text : QString();
 }
 

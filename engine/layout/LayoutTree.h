@@ -41,7 +41,7 @@ public:
     /// Counts up with every update that changed something: a painted picture of an older one is stale.
     uint64_t version() const { return mVersion; }
     /// What an element shows for `marker`, or "" (a list's numbers are counted when one is asked).
-    QString markerText(const BlockBox &item);
+    QString markerText(BlockBox &item);
 
     /// One line a box: kind, name, geometry, lines. Two trees that lay out the same give the same text.
     QString dump();

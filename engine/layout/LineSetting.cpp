@@ -327,6 +327,7 @@ void InlineLayout::emitLine(Unit top)
         const Edges frame = inlineFrame(*state.box, mInner.width);
         fragment.y = line.baseline + state.baseline + mGroups[std::size_t(state.group)].shift - state.textAscent - frame.top;
         fragment.height = state.textAscent + state.textDescent + frame.vertical();
+        if (!mContent.hasContent) fragment.y = fragment.height = {}; // a line without content has no height at all
         fragment.first = first;
         mContent.fragments.push_back(fragment);
         mStack.push_back(int(nextState++));
@@ -407,6 +408,13 @@ void InlineLayout::emitLine(Unit top)
             } else {
                 fragment.y = line.baseline + state.baseline + mGroups[std::size_t(state.group)].shift - state.textAscent;
                 fragment.height = state.textAscent + state.textDescent;
+                // COMPAT: a line break behind a blank that hangs is an empty rectangle on the baseline.
+                const bool hangs = i > 0 && mContent.items[mPieces[i - 1].item].type == ItemType::Text && mPieces[i - 1].start == mPieces[i - 1].end &&
+                                   mPieces[i - 1].hanging.raw > 0;
+                if (item.type == ItemType::Break && hangs) {
+                    fragment.y += state.textAscent;
+                    fragment.height = {};
+                }
             }
             mContent.fragments.push_back(fragment);
         }

@@ -9,10 +9,7 @@ void Engine::noteStaticPosition(BlockBox &parent, BlockBox &child, Point at)
 {
     BlockBox *block = child.containingBlock();
     if (!block) return;
-    // From the parent's coordinates to the containing block's.
-    Point sum = at;
-    for (BlockBox *up = &parent; up && up != block; up = up->container()) sum = sum + up->position() + up->relativeOffset();
-    child.staticPosition = sum;
+    child.staticPosition = at; // the parent itself has no place yet
     auto &list = block->rareData().positioned;
     if (std::find(list.begin(), list.end(), &child) == list.end()) list.push_back(&child);
 }
@@ -29,6 +26,9 @@ void Engine::layoutPositioned(BlockBox &block)
         const Offsets offsets = offsetsOf(box, constraint);
         resolveEdges(box, width);
         const Unit originX = block.border.left, originY = block.border.top;
+        // From the parent's coordinates to the containing block's.
+        Point place = box.staticPosition;
+        for (BlockBox *up = box.blockParent(); up && up != &block; up = up->container()) place = place + up->position() + up->relativeOffset();
         std::optional<Unit> used = usedWidth(box, width);
         const Unit margins = box.marginLeft + box.marginRight;
         if (used) used = clampedWidth(box, *used, width);
@@ -36,7 +36,7 @@ void Engine::layoutPositioned(BlockBox &block)
             used = clampedWidth(box, std::max(Unit(), width - *offsets.left - *offsets.right - margins), width);
         Unit available = width;
         if (offsets.left) available = available - *offsets.left;
-        else if (!offsets.right) available = available - (box.staticPosition.x - originX);
+        else if (!offsets.right) available = available - (place.x - originX);
         if (offsets.right) available = available - *offsets.right;
         if (box.isReplaced() || box.isTable()) used = {};
         layoutIndependent(box, constraint, std::max(Unit(), available), used);
@@ -54,13 +54,13 @@ void Engine::layoutPositioned(BlockBox &block)
         else if (offsets.right)
             box.x = originX + width - *offsets.right - box.marginRight - box.width;
         else
-            box.x = box.staticPosition.x + left;
+            box.x = place.x + left;
         if (offsets.top)
             box.gap = originY + *offsets.top + top;
         else if (offsets.bottom)
             box.gap = originY + height - *offsets.bottom - box.marginBottom - box.height;
         else
-            box.gap = box.staticPosition.y + top;
+            box.gap = place.y + top;
     }
 }
 

@@ -76,11 +76,10 @@ Unit TableLayout::layoutCaptions(bool below, Unit top)
 void TableLayout::layoutCell(TableCell &cell, Unit width)
 {
     BlockBox &box = *cell.box;
-    const Unit old = box.shift;
+    // A cell that keeps its layout has its row's height from the last time.
+    if (box.naturalHeight.raw >= 0) box.height = box.naturalHeight;
     box.shift = {};
     mEngine.layoutIndependent(box, {width, Unit::fromRaw(-1)}, width, width);
-    // A cell that kept its layout kept the row's height, too: the shift tells how much of it was air.
-    if (old.raw && box.naturalHeight.raw) box.height = box.naturalHeight;
     box.naturalHeight = box.height;
 }
 
@@ -100,7 +99,6 @@ void TableLayout::layoutRows()
         if (const auto given = fixedHeight(*row.box)) height = *given;
         for (uint32_t i = row.firstCell; i < row.firstCell + row.cellCount; ++i) {
             TableCell &cell = mTable.cells[i];
-            if (cell.box->naturalHeight.raw >= 0) cell.box->height = cell.box->naturalHeight;
             layoutCell(cell, spannedWidth(cell));
             const bool baseline = cellAlign(*cell.box) == CellAlign::Baseline;
             if (baseline) {
@@ -174,6 +172,17 @@ void TableLayout::placeRows(Unit top)
     const Unit padLeft = mTable.collapsed ? Unit() : mTable.padding.left;
     const Unit left = mTable.border.left + padLeft + mTable.spacingX;
     const Unit width = mTable.columns.empty() ? Unit() : mTable.width - mTable.border.horizontal() - padLeft - (mTable.collapsed ? Unit() : mTable.padding.right) - mTable.spacingX * 2;
+    for (Box *each = mTable.firstChild(); each; each = each->next()) {
+        if (each->kind() != BoxKind::TableSection) continue;
+        BlockBox &empty = *each->asBlock(); // those with rows get theirs below
+        empty.x = left;
+        empty.gap = y;
+        empty.width = width;
+        empty.height = {};
+        empty.padding = empty.border = {};
+        empty.needsLayout = empty.childNeedsLayout = false;
+        mEngine.finishOverflow(empty);
+    }
     BlockBox *section = nullptr;
     for (TableRow &row : mTable.rows) {
         row.top = y;

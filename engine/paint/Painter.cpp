@@ -346,9 +346,10 @@ void Painter::paintText(const BlockBox &box, const Line &line, const Fragment &f
     }
 }
 
-void Painter::paintMarker(const BlockBox &box, Point origin)
+void Painter::paintMarker(BlockBox &box, Point origin)
 {
-    if (!box.rare || !box.rare->marker || box.style().text().visibility != css::Visibility::Visible) return;
+    if (!box.rare || !box.rare->marker || box.rare->marker->inside || box.style().text().visibility != css::Visibility::Visible) return;
+    mTree.markerText(box);
     const MarkerData &marker = *box.rare->marker;
     const css::ComputedStyle &style = box.style();
     const Font &font = fontOf(style);

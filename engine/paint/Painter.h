@@ -55,7 +55,7 @@ private:
     void paintText(const layout::BlockBox &box, const layout::Line &line, const layout::Fragment &fragment, layout::Point origin);
     void paintGlyphs(const layout::InlineContent &content, const layout::Fragment &fragment, QPointF baseline, const QColor &color);
     void paintDecorations(const layout::Fragment &fragment, QPointF baseline);
-    void paintMarker(const layout::BlockBox &box, layout::Point origin);
+    void paintMarker(layout::BlockBox &box, layout::Point origin);
     void paintDecoration(const layout::BlockBox &box, layout::Point origin);
     void paintBackground(const css::ComputedStyle &style, const QRectF &border, const layout::Edges &borders, const layout::Edges &padding);
     void paintImageLayer(const css::BackgroundLayer &layer, const QRectF &area, const QRectF &clip);

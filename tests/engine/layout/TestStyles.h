@@ -80,7 +80,7 @@ private:
             {"h3", D::Block}, {"ul", D::Block}, {"ol", D::Block}, {"li", D::ListItem}, {"pre", D::Block}, {"blockquote", D::Block}, {"center", D::Block}, {"hr", D::Block},
             {"table", D::Table}, {"tbody", D::TableRowGroup}, {"thead", D::TableHeaderGroup}, {"tfoot", D::TableFooterGroup}, {"tr", D::TableRow}, {"td", D::TableCell},
             {"th", D::TableCell}, {"caption", D::TableCaption}, {"col", D::TableColumn}, {"colgroup", D::TableColumnGroup}, {"head", D::None}, {"script", D::None},
-            {"style", D::None}, {"title", D::None}, {"dl", D::Block}, {"dt", D::Block}, {"dd", D::Block}};
+            {"style", D::None}, {"title", D::None}, {"dl", D::Block}, {"dt", D::Block}, {"dd", D::Block}, {"address", D::Block}, {"form", D::Block}, {"fieldset", D::Block}, {"link", D::None}, {"meta", D::None}, {"nav", D::Block}, {"section", D::Block}, {"header", D::Block}, {"footer", D::Block}, {"main", D::Block}, {"article", D::Block}};
         const auto it = displays.find(element.name().text());
         if (it != displays.end()) style.writeBox().display = it->second;
         const double em = above.font().size;
@@ -95,10 +95,38 @@ private:
             style.writeFont().weight = 700;
             margins(style, em * factor * (element.is(h1) ? .67 : .83), em * factor * (element.is(h1) ? .67 : .83));
         }
+        static const std::map<QString, std::pair<double, double>> headings{{"h3", {1.17, 1}}, {"h4", {1, 1.33}}, {"h5", {.83, 1.67}}, {"h6", {.67, 2.33}}};
+        if (const auto heading = headings.find(element.name().text()); heading != headings.end()) {
+            style.writeBox().display = css::Display::Block;
+            const double size = em * heading->second.first;
+            style.writeFont().size = size;
+            style.writeFont().weight = 700;
+            margins(style, size * heading->second.second, size * heading->second.second);
+        }
+        if (element.is(blockquote)) style.writeSurround().margin.left = style.writeSurround().margin.right = css::Length::fixed(40);
+        if (element.is(dd)) style.writeSurround().margin.left = css::Length::fixed(40);
+        if (element.is(center)) style.writeText().textAlign = css::TextAlign::WebkitCenter;
+        if (element.is(th)) style.writeText().textAlign = css::TextAlign::Center;
+        if (element.is(pre) || element.is(code) || element.is(tt) || element.is(kbd) || element.is(samp)) {
+            style.writeFont().families = QStringList{"monospace"};
+            if (!above.font().families.startsWith("monospace")) style.writeFont().size = em * 13 / 16;
+            if (element.is(pre)) margins(style, style.font().size, style.font().size);
+        }
+        if (element.is(sub) || element.is(sup) || element.is(small)) style.writeFont().size = em / 1.2;
+        if (element.is(sub)) style.writeBox().verticalAlign.kind = css::VerticalAlign::Kind::Sub;
+        if (element.is(sup)) style.writeBox().verticalAlign.kind = css::VerticalAlign::Kind::Super;
+        if (element.is(hr)) {
+            margins(style, em / 2, em / 2);
+            const css::Border line{1, css::BorderStyle::Inset, 0xff808080};
+            style.writeSurround().border = {line, line, line, line};
+        }
+        if (element.is(ul) || element.is(ol))
+            for (const dom::Element *up = element.parentElement(); up; up = up->parentElement())
+                if (up->is(ul) || up->is(ol)) margins(style, 0, 0);
         if (element.is(ul) || element.is(ol)) style.writeSurround().padding.left = css::Length::fixed(40);
         if (element.is(ol)) style.writeText().listStyleType = css::ListStyleType::Decimal;
         if (element.is(b) || element.is(strong) || element.is(th)) style.writeFont().weight = 700;
-        if (element.is(i) || element.is(em_)) style.writeFont().style = css::FontStyle::Italic;
+        if (element.is(i) || element.is(em_) || element.is(var) || element.is(cite) || element.is(address) || element.is(dfn)) style.writeFont().style = css::FontStyle::Italic;
         if (element.is(pre)) style.writeText().whiteSpace = css::WhiteSpace::Pre;
         if (element.is(table)) {
             style.writeBox().boxSizing = css::BoxSizing::BorderBox;

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Compares our boxes with a browser's for recorded pages, element by element, and prints the shares. The pages lie in the
+// folder that VELLUM_PAGES names; without it the test is skipped. With VELLUM_BOXES our rows are written there as files.
+//
+// Styles are the defaults of the layout tests, not the cascade: the figures tell of layout only on pages that hardly use
+// style sheets.
+#include "../engine/layout/TestStyles.h"
+#include "engine/html/Parser.h"
+#include "engine/layout/BoxDump.h"
+
+#include <QDir>
+#include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QtTest>
+
+namespace {
+
+class Files final : public layout::ImageSource
+{
+public:
+    QSize imageSize(const QString &url) override { return QImageReader(QUrl(url).toLocalFile()).size(); }
+    QPixmap imagePixmap(const QString &url) override { return QPixmap(QUrl(url).toLocalFile()); }
+};
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject recorded(const QString &path)
+{
+    QProcess unpack;
+    unpack.start(QStringLiteral("gzip"), {QStringLiteral("-dc"), path});
+    unpack.waitForFinished();
+    return QJsonDocument::fromJson(unpack.readAllStandardOutput()).object();
+}
+
+} // namespace
+
+class Fidelity : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void pages_data()
+    {
+        QTest::addColumn<QString>("folder");
+        const QString root = qEnvironmentVariable("VELLUM_PAGES");
+        if (root.isEmpty()) QSKIP("VELLUM_PAGES names no folder of recorded pages");
+        for (const QString &name : QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+            if (QFile::exists(root + "/" + name + "/expected.json.gz")) QTest::newRow(qPrintable(name)) << root + "/" + name;
+    }
+    void pages()
+    {
+        QFETCH(QString, folder);
+        const QJsonObject meta = QJsonDocument::fromJson(read(folder + "/meta.json")).object();
+        const QString entry = folder + "/" + meta["entry"].toString();
+        const auto document = html::parseDocument(QString::fromUtf8(read(entry)));
+        document->setBaseURL(QUrl::fromLocalFile(entry).toString());
+        TestStyles styles(*document);
+        Files files;
+        layout::LayoutTree tree(*document, styles);
+        tree.setImageSource(&files);
+        tree.setViewport({1000, 800});
+        const QJsonObject ours = layout::boxDump(tree), theirs = recorded(folder + "/expected.json.gz");
+        const QString out = qEnvironmentVariable("VELLUM_BOXES");
+        if (!out.isEmpty()) {
+            QFile file(out + "/" + QFileInfo(folder).fileName() + ".json");
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QJsonDocument(ours).toJson(QJsonDocument::Compact));
+        }
+        QHash<QString, QJsonArray> rows;
+        for (const QJsonValue &row : ours["rows"].toArray()) rows.insert(row[0].toString(), row.toArray());
+        int count = 0, sizes = 0, all = 0;
+        QString first;
+        for (const QJsonValue &row : theirs["rows"].toArray()) {
+            if (row[10].toString() == "none" || row[13].toInt() == 0) continue;
+            ++count;
+            const QJsonArray own = rows.value(row[0].toString());
+            const auto near = [&](int i) { return std::abs(own.at(i).toDouble() - row[i].toDouble()) <= 1; };
+            const bool same = own.size() > 13 && own.at(1) == row[1] && near(8) && near(9);
+            sizes += same;
+            const bool place = same && near(6) && near(7);
+            all += place;
+            if (!place && first.isEmpty())
+                first = QStringLiteral("%1 %2: browser %3,%4 %5x%6, here %7,%8 %9x%10").arg(row[0].toString(), row[1].toString()).arg(row[6].toDouble()).arg(row[7].toDouble()).arg(row[8].toDouble()).arg(row[9].toDouble())
+                            .arg(own.at(6).toDouble()).arg(own.at(7).toDouble()).arg(own.at(8).toDouble()).arg(own.at(9).toDouble());
+        }
+        QVERIFY(count > 0);
+        qInfo().noquote() << QStringLiteral("%1 % right, %2 % in size; first wrong: %3").arg(100.0 * all / count, 0, 'f', 1).arg(100.0 * sizes / count, 0, 'f', 1).arg(first);
+    }
+};
+
+QTEST_MAIN(Fidelity)
+#include "tst_fidelity.moc"
