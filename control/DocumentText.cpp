@@ -199,7 +199,7 @@ void DocumentText::addBodyModeStyles()
     const QString page = QStringLiteral("div#pagebody");
     for (uint32_t i = 0; i < count; ++i) {
         css::StyleSheetObject *sheet = document.styles->styleSheet(document, i);
-        for (int r = 0; r < sheet->ruleCount(); ++r) {
+        for (uint32_t r = 0; r < sheet->ruleCount(); ++r) {
             const auto rule = sheet->rule(r);
             QString selector = rule->selectorText();
             if (!selector.contains(page, Qt::CaseInsensitive)) continue;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/modMain.h"
 
+#include "engine/css/StyleObject.h"
 #include "platform/FileHelper.h"
 #include "support/FailureTrap.h"
 
@@ -169,6 +170,35 @@ void RemoveAttribute(IHTMLElement *e, const QString &Name)
 }
 
 // Styles
+
+QString GetStyleAttribute(IHTMLElement *e, const QString &Name)
+{
+    QString value;
+    attempt([&] {
+        if (e && e->style()) value = e->style()->getAttribute(Name);
+    });
+    return value.isNull() ? QString() : value;
+}
+
+void SetStyleAttribute(IHTMLElement *e, const QString &Name, const QVariant &Value)
+{
+    const QString text = Value.toString();
+    if (text.isEmpty()) return RemoveStyleAttribute(e, Name);
+    attempt([&] {
+        if (!e || !e->style()) return;
+        if (Name == QLatin1String("backgroundimage"))
+            e->style()->setAttribute(Name, QStringLiteral("url(%1)").arg(text));
+        else
+            e->style()->setAttribute(Name, Value);
+    });
+}
+
+void RemoveStyleAttribute(IHTMLElement *e, const QString &Name)
+{
+    attempt([&] {
+        if (e && e->style()) e->style()->removeAttribute(Name);
+    });
+}
 
 QString GetElementClassName(IHTMLElement *e)
 {

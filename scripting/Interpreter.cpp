@@ -27,6 +27,7 @@ Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing)
     support::SettingsStore::instance().setFolder(options.settingsFolder.isEmpty() ? mFreshSettings.path()
                                                                                   : options.settingsFolder);
     mFilesFolder = options.filesFolder.isEmpty() ? mFreshFiles.path() : QDir(options.filesFolder).absolutePath();
+    QDir().mkpath(mFilesFolder);
     base::Clock::instance().setManual(QDateTime(QDate(2026, 1, 1), QTime(12, 0)));
     MessageBox::setHandler([this](const MessageBox::Request &request) { return answerBox(request); });
     support::setFailurePresenter([this](const support::FailureReport &report) { mReports.push_back(report); });

@@ -18,7 +18,7 @@ class HTMLEditor;
 namespace scripting {
 
 /// A host with one control: makes it, hears its events and answers them.
-class ScriptHost : private HostContainer
+class ScriptHost : public HostContainer
 {
 public:
     /// Runs a command inside an event's handler.

@@ -4,18 +4,17 @@
 namespace surface {
 
 LoadedDocument::LoadedDocument(base::Ref<dom::Document> document)
-    : mDocument(std::move(document)), mStyles(*mDocument), mStyleServices(mStyles), mBridge(mStyles), mTree(*mDocument, mBridge),
+    : mDocument(std::move(document)), mStyles(*mDocument), mStyleSource(mStyles.engine()),
+      mTree(*mDocument, mStyleSource),
       mQueries(mTree), mKeeper(*mDocument), mSelection(mKeeper), mTracker(*mDocument), mEditor(mTracker, mSelection)
 {
-    mDocument->styles = &mStyleServices;
     mTree.setImageSource(&mImages);
     mTracker.setSelectionKeeper(&mSelection);
 }
 
 LoadedDocument::~LoadedDocument()
 {
-    // Who holds a node of it holds a document without boxes, styles and selection.
-    mDocument->styles = nullptr;
+    // Who holds a node of it holds a document without boxes and selection.
     mDocument->boxes = nullptr;
     mDocument->interaction = nullptr;
 }

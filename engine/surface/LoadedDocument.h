@@ -3,15 +3,14 @@
 
 #include "engine/changes/ChangeTracker.h"
 #include "engine/css/Services.h"
-#include "engine/css/StyleEngine.h"
 #include "engine/dom/Document.h"
 #include "engine/editing/Editor.h"
+#include "engine/layout/EngineStyles.h"
 #include "engine/layout/LayoutTree.h"
 #include "engine/layout/Queries.h"
 #include "engine/ranges/RangeKeeper.h"
 #include "engine/ranges/SelectionObject.h"
 #include "engine/surface/ImageStore.h"
-#include "engine/surface/StyleBridge.h"
 
 namespace surface {
 
@@ -28,13 +27,12 @@ public:
     layout::Queries &queries() { return mQueries; }
     ranges::SelectionObject &selection() { return mSelection; }
     editing::Editor &editor() { return mEditor; }
-    css::StyleEngine &styles() { return mStyles; }
+    css::Services &styles() { return mStyles; }
 
 private:
     base::Ref<dom::Document> mDocument;
-    css::StyleEngine mStyles;
-    css::Services mStyleServices;
-    StyleBridge mBridge;
+    css::Services mStyles;
+    layout::EngineStyles mStyleSource;
     ImageStore mImages;
     layout::LayoutTree mTree;
     layout::Queries mQueries;

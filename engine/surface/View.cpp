@@ -47,7 +47,8 @@ void View::documentLoaded(LoadedDocument &loaded)
     mWidget.horizontalScrollBar()->setValue(0);
     mWidget.verticalScrollBar()->setValue(0);
     layoutPage();
-    const ranges::Content content(*loaded.document().body());
+    const ranges::Position top = ranges::Position::startOf(*loaded.document().body());
+    const ranges::Content content = ranges::Movement::contentFor(top, loaded.editor().rendering());
     loaded.selection().setCaret(ranges::Movement(content).startOfDocument());
     loaded.tracker().selectionSettled();
     mWidget.viewport()->update();
