@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
+
 #include <QString>
 #include <exception>
 #include <memory>
@@ -23,7 +25,7 @@ inline thread_local constinit int errorStacksWanted = 0;
 
 /// The one error type of the system: a number that a caller can test and a text for a person. Thrown by operations
 /// whose failure the contract requires; caught at the trap of the procedure in which it happened.
-class Error : public std::exception
+class VELLUMKIT_EXPORT Error : public std::exception
 {
 public:
     /// `line` and `file` are where the failure was raised; left out, they are those of the statement that throws.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
+
 #include <QHash>
 #include <QObject>
 #include <QString>
@@ -8,7 +10,7 @@
 
 /// Per command name the flags enabled, checked and visible, plus font name, size and style: what a host's toolbar binds
 /// to. A name gets its slot at its first use, with all flags False; there is room for 101 names.
-class VirtualCommandManager : public QObject
+class VELLUMKIT_EXPORT VirtualCommandManager : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QString Style READ Style WRITE setStyle)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "control/Export.h"
+#include "base/Export.h"
 #include "platform/Collection.h"
 #include "platform/Contract.h"
 #include "platform/Enumerations.h"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
+
 #include <QHash>
 #include <QObject>
 #include <QString>
@@ -12,7 +14,7 @@ namespace platform {
 
 /// An ordered list of values, each with an optional key: what late-bound callers hand lists over in. Positions count
 /// from 1. Keys are found whatever their case.
-class Collection : public QObject
+class VELLUMKIT_EXPORT Collection : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(int Count READ Count)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
 #include "platform/FileText.h"
 
 #include <QString>
@@ -13,7 +14,7 @@ namespace platform {
 /// A file is replaced as a whole or not at all: the new text is written beside it and takes its place when it is
 /// complete, with the old one's permissions. A symbolic link stays, what it points to is replaced. Whatever goes wrong
 /// raises `base::Error` with a text for the user, and leaves the old file as it was.
-class FileHelper
+class VELLUMKIT_EXPORT FileHelper
 {
 public:
     /// The file's text and what to give back when writing it. Raises for a file that isn't there or can't be read.

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
+
 #include <QString>
 #include <QVariant>
 #include <vector>
 
 /// What a control writes its persistent properties to and reads them from. Entries keep the order of their first write
 /// and are found whatever their name's case. No call fails but a conversion that is told to.
-class PropertyBag
+class VELLUMKIT_EXPORT PropertyBag
 {
 public:
     struct Entry

@@ -81,8 +81,7 @@ QWidget &ScriptHost::source() const
 void ScriptHost::show()
 {
     mControl->show();
-    mControl->activateWindow();
-    QApplication::processEvents();
+    QApplication::setActiveWindow(mControl.get()); // there is no window system to do it
     surface().setFocus();
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
+
 #include <QDateTime>
 #include <QHash>
 #include <QMap>
@@ -21,7 +23,7 @@ enum class SettingsRoot { CurrentUser, LocalMachine };
 /// changes the one thing and replaces it atomically, so that processes which write at once lose nothing; a read takes
 /// what is there. A file that can't be understood is copied aside (".damaged") before the next write, what could be
 /// read of it stays.
-class SettingsStore
+class VELLUMKIT_EXPORT SettingsStore
 {
 public:
     /// The store of this user, in the configuration folder, unless `setFolder` moved it.

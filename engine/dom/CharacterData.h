@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
 #include "engine/dom/Node.h"
 
 namespace dom {
 
 /// A node whose content is a string: a text or a comment.
-class CharacterData : public Node
+class VELLUMKIT_EXPORT CharacterData : public Node
 {
 public:
     /// UTF-16; line ends are LF.
@@ -26,7 +27,7 @@ private:
     QString mData;
 };
 
-class Text final : public CharacterData
+class VELLUMKIT_EXPORT Text final : public CharacterData
 {
 public:
     Text(Document &document, QString data) : CharacterData(document, NodeType::Text, std::move(data)) {}
@@ -35,7 +36,7 @@ public:
 
 /// A comment, or another piece of markup that HTML reads as one and that must come back as it stood: `<?xml:namespace …>`,
 /// `<![if …]>`, `<!ELEMENT …>`.
-class Comment final : public CharacterData
+class VELLUMKIT_EXPORT Comment final : public CharacterData
 {
 public:
     enum class Form : uint8_t { Comment, Declaration };

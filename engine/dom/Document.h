@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
 #include "engine/dom/CharacterData.h"
 #include "engine/dom/DocumentServices.h"
 #include "engine/dom/Element.h"
@@ -22,7 +23,7 @@ enum class EditMode : uint8_t { Browse = 0, Edit = 1, Disabled = 2 };
 /// A document: the tree's root, the numbering of its nodes and the indexes that answer by id and by name.
 ///
 /// It lives as long as someone holds it; its memory lives until its last node is gone.
-class Document final : public ParentNode
+class VELLUMKIT_EXPORT Document final : public ParentNode
 {
 public:
     static Ref<Document> create();
@@ -106,7 +107,7 @@ private:
 };
 
 /// A live collection of elements: a parent's children, all below a node, or those of a name.
-class ElementCollection final : public base::RefCounted
+class VELLUMKIT_EXPORT ElementCollection final : public base::RefCounted
 {
 public:
     enum class Kind : uint8_t { Children, All };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
 #include "engine/dom/Node.h"
 
 #include <QPoint>
@@ -26,7 +27,7 @@ enum class Namespace : uint8_t { Html, Svg, MathMl };
 
 /// An element. Names of HTML elements are kept in lower case and answered in capitals; prefixed and foreign ones are kept
 /// as written.
-class Element : public ParentNode
+class VELLUMKIT_EXPORT Element : public ParentNode
 {
 public:
     Element(Document &document, Atom name, Namespace space = Namespace::Html);
@@ -122,7 +123,7 @@ private:
 };
 
 /// An attribute as an object: one that is set, or one that the element could have.
-class AttributeNode final : public base::RefCounted
+class VELLUMKIT_EXPORT AttributeNode final : public base::RefCounted
 {
 public:
     AttributeNode(Element &element, Atom name) : mElement(&element), mName(name) {}

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
 #include "base/Ref.h"
 #include "base/SumTree.h"
 #include "engine/dom/Atom.h"
@@ -29,7 +30,7 @@ using NodeId = uint32_t;
 ///
 /// Members in the contract's vocabulary mutate through the document's door when the node is attached (`isConnected`), and
 /// straight otherwise. Failures that the contract requires throw `base::Error`.
-class Node
+class VELLUMKIT_EXPORT Node
 {
 public:
     Node(const Node &) = delete;
@@ -139,7 +140,7 @@ struct NodeSumTraits {
 };
 
 /// A node that can have children: a document, an element, a fragment.
-class ParentNode : public Node
+class VELLUMKIT_EXPORT ParentNode : public Node
 {
 protected:
     using Node::Node;
@@ -156,7 +157,7 @@ private:
 };
 
 /// A list of nodes that isn't in a tree: what a parsed fragment is handed over in.
-class DocumentFragment final : public ParentNode
+class VELLUMKIT_EXPORT DocumentFragment final : public ParentNode
 {
 public:
     explicit DocumentFragment(Document &document) : ParentNode(document, NodeType::Fragment) {}

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
 
@@ -35,7 +36,7 @@ struct Navigation {
 ///
 /// Coordinates of events and questions are client pixels of the viewport. Nothing here raises to the caller; what is not
 /// possible answers no.
-class HTMLEditor : public QAbstractScrollArea
+class VELLUMKIT_EXPORT HTMLEditor : public QAbstractScrollArea
 {
     Q_OBJECT
 public:
