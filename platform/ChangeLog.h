@@ -9,8 +9,8 @@ namespace dom {
 class Element;
 }
 
-/// What change tracking asks of a document: an ordered log of records of bytes, their playback in both directions, and a
-/// dirty range. There are two suppliers: the engine, by an adapter, and a scripted log that feeds `ChangeManager` in
+/// What change tracking asks of a document: an ordered log of records of bytes, their playback in both directions, and
+/// a dirty range. There are two suppliers: the engine, by an adapter, and a scripted log that feeds `ChangeManager` in
 /// tests and in script mode. Therefore these are interfaces, and therefore elements appear here as pointers to a type
 /// that needn't be complete.
 

@@ -6,7 +6,10 @@
 #include "platform/HotKeys.h"
 
 #include <QAccessible>
+#include <QClipboard>
 #include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPointer>
@@ -430,6 +433,13 @@ void CodeMax::keyPressEvent(QKeyEvent *event)
         Q_EMIT ShowProps();
         return;
     }
+    if (const QString text = event->text();
+        !text.isEmpty() && text[0].isSurrogate() && !(modifiers & ~Qt::ShiftModifier)) {
+        // Scintilla takes no key whose text begins with a surrogate: an emoji would be lost.
+        event->accept();
+        ReplaceSel(text);
+        return;
+    }
     edit([&] { QsciScintilla::keyPressEvent(event); });
 }
 
@@ -448,7 +458,11 @@ void CodeMax::contextMenuEvent(QContextMenuEvent *event)
 
 void CodeMax::inputMethodEvent(QInputMethodEvent *event)
 {
-    edit([&] { QsciScintilla::inputMethodEvent(event); });
+    QInputMethodEvent clean(cleaned(event->preeditString()), event->attributes());
+    clean.setCommitString(cleaned(event->commitString()), event->replacementStart(), event->replacementLength());
+    clean.setAccepted(event->isAccepted());
+    edit([&] { QsciScintilla::inputMethodEvent(&clean); });
+    event->setAccepted(clean.isAccepted());
 }
 
 void CodeMax::mousePressEvent(QMouseEvent *event)
@@ -500,7 +514,9 @@ bool CodeMax::CanCopy() const
 
 bool CodeMax::CanPaste() const
 {
-    return !isReadOnly() && send(SCI_CANPASTE);
+    if (isReadOnly()) return false;
+    const QMimeData *data = QGuiApplication::clipboard()->mimeData();
+    return data && data->hasText(); // Scintilla's own answer doesn't look at the clipboard
 }
 
 bool CodeMax::fail(int command, int code)

@@ -164,7 +164,8 @@ void ChangeManager::IHTMLChangeSink_Notify()
         // After the records were stacked and before they are numbered: the whole batch gets the new number.
         if (batch.IncrementChangeGroup && !mFreezeChangeGroupID) ++mChangeGroupID;
         if (!mChangesArePrivate)
-            for (const auto &record : batch.AddedChanges) record->setChangeGroupID(mChangeGroupID);
+            for (const auto &record : batch.AddedChanges)
+                record->setChangeGroupID(mChangeGroupID);
         if (mDeferredEndUndoBlock) {
             EndBlock();
             mDeferredEndUndoBlock = false;
@@ -195,8 +196,7 @@ bool ChangeManager::isFiltered(const ChangeRecord &record)
 
 bool ChangeManager::breaksGroup(int kind)
 {
-    if (isTyping(kind) && isTyping(mLastKind))
-        return base::Clock::instance().nowMs() - mLastTimeMs > typingPauseMs;
+    if (isTyping(kind) && isTyping(mLastKind)) return base::Clock::instance().nowMs() - mLastTimeMs > typingPauseMs;
     if (kind == selectionKind && mLastKind == selectionKind) return !IsControlRange();
     return true;
 }

@@ -71,7 +71,8 @@ Q_SIGNALS:
 
 private:
     using Stack = std::unique_ptr<ChangeRecords>;
-    struct Batch {
+    struct Batch
+    {
         std::vector<base::Ref<ChangeRecord>> AddedChanges;
         int Counter = 0;
         bool IncrementChangeGroup = false;

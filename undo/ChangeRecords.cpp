@@ -8,7 +8,8 @@ namespace errors = base::errors;
 
 void ChangeRecord::setChangeGroupID(int ChangeGroupID)
 {
-    for (ChangeRecords *list : mLists) list->groupChanged(mChangeGroupID, ChangeGroupID);
+    for (ChangeRecords *list : mLists)
+        list->groupChanged(mChangeGroupID, ChangeGroupID);
     mChangeGroupID = ChangeGroupID;
 }
 
@@ -60,7 +61,8 @@ void ChangeRecords::Remove(const QString &Key)
 
 void ChangeRecords::Clear()
 {
-    for (const Entry &entry : mEntries) entry.record->mLists.removeOne(this);
+    for (const Entry &entry : mEntries)
+        entry.record->mLists.removeOne(this);
     mEntries.clear();
     mKeys.clear();
     mPublicCount = 0;
@@ -70,7 +72,8 @@ std::vector<base::Ref<ChangeRecord>> ChangeRecords::NewEnum() const
 {
     std::vector<base::Ref<ChangeRecord>> records;
     records.reserve(mEntries.size());
-    for (const Entry &entry : mEntries) records.push_back(entry.record);
+    for (const Entry &entry : mEntries)
+        records.push_back(entry.record);
     return records;
 }
 

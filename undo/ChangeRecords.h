@@ -18,8 +18,8 @@ public:
     ChangeRecords(const ChangeRecords &) = delete;
     ChangeRecords &operator=(const ChangeRecords &) = delete;
 
-    /// Appends, or inserts before or after the item at a position (0: not given; not both). A key must be new to the list,
-    /// whatever its case, else error 457; an empty one isn't stored. A position that isn't there raises error 9.
+    /// Appends, or inserts before or after the item at a position (0: not given; not both). A key must be new to the
+    /// list, whatever its case, else error 457; an empty one isn't stored. A position that isn't there raises error 9.
     void Add(const base::Ref<ChangeRecord> &Record, const QString &Key = {}, int Before = 0, int After = 0);
     /// Raises error 9 for an index that isn't there, error 5 for a key that isn't.
     base::Ref<ChangeRecord> Item(int Index) const;
@@ -35,7 +35,8 @@ public:
 
 private:
     friend class ChangeRecord;
-    struct Entry {
+    struct Entry
+    {
         base::Ref<ChangeRecord> record;
         QString key;
     };

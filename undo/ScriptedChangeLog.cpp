@@ -14,7 +14,8 @@ constexpr int serialLength = 4;
 } // namespace
 
 // Shared by the parts, which may outlive the document.
-struct ScriptedChangeLog::State {
+struct ScriptedChangeLog::State
+{
     std::shared_ptr<IChangeDocument> live;
     std::shared_ptr<IMarkupContainer2> liveContainer;
     std::shared_ptr<IHTMLChangePlayback> livePlayback;
@@ -49,7 +50,8 @@ struct ScriptedChangeLog::State {
     void drainLive()
     {
         if (!liveLog) return;
-        while (const auto record = next(*liveLog)) queue.push_back(*record);
+        while (const auto record = next(*liveLog))
+            queue.push_back(*record);
     }
 };
 
@@ -171,7 +173,8 @@ void ScriptedChangeLog::notify()
 
 void ScriptedChangeLog::batch(const std::vector<int> &kinds)
 {
-    for (const int kind : kinds) feed(kind);
+    for (const int kind : kinds)
+        feed(kind);
     notify();
 }
 

@@ -7,8 +7,8 @@
 #include <deque>
 #include <vector>
 
-/// A document whose change log is fed by hand, for tests and for script mode. Playing one of its records changes nothing
-/// and echoes once.
+/// A document whose change log is fed by hand, for tests and for script mode. Playing one of its records changes
+/// nothing and echoes once.
 ///
 /// It stands alone, or in front of a live document, whose records then come through it in the order in which they were
 /// written: a change manager that is initialised with it sees one log. A fed record carries a mark behind its kind, by
@@ -33,7 +33,8 @@ public:
     void setDirtyRange(std::shared_ptr<dom::Element> first, std::shared_ptr<dom::Element> last);
 
     // What was asked of it.
-    struct Played {
+    struct Played
+    {
         QByteArray record;
         int forward;
     };

@@ -27,7 +27,8 @@ template <class F> long errorOf(F &&f)
 QList<int> groups(const ChangeRecords &records)
 {
     QList<int> result;
-    for (const auto &entry : records.NewEnum()) result << entry->ChangeGroupID();
+    for (const auto &entry : records.NewEnum())
+        result << entry->ChangeGroupID();
     return result;
 }
 
@@ -125,7 +126,8 @@ private Q_SLOTS:
     void theListMayChangeWhileItIsWalked()
     {
         ChangeRecords records;
-        for (int i = 1; i <= 5; ++i) records.Add(record(i));
+        for (int i = 1; i <= 5; ++i)
+            records.Add(record(i));
         int walked = 0;
         for (const auto &entry : records.NewEnum()) {
             QCOMPARE(entry->ChangeGroupID(), ++walked);
