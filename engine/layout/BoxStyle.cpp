@@ -347,8 +347,6 @@ Unit blockAlignShift(const BlockBox &box, Unit free)
     }
 }
 
-namespace {
-
 // Whether a margin is the one that the browser's own sheet gives: such margins vanish at the edges of cells and of the
 // body in quirks mode.
 bool isQuirkyMargin(const BlockBox &box, bool top)
@@ -366,12 +364,9 @@ bool isQuirkyMargin(const BlockBox &box, bool top)
     return false;
 }
 
-} // namespace
-
-bool ignoresQuirkyMargin(const Engine &engine, const BlockBox &parent, const BlockBox &child)
+bool dropsQuirkyMargins(const Engine &engine, const BlockBox &box)
 {
-    if (!engine.quirks() || !(parent.isCell() || (parent.element() && parent.element()->is(dom::names::body)))) return false;
-    return isQuirkyMargin(child, true) && !child.previousInFlow();
+    return engine.quirks() && (box.isCell() || (box.element() && box.element()->is(dom::names::body)));
 }
 bool quirkyBottomIgnored(const Engine &engine, const BlockBox &box)
 {

@@ -88,7 +88,9 @@ bool floatsLeft(const BlockBox &box);
 bool shrinksToFit(const BlockBox &box);
 /// What `align` of the parent moves a narrower block by.
 Unit blockAlignShift(const BlockBox &box, Unit free);
-bool ignoresQuirkyMargin(const Engine &engine, const BlockBox &parent, const BlockBox &child);
+/// A cell, or the body, in quirks mode.
+bool dropsQuirkyMargins(const Engine &engine, const BlockBox &box);
+bool isQuirkyMargin(const BlockBox &box, bool top);
 bool quirkyBottomIgnored(const Engine &engine, const BlockBox &box);
 Unit quirkHeight(const Engine &engine, const BlockBox &box, Unit height);
 Unit quirkPercentBase(const Engine &engine, const BlockBox &box, const Constraint &constraint);

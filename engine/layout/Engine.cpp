@@ -59,7 +59,7 @@ void Engine::updateFlowMemo(BlockBox &box, Unit containingWidth)
     if (box.flowValid && box.layoutWidth == containingWidth) return;
     resolveEdges(box, containingWidth);
     box.topStrut = {};
-    box.topStrut.add(box.marginTop);
+    box.topStrut.add(box.marginTop, mQuirks && isQuirkyMargin(box, true));
     box.collapsesThrough = false;
     box.flowValid = true;
     if (box.formattingRoot || !isBlockContainer(box)) return;
@@ -92,7 +92,7 @@ void Engine::updateFlowMemo(BlockBox &box, Unit containingWidth)
             BlockBox *child = each->asBlock();
             if (!child || child->isOutOfFlow()) continue;
             updateFlowMemo(*child, inner);
-            if (open && !ignoresQuirkyMargin(*this, box, *child)) box.topStrut.add(child->topStrut);
+            if (open) box.topStrut.add(dropsQuirkyMargins(*this, box) ? child->topStrut.withoutQuirky() : child->topStrut);
             if (child->collapsesThrough) continue;
             empty = false;
             break;
@@ -212,10 +212,8 @@ void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, con
     MarginStrut strut = state.strut;
     strut.add(child.topStrut);
     Unit top = state.y;
-    if (ignoresQuirkyMargin(*this, parent, child) && state.atTop)
-        top += Unit();
-    else if (!joins)
-        top += strut.sum();
+    if (state.atTop && dropsQuirkyMargins(*this, parent)) strut.quirky = {};
+    if (!joins) top += strut.sum();
     const Unit contentTop = parent.contentTop();
     const Unit originY = area.origin.y + contentTop;
     if (area.context && !area.context->empty()) {

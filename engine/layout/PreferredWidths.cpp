@@ -79,11 +79,11 @@ namespace {
 
 struct LineSums {
     PreferredWidths widths;
-    Unit line, word, blanks, floats;
+    Unit line, word, blanks, wordBlanks, floats; // blanks: those at the end, which would hang
     void breakHere()
     {
-        widths.min = std::max(widths.min, word);
-        word = Unit();
+        widths.min = std::max(widths.min, word - wordBlanks);
+        word = wordBlanks = Unit();
     }
     void endLine()
     {
@@ -95,7 +95,7 @@ struct LineSums {
     {
         line += width;
         word += width;
-        if (width.raw) blanks = Unit();
+        if (width.raw) blanks = wordBlanks = Unit();
     }
 };
 
@@ -135,14 +135,22 @@ void addText(LineSums &sums, const InlineContent &content, const InlineItem &ite
         if (visible < end) {
             sums.line += all - shown;
             sums.blanks = visible > at ? all - shown : sums.blanks + all;
-            if (!wraps) sums.word += all - shown;
+            if (!wraps) {
+                sums.word += all - shown;
+                sums.wordBlanks = visible > at ? all - shown : sums.wordBlanks + all;
+            }
         }
         if (breaksAnywhere(style)) sums.word = std::min(sums.word, Unit::ceil(font.size()));
         at = end;
     }
     if (item.simple && item.end > lineStart) {
-        const Unit exact = before + width(lineStart, item.end);
-        if (exact < sums.line) sums.line = exact;
+        // The stretch as a whole, measured and rounded as a line measures it.
+        uint32_t visible = item.end;
+        if (hangs)
+            while (visible > lineStart && content.text[visible - 1] == QLatin1Char(' ')) --visible;
+        const Unit shown = width(lineStart, visible), all = width(lineStart, item.end);
+        sums.line = before + all;
+        if (visible > lineStart) sums.blanks = all - shown;
     }
     if (wraps && finder.allowed(item.end, words) && item.end < uint32_t(content.text.size())) sums.breakHere();
 }
@@ -178,7 +186,7 @@ PreferredWidths Engine::inlinePreferredWidths(BlockBox &box)
             if (wraps && finder.allowed(item.start)) sums.breakHere();
             sums.line += outer.max;
             sums.word += outer.min;
-            sums.blanks = Unit();
+            sums.blanks = sums.wordBlanks = Unit();
             if (wraps && finder.allowed(item.end)) sums.breakHere();
             break;
         }

@@ -246,6 +246,19 @@ void TableLayout::placeRows(Unit top)
         column.box->height = std::max(Unit(), y - mTable.spacingY - column.box->gap);
         column.box->needsLayout = false;
     }
+    // A group covers its columns; columns stand in it.
+    for (TableColumn &column : mTable.columns) {
+        BlockBox *group = column.box && column.box->parent() ? column.box->parent()->asBlock() : nullptr;
+        if (!group || group->kind() != BoxKind::TableColumn) continue;
+        const bool first = group->firstChild() == column.box;
+        if (first) group->x = column.left;
+        group->gap = mTable.gridTop + mTable.border.top + mTable.spacingY;
+        group->width = std::max(first ? Unit() : group->width, column.left + column.width - group->x);
+        group->height = column.box->height;
+        group->needsLayout = group->childNeedsLayout = false;
+        column.box->x = column.left - group->x;
+        column.box->gap = {};
+    }
 }
 
 // ---- Collapsed borders ----

@@ -97,12 +97,13 @@ struct Edges {
 };
 
 /// Margins that meet: the largest positive and the most negative of them count.
+/// Those of the browser's own sheet are kept apart: at the top of a cell or of the body they vanish in quirks mode.
 struct MarginStrut {
-    Unit positive, negative;
-    void add(Unit margin)
+    Unit positive, negative, quirky;
+    void add(Unit margin, bool isQuirky = false)
     {
         if (margin.raw >= 0)
-            positive = std::max(positive, margin);
+            (isQuirky ? quirky : positive) = std::max(isQuirky ? quirky : positive, margin);
         else
             negative = std::min(negative, margin);
     }
@@ -110,8 +111,10 @@ struct MarginStrut {
     {
         positive = std::max(positive, o.positive);
         negative = std::min(negative, o.negative);
+        quirky = std::max(quirky, o.quirky);
     }
-    Unit sum() const { return positive + negative; }
+    MarginStrut withoutQuirky() const { return {positive, negative, {}}; }
+    Unit sum() const { return std::max(positive, quirky) + negative; }
     friend bool operator==(const MarginStrut &, const MarginStrut &) = default;
 };
 

@@ -323,7 +323,8 @@ void Painter::paintText(const BlockBox &box, const Line &line, const Fragment &f
     if (content.items[fragment.item].type != ItemType::Text) return;
     const css::ComputedStyle &style = fragment.box->style();
     const Font &font = fontOf(style);
-    const QPointF baseline((origin.x + fragment.x).toDouble(), (origin.y + line.top + fragment.y + font.ascent()).toDouble());
+    // Letters stand on whole pixels, or they blur; across they may stand anywhere.
+    const QPointF baseline((origin.x + fragment.x).toDouble(), (origin.y + line.top + fragment.y + font.ascent()).rounded());
     const QColor color = QColor::fromRgba(style.color());
     for (const css::Shadow &shadow : style.text().textShadow)
         paintGlyphs(content, fragment, baseline + QPointF(double(shadow.x), double(shadow.y)), QColor::fromRgba(shadow.color));

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Compares our boxes with a browser's for recorded pages, element by element, and prints the shares. The pages lie in the
 // folder that VELLUM_PAGES names; without it the test is skipped. With VELLUM_BOXES our rows are written there as files.
-//
-// Styles are the defaults of the layout tests, not the cascade: the figures tell of layout only on pages that hardly use
-// style sheets.
-#include "../engine/layout/TestStyles.h"
+#include "engine/css/Services.h"
 #include "engine/html/Parser.h"
 #include "engine/layout/BoxDump.h"
+#include "engine/layout/EngineStyles.h"
+#include "engine/paint/Painter.h"
 
 #include <QDir>
 #include <QImageReader>
@@ -59,7 +58,8 @@ private Q_SLOTS:
         const QString entry = folder + "/" + meta["entry"].toString();
         const auto document = html::parseDocument(QString::fromUtf8(read(entry)));
         document->setBaseURL(QUrl::fromLocalFile(entry).toString());
-        TestStyles styles(*document);
+        css::Services services(*document);
+        layout::EngineStyles styles(services.engine());
         Files files;
         layout::LayoutTree tree(*document, styles);
         tree.setImageSource(&files);
@@ -70,6 +70,13 @@ private Q_SLOTS:
             QFile file(out + "/" + QFileInfo(folder).fileName() + ".json");
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write(QJsonDocument(ours).toJson(QJsonDocument::Compact));
+        }
+        if (const QString pictures = qEnvironmentVariable("VELLUM_PICTURES"); !pictures.isEmpty()) {
+            QImage image(tree.viewport(), QImage::Format_RGB32);
+            QPainter painter(&image);
+            paint::Painter(tree, {}).paint(painter);
+            painter.end();
+            image.save(pictures + "/" + QFileInfo(folder).fileName() + ".png");
         }
         QHash<QString, QJsonArray> rows;
         for (const QJsonValue &row : ours["rows"].toArray()) rows.insert(row[0].toString(), row.toArray());
