@@ -41,7 +41,7 @@ private:
     const ranges::Content &mContent;
     changes::ChangeTracker &mTracker;
     ranges::RangeKeeper &mKeeper;
-    std::vector<ranges::LiveRange> mNoted; // each one character
+    std::vector<ranges::LivePosition> mNoted; // each behind one character: what is typed beside it leaves it there
 };
 
 } // namespace editing

@@ -11,7 +11,9 @@ using changes::Kind;
 bool Operation::removeSpan(const Span &span)
 {
     mBlanks.note(span.start, span.end);
-    finish(mRemoval.remove(span));
+    const bool noLine = isBetweenBlocks(span.start);
+    LivePosition left(mSelection.keeper(), mRemoval.remove(span));
+    finish(left, noLine && isBetweenBlocks(left) ? Line::Goes : Line::Stays);
     return true;
 }
 

@@ -125,7 +125,7 @@ bool Editor::deleteSelection()
     if (mSelection.type() == SelectionObject::Type::Control) {
         ChangeTracker::Step step(mTracker, Kind::Command);
         const Position p = operation.removeObjects();
-        operation.removeSpan({p, p});
+        operation.settle(p);
         step.done();
         return true;
     }
@@ -207,10 +207,16 @@ bool Operation::preserves(const Position &p) const
     return false;
 }
 
-void Operation::finish(const Position &caret)
+bool Operation::isBetweenBlocks(const Position &p) const
+{
+    return mContent.pastBlanksBefore(p).isEdge() && mContent.pastBlanksAfter(p).isEdge() &&
+           !mContent.isEmpty(*mContent.container(p));
+}
+
+void Operation::finish(const Position &caret, Line line)
 {
     LivePosition p(mSelection.keeper(), caret);
-    mEdits.showLine(p);
+    if (line == Line::Stays) mEdits.showLine(p);
     mBlanks.mend();
     mSelection.setCaret(mContent.normalised(p));
 }

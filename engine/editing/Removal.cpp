@@ -55,6 +55,7 @@ bool Removal::rowsAreMeant(const Span &span) const
 Removal::Victims Removal::collect(const Span &span) const
 {
     Victims victims;
+    if (span.start.inText() && span.start.node == span.end.node) return victims;
     const bool rows = rowsAreMeant(span);
     Node *node = span.start.inText() ? span.start.node->nextSkippingChildren() : span.start.childAfter();
     if (!node) node = span.start.node->nextSkippingChildren();

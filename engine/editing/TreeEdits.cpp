@@ -43,8 +43,10 @@ Position TreeEdits::splitText(const Position &p)
     if (p.offset >= text->length()) return Position::after(*text);
     const QString rest = text->data().mid(p.offset);
     Ref<Text> second = text->document().createTextNode(rest);
-    mTracker.replaceText(*text, p.offset, text->length() - p.offset, {});
+    const uint32_t cut = p.offset; // `p` may live
     mTracker.insert(*text->parentNode(), *second, text->nextSibling());
+    mKeeper.carryOver(*text, cut, *second);
+    mTracker.replaceText(*text, cut, text->length() - cut, {});
     return Position::before(*second);
 }
 

@@ -228,6 +228,7 @@ bool Content::delimitsLines(const Node &node) const
 Position Content::normalised(const Position &given, Between between) const
 {
     Position p = outOfObjects(given);
+    if (between != Between::Caret && p.node->isElement() && isTableStructure(*p.node->asElement())) return p; // rows
     const Item next = after(p), previous = before(p);
     if (isCollapsible(next) && isHidden(next)) {
         const Item past = pastBlanksAfter(p);

@@ -17,8 +17,8 @@ using namespace dom;
 namespace {
 
 // Stand in for the marks while the text is parsed; no page has them.
-constexpr QChar anchorSign(0xFDD0);
-constexpr QChar focusSign(0xFDD1);
+constexpr QChar anchorSign(0xF7F0); // of the private area: the parser passes noncharacters on as replacement ones
+constexpr QChar focusSign(0xF7F1);
 constexpr auto selectedName = "data-selected";
 
 /// Splits a text into tags, comments and what lies between.

@@ -97,6 +97,17 @@ void RangeKeeper::moveAll(Node *from, const Position &to)
     }
 }
 
+void RangeKeeper::carryOver(Text &text, uint32_t offset, Text &rest)
+{
+    const auto found = mByNode.find(&text);
+    if (found == mByNode.end()) return;
+    for (LivePosition *at = found->second; at;) {
+        LivePosition *next = at->mNext;
+        if (at->mPosition.offset > offset) *at = Position(&rest, at->mPosition.offset - offset);
+        at = next;
+    }
+}
+
 void RangeKeeper::inserted(Node &node)
 {
     if (!mByNode.empty() && mByNode.count(node.parentNode())) shift(*node.parentNode(), node.index(), 1);

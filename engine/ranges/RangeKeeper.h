@@ -56,6 +56,9 @@ public:
     RangeKeeper &operator=(const RangeKeeper &) = delete;
     dom::Document &document() const { return mDocument; }
 
+    /// A text is about to be cut at `offset`, and `rest` has what stood behind: positions there go along.
+    void carryOver(dom::Text &text, uint32_t offset, dom::Text &rest);
+
     void inserted(dom::Node &node) override;
     void removed(dom::Node &node, dom::ParentNode &parent, dom::Node *before) override;
     void aboutToMove(dom::Node &) override {}
