@@ -79,6 +79,13 @@ Position Movement::step(const Position &given, bool forward) const
     return place ? place : p;
 }
 
+Position Movement::beforeFinalBreak(const Item &item) const
+{
+    const Position front = Position::before(*item.node);
+    const Item inner = mContent.visibleBefore(front);
+    return mContent.normalised(inner.isLineEdge() ? front : inner.near);
+}
+
 Position Movement::crossEdges(Item item, const Position &from, bool forward) const
 {
     const auto pastBlanks = [&](const Position &p) {
@@ -92,10 +99,7 @@ Position Movement::crossEdges(Item item, const Position &from, bool forward) con
     for (bool first = true;; first = false) {
         if (!item.isEdge()) {
             // The end of a block's last line is in front of the BR that ends it.
-            if (!forward && mContent.isFinalBreak(item)) {
-                const Item inner = mContent.visibleBefore(item.far);
-                return mContent.normalised(inner.isBreak() || inner.isEdge() ? item.far : inner.near);
-            }
+            if (!forward && mContent.isFinalBreak(item)) return beforeFinalBreak(item);
             return mContent.normalised(item.near);
         }
         if (item.kind == Item::Kind::End) return {};
@@ -259,7 +263,9 @@ Position Movement::startOfDocument() const
 
 Position Movement::endOfDocument() const
 {
-    return mContent.normalised(Position::endOf(const_cast<Element &>(mContent.limit())));
+    const Position p = mContent.normalised(Position::endOf(const_cast<Element &>(mContent.limit())));
+    const Item item = mContent.before(p);
+    return mContent.isFinalBreak(item) ? beforeFinalBreak(item) : p;
 }
 
 Span Movement::blockAt(const Position &given) const

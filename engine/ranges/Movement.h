@@ -39,6 +39,7 @@ public:
 private:
     Position step(const Position &p, bool forward) const;
     Position crossEdges(Item item, const Position &from, bool forward) const;
+    Position beforeFinalBreak(const Item &item) const;
     Position pastCharacter(const Item &item, bool forward) const;
     struct Stretch {
         QString text;
