@@ -117,7 +117,9 @@ bool Operation::breakParagraph(const Span &span)
     }
     Element *block = blockToSplit(at);
     if (!block) return lineBreakAt(at);
-    if (!block->hasChildNodes()) at = Position::startOf(*block);
+    // In white space that doesn't show, `at` may stand beside what was wrapped.
+    if (!block->contains(*at.position().node))
+        at = at.position() < Position::startOf(*block) ? Position::startOf(*block) : Position::endOf(*block);
     return split(*block, at);
 }
 
