@@ -10,9 +10,10 @@ using namespace ranges;
 
 namespace {
 
+/// What nothing is joined out of: a cell, or the table around a place between cells.
 const Element *cellAround(const Element *element)
 {
-    while (element && !isCell(*element)) element = element->parentElement();
+    while (element && !isCell(*element) && !isTableStructure(*element)) element = element->parentElement();
     return element;
 }
 
@@ -152,8 +153,10 @@ void Removal::join(const LivePosition &start, const LivePosition &end, Element &
     const Element *list = last.parentElement();
     Element *item = &first;
     while (item && item->parentElement() != list) item = item->parentElement();
-    if (last.is(names::li) && item && item != &last && item->is(names::li) && last.hasChildNodes())
+    if (last.is(names::li) && item && item != &last && item->is(names::li) && last.hasChildNodes()) {
+        mTracker.setHeldOpen(*item, false);
         mEdits.moveSiblings(last.firstChild(), nullptr, *item, nullptr);
+    }
     mEdits.removeEmptied(&last, first);
 }
 

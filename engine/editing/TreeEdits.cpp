@@ -240,7 +240,10 @@ Position TreeEdits::leaveList(Element &item)
     if (outer && outer->is(names::li)) { // `<li>a<ul><li>|b` becomes `<li>a<li>|b`
         Node *behindList = rest ? rest.get() : list->nextSibling();
         mTracker.move(*outer->parentNode(), item, outer->nextSibling());
-        if (behindList) moveSiblings(behindList, nullptr, item, nullptr);
+        if (behindList) {
+            mTracker.setHeldOpen(item, false);
+            moveSiblings(behindList, nullptr, item, nullptr);
+        }
     } else if (outer && isList(*outer)) {
         mTracker.move(*outer, item, list->nextSibling());
     } else {

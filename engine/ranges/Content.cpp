@@ -181,6 +181,7 @@ bool Content::isEmpty(const Element &block) const
         }
         if (const Element *element = node->asElement()) {
             if (isBreak(*element) || isObject(*element) || isCell(*element)) return false;
+            if (element->isHeldOpen() || element->is(names::li)) return false;
         } else if (node->isText()) {
             const auto &text = static_cast<const Text &>(*node);
             for (const QChar c : text.data())

@@ -75,7 +75,8 @@ public:
     bool isFinalBreak(const Item &item) const;
     /// Whether nothing shows between two line edges around `p`.
     bool isLineEmpty(const Position &p) const;
-    /// Whether `block` shows nothing at all: no text, break, object or cell.
+    /// Whether `block` shows nothing at all: no text, break, object or cell, no item and
+    /// no line held open.
     bool isEmpty(const dom::Element &block) const;
     /// Whether lines end at the node: a block, a rule, an inline element around blocks.
     bool delimitsLines(const dom::Node &node) const;
