@@ -211,8 +211,7 @@ bool TreeEdits::canHoldParagraph(const Element &parent)
 
 namespace {
 
-/// Blocks that the parser wouldn't leave inside a P: what a leaving item's inline content must be wrapped beside.
-Node *firstShown(Element &element)
+Node *firstButBlanks(Element &element)
 {
     Node *node = element.firstChild();
     while (node && isLonelyText(*node)) node = node->nextSibling();
@@ -250,12 +249,12 @@ Position TreeEdits::leaveList(Element &item)
         Node *before = rest ? rest.get() : list->nextSibling();
         ParentNode &parent = *list->parentNode();
         start = {};
-        while (Node *first = firstShown(item)) {
-            const bool block = mContent.delimitsLines(*first);
-            Element *moved = block ? first->asElement()
-                                   : &wrapRun(item, Position::before(*first), "p");
+        while (Node *first = firstButBlanks(item)) {
+            const Run run = runAround(item, Position::before(*first));
+            const bool wraps = run.first == first && !mContent.delimitsLines(*first);
+            Node *moved = wraps ? &wrapRun(item, Position::before(*first), "p") : first;
             mTracker.move(parent, *moved, before);
-            if (!start) start = Position::startOf(*moved);
+            if (!start && moved->isElement() && mContent.delimitsLines(*moved)) start = Position::startOf(*moved);
         }
         if (!start) {
             Ref<Element> line = item.document().createElement(QStringLiteral("p"));
