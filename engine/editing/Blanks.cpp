@@ -34,14 +34,16 @@ void Blanks::noteBefore(const Position &p)
 {
     const size_t first = mNoted.size();
     Item item = mContent.visibleBefore(p);
-    for (int i = 0; i < reach && noteOne(item); ++i) item = mContent.visibleBefore({item.node, item.from});
+    for (int i = 0; i < reach && noteOne(item); ++i)
+        item = mContent.visibleBefore({item.node, item.from});
     std::reverse(mNoted.begin() + std::ptrdiff_t(first), mNoted.end());
 }
 
 void Blanks::noteAfter(const Position &p)
 {
     Item item = mContent.visibleAfter(p);
-    for (int i = 0; i < reach && noteOne(item); ++i) item = mContent.visibleAfter({item.node, item.to});
+    for (int i = 0; i < reach && noteOne(item); ++i)
+        item = mContent.visibleAfter({item.node, item.to});
 }
 
 void Blanks::note(const Position &left, const Position &right)
@@ -55,7 +57,8 @@ void Blanks::dropHidden(const Position &from)
     // What hid behind or in front of a plain blank would show beside a no-break one.
     for (Item next = mContent.after(from); mContent.isCollapsible(next); next = mContent.after(from)) {
         bool noted = false;
-        for (const LivePosition &end : mNoted) noted = noted || end.position() == Position(next.node, next.to);
+        for (const LivePosition &end : mNoted)
+            noted = noted || end.position() == Position(next.node, next.to);
         if (noted) return;
         mTracker.replaceText(*next.text(), next.from, next.to - next.from, {});
     }

@@ -21,12 +21,14 @@ namespace {
 Element *hostOf(const SelectionObject &selection)
 {
     switch (selection.type()) {
-    case SelectionObject::Type::None: return nullptr;
+    case SelectionObject::Type::None:
+        return nullptr;
     case SelectionObject::Type::Text: {
         Element *host = editingHost(*selection.focus().node);
         return host && editingHost(*selection.anchor().node) == host ? host : nullptr;
     }
-    case SelectionObject::Type::Control: break;
+    case SelectionObject::Type::Control:
+        break;
     }
     // An object is edited by what is around it.
     Element *host = nullptr;
@@ -163,8 +165,8 @@ bool Editor::selectAll()
 // What all operations share
 
 Operation::Operation(Editor &editor, Element &host)
-    : mEditor(editor), mTracker(editor.tracker()), mSelection(editor.selection()),
-      mContent(editor.rendering(), host), mMovement(mContent), mEdits(mContent, mTracker, mSelection.keeper()),
+    : mEditor(editor), mTracker(editor.tracker()), mSelection(editor.selection()), mContent(editor.rendering(), host),
+      mMovement(mContent), mEdits(mContent, mTracker, mSelection.keeper()),
       mRemoval(mContent, mTracker, mSelection.keeper()), mBlanks(mContent, mTracker, mSelection.keeper())
 {
 }

@@ -6,7 +6,8 @@
 
 namespace editing {
 
-/// One editing operation under way: what it works with, and where it works. Lives as long as the step that it belongs to.
+/// One editing operation under way: what it works with, and where it works. Lives as long as the step that it belongs
+/// to.
 class Operation
 {
 public:

@@ -109,7 +109,8 @@ bool Operation::breakParagraph(const Span &span)
     Element *around = mContent.container(at);
     if (isTableStructure(*around) || around->is(names::dl)) return false;
     Element *item = around;
-    while (item && !item->is(names::li) && item != &mContent.limit() && !isCell(*item)) item = item->parentElement();
+    while (item && !item->is(names::li) && item != &mContent.limit() && !isCell(*item))
+        item = item->parentElement();
     if (item && item->is(names::li) && item != &mContent.limit() && isBlankBlock(*item)) {
         const Position start = mEdits.leaveList(*item);
         finish(mContent.normalised(start));

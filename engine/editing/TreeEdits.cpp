@@ -16,7 +16,8 @@ namespace {
 /// The child of `top` that holds `below`; null where it isn't inside.
 Node *branch(const Node &top, Node *below)
 {
-    while (below && below->parentNode() != &top) below = below->parentNode();
+    while (below && below->parentNode() != &top)
+        below = below->parentNode();
     return below;
 }
 
@@ -109,16 +110,20 @@ TreeEdits::Run TreeEdits::runAround(const Element &parent, const Position &p) co
         if (!behind) return run;
     }
     Node *first = ahead, *last = behind;
-    for (Node *node = behind; node && !mContent.delimitsLines(*node); node = node->previousSibling()) first = node;
-    for (Node *node = ahead; node && !mContent.delimitsLines(*node); node = node->nextSibling()) last = node;
+    for (Node *node = behind; node && !mContent.delimitsLines(*node); node = node->previousSibling())
+        first = node;
+    for (Node *node = ahead; node && !mContent.delimitsLines(*node); node = node->nextSibling())
+        last = node;
     if (!first || !last || mContent.delimitsLines(*first) || mContent.delimitsLines(*last)) return run;
     if (first->index() > last->index()) return run;
     const auto unseen = [this](const Node &node) {
         return isLonelyText(node) ? !mContent.rendering().preservesSpace(static_cast<const Text &>(node))
                                   : !node.isText() && !mContent.rendering().isDisplayed(node);
     };
-    while (first != last && unseen(*first)) first = first->nextSibling();
-    while (first != last && unseen(*last)) last = last->previousSibling();
+    while (first != last && unseen(*first))
+        first = first->nextSibling();
+    while (first != last && unseen(*last))
+        last = last->previousSibling();
     if (unseen(*first)) return run;
     return {first, last};
 }
@@ -176,7 +181,8 @@ void TreeEdits::removeEmptied(Element *element, const Node &keep)
 
 void TreeEdits::holdOpen(Element &block)
 {
-    while (Node *child = block.lastChild()) mTracker.remove(*child);
+    while (Node *child = block.lastChild())
+        mTracker.remove(*child);
     mTracker.setHeldOpen(block, true);
 }
 
@@ -214,7 +220,8 @@ namespace {
 Node *firstButBlanks(Element &element)
 {
     Node *node = element.firstChild();
-    while (node && isLonelyText(*node)) node = node->nextSibling();
+    while (node && isLonelyText(*node))
+        node = node->nextSibling();
     return node;
 }
 
@@ -229,7 +236,8 @@ Position TreeEdits::leaveList(Element &item)
     // Items that follow go into a list of their own behind.
     Ref<Element> rest;
     Node *following = item.nextSibling();
-    while (following && isLonelyText(*following)) following = following->nextSibling();
+    while (following && isLonelyText(*following))
+        following = following->nextSibling();
     if (following) {
         rest = cloneShell(*list);
         mTracker.insert(*list->parentNode(), *rest, list->nextSibling());

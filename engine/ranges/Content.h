@@ -7,7 +7,8 @@
 namespace ranges {
 
 /// What stands on one side of a position, inline tags, comments and undisplayed nodes passed over.
-struct Item {
+struct Item
+{
     enum class Kind : uint8_t {
         Character, ///< one character of a text, hidden by collapsing or not
         Break,     ///< a BR

@@ -130,7 +130,8 @@ void RangeKeeper::removed(Node &node, ParentNode &parent, Node *before)
             if (node.contains(*holder)) inside.push_back(const_cast<Node *>(holder));
     }
     const Position place(&parent, index);
-    for (Node *holder : inside) moveAll(holder, place);
+    for (Node *holder : inside)
+        moveAll(holder, place);
 }
 
 void RangeKeeper::moved(Node &node, ParentNode &oldParent, Node *oldBefore)
