@@ -26,7 +26,7 @@ bool Blanks::noteOne(const Item &item)
     const bool plain = mContent.isCollapsible(item);
     if (!plain && !isNoBreak(item)) return false;
     const bool matters = plain ? !mContent.isHidden(item) : wouldCollapse(item);
-    if (matters) mNoted.emplace_back(mKeeper, Span{{item.node, item.from}, {item.node, item.to}});
+    if (matters) mNoted.emplace_back(mKeeper, Position(item.node, item.to));
     return true;
 }
 
@@ -34,14 +34,16 @@ void Blanks::noteBefore(const Position &p)
 {
     const size_t first = mNoted.size();
     Item item = mContent.visibleBefore(p);
-    for (int i = 0; i < reach && noteOne(item); ++i) item = mContent.visibleBefore({item.node, item.from});
+    for (int i = 0; i < reach && noteOne(item); ++i)
+        item = mContent.visibleBefore({item.node, item.from});
     std::reverse(mNoted.begin() + std::ptrdiff_t(first), mNoted.end());
 }
 
 void Blanks::noteAfter(const Position &p)
 {
     Item item = mContent.visibleAfter(p);
-    for (int i = 0; i < reach && noteOne(item); ++i) item = mContent.visibleAfter({item.node, item.to});
+    for (int i = 0; i < reach && noteOne(item); ++i)
+        item = mContent.visibleAfter({item.node, item.to});
 }
 
 void Blanks::note(const Position &left, const Position &right)
@@ -55,9 +57,8 @@ void Blanks::dropHidden(const Position &from)
     // What hid behind or in front of a plain blank would show beside a no-break one.
     for (Item next = mContent.after(from); mContent.isCollapsible(next); next = mContent.after(from)) {
         bool noted = false;
-        for (const LiveRange &range : mNoted)
-            noted = noted || (range.start.position() == Position(next.node, next.from) &&
-                              range.end.position() == Position(next.node, next.to));
+        for (const LivePosition &end : mNoted)
+            noted = noted || end.position() == Position(next.node, next.to);
         if (noted) return;
         mTracker.replaceText(*next.text(), next.from, next.to - next.from, {});
     }
@@ -65,10 +66,11 @@ void Blanks::dropHidden(const Position &from)
 
 void Blanks::mend()
 {
-    for (const LiveRange &range : mNoted) {
-        const Position start = range.start, end = range.end;
-        dom::Text *text = start.text();
-        if (!text || !text->isConnected() || start.node != end.node || end.offset != start.offset + 1) continue;
+    for (const LivePosition &noted : mNoted) {
+        const Position end = noted;
+        dom::Text *text = end.text();
+        if (!text || !text->isConnected() || end.offset == 0) continue;
+        const Position start(text, end.offset - 1);
         Item item;
         item.kind = Item::Kind::Character;
         item.node = text;

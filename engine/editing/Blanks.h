@@ -11,10 +11,10 @@ namespace editing {
 
 /// Keeps blanks looking as they were typed while the text around them changes.
 ///
-/// Blanks beside the place of an edit are noted before it: plain ones that show, and no-break ones that had to be, because
-/// a plain one would have collapsed there. Afterwards each becomes what it must be: a no-break space at a line's start or
-/// end or beside another plain blank, a plain one elsewhere. A no-break space that didn't have to be one was somebody's
-/// wish and stays.
+/// Blanks beside the place of an edit are noted before it: plain ones that show, and no-break ones that had to be,
+/// because a plain one would have collapsed there. Afterwards each becomes what it must be: a no-break space at a
+/// line's start or end or beside another plain blank, a plain one elsewhere. A no-break space that didn't have to be
+/// one was somebody's wish and stays.
 class Blanks
 {
 public:
@@ -41,7 +41,7 @@ private:
     const ranges::Content &mContent;
     changes::ChangeTracker &mTracker;
     ranges::RangeKeeper &mKeeper;
-    std::vector<ranges::LiveRange> mNoted; // each one character
+    std::vector<ranges::LivePosition> mNoted; // each behind one character: what is typed beside it leaves it there
 };
 
 } // namespace editing

@@ -11,9 +11,10 @@ namespace editing {
 
 enum class State : uint8_t { Off, On, Mixed };
 
-/// What a command works with: the editor, and undo and redo as whoever keeps the history offers them (null: the tracker's
-/// own).
-struct CommandContext {
+/// What a command works with: the editor, and undo and redo as whoever keeps the history offers them (null: the
+/// tracker's own).
+struct CommandContext
+{
     Editor &editor;
     std::function<void()> undo;
     std::function<void()> redo;
@@ -22,11 +23,12 @@ struct CommandContext {
 };
 
 /// An engine command. Each row can be asked and run by itself; a null function means the plain answer.
-struct Command {
-    const char *name;                                            ///< found whatever its case
-    bool (*possible)(const CommandContext &);                    ///< null: wherever can be edited
-    State (*state)(const CommandContext &);                      ///< null: off
-    QString (*value)(const CommandContext &);                    ///< null: ""
+struct Command
+{
+    const char *name;                                             ///< found whatever its case
+    bool (*possible)(const CommandContext &);                     ///< null: wherever can be edited
+    State (*state)(const CommandContext &);                       ///< null: off
+    QString (*value)(const CommandContext &);                     ///< null: ""
     bool (*run)(const CommandContext &, const QString &argument); ///< whether it did something
 };
 

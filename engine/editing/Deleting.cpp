@@ -11,7 +11,9 @@ using changes::Kind;
 bool Operation::removeSpan(const Span &span)
 {
     mBlanks.note(span.start, span.end);
-    finish(mRemoval.remove(span));
+    const bool noLine = isBetweenBlocks(span.start);
+    LivePosition left(mSelection.keeper(), mRemoval.remove(span));
+    finish(left, noLine && isBetweenBlocks(left) ? Line::Goes : Line::Stays);
     return true;
 }
 
@@ -19,9 +21,15 @@ bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
 {
     Position other;
     switch (unit) {
-    case Unit::Character: other = forward ? mMovement.nextCharacter(p) : mMovement.previousCharacter(p); break;
-    case Unit::Word: other = forward ? mMovement.nextWord(p) : mMovement.previousWord(p); break;
-    case Unit::ToBlockEdge: other = forward ? mMovement.endOfBlock(p) : mMovement.startOfBlock(p); break;
+    case Unit::Character:
+        other = forward ? mMovement.nextCharacter(p) : mMovement.previousCharacter(p);
+        break;
+    case Unit::Word:
+        other = forward ? mMovement.nextWord(p) : mMovement.previousWord(p);
+        break;
+    case Unit::ToBlockEdge:
+        other = forward ? mMovement.endOfBlock(p) : mMovement.startOfBlock(p);
+        break;
     }
     const Span span = forward ? Span{p, other} : Span{other, p};
     if (span.isEmpty() || !mRemoval.isWithinBlock(span)) {

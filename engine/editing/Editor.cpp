@@ -21,12 +21,14 @@ namespace {
 Element *hostOf(const SelectionObject &selection)
 {
     switch (selection.type()) {
-    case SelectionObject::Type::None: return nullptr;
+    case SelectionObject::Type::None:
+        return nullptr;
     case SelectionObject::Type::Text: {
         Element *host = editingHost(*selection.focus().node);
         return host && editingHost(*selection.anchor().node) == host ? host : nullptr;
     }
-    case SelectionObject::Type::Control: break;
+    case SelectionObject::Type::Control:
+        break;
     }
     // An object is edited by what is around it.
     Element *host = nullptr;
@@ -125,7 +127,7 @@ bool Editor::deleteSelection()
     if (mSelection.type() == SelectionObject::Type::Control) {
         ChangeTracker::Step step(mTracker, Kind::Command);
         const Position p = operation.removeObjects();
-        operation.removeSpan({p, p});
+        operation.settle(p);
         step.done();
         return true;
     }
@@ -163,8 +165,8 @@ bool Editor::selectAll()
 // What all operations share
 
 Operation::Operation(Editor &editor, Element &host)
-    : mEditor(editor), mTracker(editor.tracker()), mSelection(editor.selection()),
-      mContent(editor.rendering(), host), mMovement(mContent), mEdits(mContent, mTracker, mSelection.keeper()),
+    : mEditor(editor), mTracker(editor.tracker()), mSelection(editor.selection()), mContent(editor.rendering(), host),
+      mMovement(mContent), mEdits(mContent, mTracker, mSelection.keeper()),
       mRemoval(mContent, mTracker, mSelection.keeper()), mBlanks(mContent, mTracker, mSelection.keeper())
 {
 }
@@ -207,10 +209,16 @@ bool Operation::preserves(const Position &p) const
     return false;
 }
 
-void Operation::finish(const Position &caret)
+bool Operation::isBetweenBlocks(const Position &p) const
+{
+    return mContent.pastBlanksBefore(p).isEdge() && mContent.pastBlanksAfter(p).isEdge() &&
+           !mContent.isEmpty(*mContent.container(p));
+}
+
+void Operation::finish(const Position &caret, Line line)
 {
     LivePosition p(mSelection.keeper(), caret);
-    mEdits.showLine(p);
+    if (line == Line::Stays) mEdits.showLine(p);
     mBlanks.mend();
     mSelection.setCaret(mContent.normalised(p));
 }

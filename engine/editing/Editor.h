@@ -13,8 +13,8 @@ enum class Unit : uint8_t { Character, Word, ToBlockEdge };
 ///
 /// Each operation is one step of the tracker: one record of the kind that its cause asks for, with the selection as it
 /// stands afterwards. It works at the document's selection, stays within one editing host, and does nothing, without a
-/// record, where nothing is possible: it then answers false. Examples in comments draw the caret as `|`, the other end of
-/// a selection as `^`.
+/// record, where nothing is possible: it then answers false. Examples in comments draw the caret as `|`, the other end
+/// of a selection as `^`.
 class Editor
 {
 public:
@@ -30,9 +30,10 @@ public:
     /// Whether the selection lies within one editing host.
     bool canEdit() const;
 
-    /// Typed or committed characters, over a selection too. Line feeds and tabs count as blanks but in preformatted text;
-    /// other control characters are dropped. The text takes the style of the first character that it replaces, else of the
-    /// one in front of it. An empty BODY, and a place between blocks, get a P for it, so that Enter gives paragraphs.
+    /// Typed or committed characters, over a selection too. Line feeds and tabs count as blanks but in preformatted
+    /// text; other control characters are dropped. The text takes the style of the first character that it replaces,
+    /// else of the one in front of it. An empty BODY, and a place between blocks, get a P for it, so that Enter gives
+    /// paragraphs.
     bool insertText(const QString &text);
     /// Enter: `<p>a|b</p>` becomes `<p>a</p><p>|b</p>`; the first half stays the element it was.
     bool insertParagraph();
@@ -55,7 +56,8 @@ private:
     const ranges::Rendering *mRendering;
 
     /// The one blank that a person typed into an empty block is no placeholder to be typed over.
-    struct TypedBlank {
+    struct TypedBlank
+    {
         dom::NodeId node = 0;
         uint64_t records = 0;
     } mTypedBlank;

@@ -6,7 +6,8 @@
 
 namespace editing {
 
-/// One editing operation under way: what it works with, and where it works. Lives as long as the step that it belongs to.
+/// One editing operation under way: what it works with, and where it works. Lives as long as the step that it belongs
+/// to.
 class Operation
 {
 public:
@@ -22,6 +23,8 @@ public:
     bool breakParagraph(const ranges::Span &span);
     bool breakLine(const ranges::Span &span);
     bool removeSpan(const ranges::Span &span);
+    /// The caret goes to `p`, where objects were.
+    void settle(const ranges::Position &p) { finish(p, isBetweenBlocks(p) ? Line::Goes : Line::Stays); }
     bool removeFrom(const ranges::Position &p, bool forward, Unit unit);
 
     bool isWithinBlock(const ranges::Span &span) const { return mRemoval.isWithinBlock(span); }
@@ -45,7 +48,10 @@ private:
     bool leaveListAtStart(const ranges::Position &p);
     bool isBlankBlock(const dom::Element &block) const;
     bool takeAway(dom::Element &element, const ranges::Position &caret);
-    void finish(const ranges::Position &caret);
+    /// Whether `p` lies between blocks, in no line.
+    bool isBetweenBlocks(const ranges::Position &p) const;
+    enum class Line : uint8_t { Stays, Goes };
+    void finish(const ranges::Position &caret, Line line = Line::Stays);
 
     Editor &mEditor;
     changes::ChangeTracker &mTracker;

@@ -109,7 +109,8 @@ bool Operation::breakParagraph(const Span &span)
     Element *around = mContent.container(at);
     if (isTableStructure(*around) || around->is(names::dl)) return false;
     Element *item = around;
-    while (item && !item->is(names::li) && item != &mContent.limit() && !isCell(*item)) item = item->parentElement();
+    while (item && !item->is(names::li) && item != &mContent.limit() && !isCell(*item))
+        item = item->parentElement();
     if (item && item->is(names::li) && item != &mContent.limit() && isBlankBlock(*item)) {
         const Position start = mEdits.leaveList(*item);
         finish(mContent.normalised(start));
@@ -117,7 +118,9 @@ bool Operation::breakParagraph(const Span &span)
     }
     Element *block = blockToSplit(at);
     if (!block) return lineBreakAt(at);
-    if (!block->hasChildNodes()) at = Position::startOf(*block);
+    // In white space that doesn't show, `at` may stand beside what was wrapped.
+    if (!block->contains(*at.position().node))
+        at = at.position() < Position::startOf(*block) ? Position::startOf(*block) : Position::endOf(*block);
     return split(*block, at);
 }
 

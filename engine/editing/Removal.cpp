@@ -10,15 +10,18 @@ using namespace ranges;
 
 namespace {
 
+/// What nothing is joined out of: a cell, or the table around a place between cells.
 const Element *cellAround(const Element *element)
 {
-    while (element && !isCell(*element)) element = element->parentElement();
+    while (element && !isCell(*element) && !isTableStructure(*element))
+        element = element->parentElement();
     return element;
 }
 
 Node *branch(const Node &top, Node *below)
 {
-    while (below && below->parentNode() != &top) below = below->parentNode();
+    while (below && below->parentNode() != &top)
+        below = below->parentNode();
     return below;
 }
 
@@ -55,6 +58,7 @@ bool Removal::rowsAreMeant(const Span &span) const
 Removal::Victims Removal::collect(const Span &span) const
 {
     Victims victims;
+    if (span.start.inText() && span.start.node == span.end.node) return victims;
     const bool rows = rowsAreMeant(span);
     Node *node = span.start.inText() ? span.start.node->nextSkippingChildren() : span.start.childAfter();
     if (!node) node = span.start.node->nextSkippingChildren();
@@ -72,8 +76,7 @@ Removal::Victims Removal::collect(const Span &span) const
             node = node->next();
             continue;
         }
-        if (element && isTableStructure(*element) && !element->is(names::table) &&
-            !(rows && element->is(names::tr))) {
+        if (element && isTableStructure(*element) && !element->is(names::table) && !(rows && element->is(names::tr))) {
             node = node->next();
             continue;
         }
@@ -100,8 +103,7 @@ Position Removal::remove(const Span &span)
     if (startText && startText == endText) {
         mTracker.replaceText(*startText, span.start.offset, span.end.offset - span.start.offset, {});
     } else {
-        if (startText)
-            mTracker.replaceText(*startText, span.start.offset, startText->length() - span.start.offset, {});
+        if (startText) mTracker.replaceText(*startText, span.start.offset, startText->length() - span.start.offset, {});
         if (endText) mTracker.replaceText(*endText, 0, span.end.offset, {});
     }
     std::vector<Ref<Node>> parents;
@@ -118,7 +120,8 @@ Position Removal::remove(const Span &span)
         join(start, end, *first, *last);
     else if (!(first == last) && lastCell != firstCell && last->isConnected())
         mEdits.showLine(end);
-    for (const Ref<Node> &parent : parents) mEdits.tidyUpwards(parent.get());
+    for (const Ref<Node> &parent : parents)
+        mEdits.tidyUpwards(parent.get());
     mEdits.tidyUpwards(endNode.get());
     mEdits.tidyUpwards(startNode.get());
     if (startsOutside && last->isConnected() && last->contains(*end.position().node)) return end;
@@ -144,15 +147,19 @@ void Removal::join(const LivePosition &start, const LivePosition &end, Element &
         if (Node *inside = branch(first, to.node.get())) to = Position::after(*inside);
     Node *before = to.childAfter();
     Node *stop = node;
-    while (stop && !mContent.delimitsLines(*stop)) stop = stop->nextSibling();
+    while (stop && !mContent.delimitsLines(*stop))
+        stop = stop->nextSibling();
     if (node && before != node) mEdits.moveSiblings(node, stop, first, before);
     if (first.isHeldOpen() && !mContent.isEmpty(first)) mTracker.setHeldOpen(first, false);
     // An item's further blocks come along to the item that it was joined with.
     const Element *list = last.parentElement();
     Element *item = &first;
-    while (item && item->parentElement() != list) item = item->parentElement();
-    if (last.is(names::li) && item && item != &last && item->is(names::li) && last.hasChildNodes())
+    while (item && item->parentElement() != list)
+        item = item->parentElement();
+    if (last.is(names::li) && item && item != &last && item->is(names::li) && last.hasChildNodes()) {
+        mTracker.setHeldOpen(*item, false);
         mEdits.moveSiblings(last.firstChild(), nullptr, *item, nullptr);
+    }
     mEdits.removeEmptied(&last, first);
 }
 

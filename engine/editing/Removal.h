@@ -7,9 +7,9 @@ namespace editing {
 
 /// Takes content away and joins what is left, within the step that is open.
 ///
-/// `<p>a^b</p><p>c|d</p>` becomes `<p>a|d</p>`: the first block stays, the inline content of the last comes to it, and what
-/// was emptied on the way goes. Cells are emptied and stay unless their whole table, or whole rows of it, are covered, and
-/// nothing is joined over a cell's edge.
+/// `<p>a^b</p><p>c|d</p>` becomes `<p>a|d</p>`: the first block stays, the inline content of the last comes to it, and
+/// what was emptied on the way goes. Cells are emptied and stay unless their whole table, or whole rows of it, are
+/// covered, and nothing is joined over a cell's edge.
 class Removal
 {
 public:
@@ -25,7 +25,8 @@ public:
     ranges::Position remove(const ranges::Span &fitted);
 
 private:
-    struct Victims {
+    struct Victims
+    {
         std::vector<base::Ref<dom::Node>> nodes;
         std::vector<base::Ref<dom::Element>> cells; ///< they stay, emptied
     };

@@ -16,7 +16,8 @@ namespace {
 /// The child of `top` that holds `below`; null where it isn't inside.
 Node *branch(const Node &top, Node *below)
 {
-    while (below && below->parentNode() != &top) below = below->parentNode();
+    while (below && below->parentNode() != &top)
+        below = below->parentNode();
     return below;
 }
 
@@ -43,8 +44,10 @@ Position TreeEdits::splitText(const Position &p)
     if (p.offset >= text->length()) return Position::after(*text);
     const QString rest = text->data().mid(p.offset);
     Ref<Text> second = text->document().createTextNode(rest);
-    mTracker.replaceText(*text, p.offset, text->length() - p.offset, {});
+    const uint32_t cut = p.offset; // `p` may live
     mTracker.insert(*text->parentNode(), *second, text->nextSibling());
+    mKeeper.carryOver(*text, cut, *second);
+    mTracker.replaceText(*text, cut, text->length() - cut, {});
     return Position::before(*second);
 }
 
@@ -107,16 +110,20 @@ TreeEdits::Run TreeEdits::runAround(const Element &parent, const Position &p) co
         if (!behind) return run;
     }
     Node *first = ahead, *last = behind;
-    for (Node *node = behind; node && !mContent.delimitsLines(*node); node = node->previousSibling()) first = node;
-    for (Node *node = ahead; node && !mContent.delimitsLines(*node); node = node->nextSibling()) last = node;
+    for (Node *node = behind; node && !mContent.delimitsLines(*node); node = node->previousSibling())
+        first = node;
+    for (Node *node = ahead; node && !mContent.delimitsLines(*node); node = node->nextSibling())
+        last = node;
     if (!first || !last || mContent.delimitsLines(*first) || mContent.delimitsLines(*last)) return run;
     if (first->index() > last->index()) return run;
     const auto unseen = [this](const Node &node) {
         return isLonelyText(node) ? !mContent.rendering().preservesSpace(static_cast<const Text &>(node))
                                   : !node.isText() && !mContent.rendering().isDisplayed(node);
     };
-    while (first != last && unseen(*first)) first = first->nextSibling();
-    while (first != last && unseen(*last)) last = last->previousSibling();
+    while (first != last && unseen(*first))
+        first = first->nextSibling();
+    while (first != last && unseen(*last))
+        last = last->previousSibling();
     if (unseen(*first)) return run;
     return {first, last};
 }
@@ -174,7 +181,8 @@ void TreeEdits::removeEmptied(Element *element, const Node &keep)
 
 void TreeEdits::holdOpen(Element &block)
 {
-    while (Node *child = block.lastChild()) mTracker.remove(*child);
+    while (Node *child = block.lastChild())
+        mTracker.remove(*child);
     mTracker.setHeldOpen(block, true);
 }
 
@@ -209,11 +217,11 @@ bool TreeEdits::canHoldParagraph(const Element &parent)
 
 namespace {
 
-/// Blocks that the parser wouldn't leave inside a P: what a leaving item's inline content must be wrapped beside.
-Node *firstShown(Element &element)
+Node *firstButBlanks(Element &element)
 {
     Node *node = element.firstChild();
-    while (node && isLonelyText(*node)) node = node->nextSibling();
+    while (node && isLonelyText(*node))
+        node = node->nextSibling();
     return node;
 }
 
@@ -228,7 +236,8 @@ Position TreeEdits::leaveList(Element &item)
     // Items that follow go into a list of their own behind.
     Ref<Element> rest;
     Node *following = item.nextSibling();
-    while (following && isLonelyText(*following)) following = following->nextSibling();
+    while (following && isLonelyText(*following))
+        following = following->nextSibling();
     if (following) {
         rest = cloneShell(*list);
         mTracker.insert(*list->parentNode(), *rest, list->nextSibling());
@@ -238,19 +247,22 @@ Position TreeEdits::leaveList(Element &item)
     if (outer && outer->is(names::li)) { // `<li>a<ul><li>|b` becomes `<li>a<li>|b`
         Node *behindList = rest ? rest.get() : list->nextSibling();
         mTracker.move(*outer->parentNode(), item, outer->nextSibling());
-        if (behindList) moveSiblings(behindList, nullptr, item, nullptr);
+        if (behindList) {
+            mTracker.setHeldOpen(item, false);
+            moveSiblings(behindList, nullptr, item, nullptr);
+        }
     } else if (outer && isList(*outer)) {
         mTracker.move(*outer, item, list->nextSibling());
     } else {
         Node *before = rest ? rest.get() : list->nextSibling();
         ParentNode &parent = *list->parentNode();
         start = {};
-        while (Node *first = firstShown(item)) {
-            const bool block = mContent.delimitsLines(*first);
-            Element *moved = block ? first->asElement()
-                                   : &wrapRun(item, Position::before(*first), "p");
+        while (Node *first = firstButBlanks(item)) {
+            const Run run = runAround(item, Position::before(*first));
+            const bool wraps = run.first == first && !mContent.delimitsLines(*first);
+            Node *moved = wraps ? &wrapRun(item, Position::before(*first), "p") : first;
             mTracker.move(parent, *moved, before);
-            if (!start) start = Position::startOf(*moved);
+            if (!start && moved->isElement() && mContent.delimitsLines(*moved)) start = Position::startOf(*moved);
         }
         if (!start) {
             Ref<Element> line = item.document().createElement(QStringLiteral("p"));

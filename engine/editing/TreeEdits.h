@@ -19,8 +19,8 @@ public:
 
     /// A place between children at the same spot: the text is split if need be, the first half stays the node it was.
     ranges::Position splitText(const ranges::Position &p);
-    /// Splits all elements between `p` and `top`, which isn't split; nothing is split where `p` stands at an end. Clones
-    /// have the attributes but the id. The place in `top`.
+    /// Splits all elements between `p` and `top`, which isn't split; nothing is split where `p` stands at an end.
+    /// Clones have the attributes but the id. The place in `top`.
     ranges::Position splitUpTo(const ranges::Position &p, dom::Element &top);
     /// A new element, not in the tree yet, with the attributes but the id.
     base::Ref<dom::Element> cloneShell(const dom::Element &element);
@@ -28,11 +28,12 @@ public:
     void moveSiblings(dom::Node *first, const dom::Node *end, dom::ParentNode &to, dom::Node *before);
     void insert(const ranges::Position &p, dom::Node &node);
 
-    /// `block|`: cut at `p`, which is inside; what follows goes into a new block behind it, which is returned: a clone, or
-    /// a plain one of that name.
+    /// `block|`: cut at `p`, which is inside; what follows goes into a new block behind it, which is returned: a clone,
+    /// or a plain one of that name.
     dom::Element &splitBlock(dom::Element &block, const ranges::Position &p, const char *newName = nullptr);
     /// The children of `parent` that make up the line or lines around `p`, undisplayed ones at the ends left out.
-    struct Run {
+    struct Run
+    {
         dom::Node *first = nullptr; ///< both null: nothing is there
         dom::Node *last = nullptr;
     };

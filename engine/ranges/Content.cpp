@@ -111,7 +111,8 @@ bool Content::holdsLines(const Element &element) const
 Element *Content::container(const Position &p) const
 {
     Element *at = p.element();
-    while (at && !holdsLines(*at) && at->parentElement()) at = at->parentElement();
+    while (at && !holdsLines(*at) && at->parentElement())
+        at = at->parentElement();
     return at;
 }
 
@@ -131,14 +132,16 @@ bool Content::isHidden(const Item &item) const
 Item Content::pastBlanksAfter(const Position &p) const
 {
     Item item = after(p);
-    while (isCollapsible(item)) item = after(item.far);
+    while (isCollapsible(item))
+        item = after(item.far);
     return item;
 }
 
 Item Content::pastBlanksBefore(const Position &p) const
 {
     Item item = before(p);
-    while (isCollapsible(item)) item = before(item.far);
+    while (isCollapsible(item))
+        item = before(item.far);
     return item;
 }
 
@@ -157,7 +160,8 @@ Item Content::visibleBefore(const Position &p) const
     if (!isCollapsible(item)) return item;
     // Of a run only the first shows, if at all.
     Item first = item;
-    for (item = before(first.far); isCollapsible(item); item = before(first.far)) first = item;
+    for (item = before(first.far); isCollapsible(item); item = before(first.far))
+        first = item;
     return isHidden(first) ? item : first;
 }
 
@@ -181,6 +185,7 @@ bool Content::isEmpty(const Element &block) const
         }
         if (const Element *element = node->asElement()) {
             if (isBreak(*element) || isObject(*element) || isCell(*element)) return false;
+            if (element->isHeldOpen() || element->is(names::li)) return false;
         } else if (node->isText()) {
             const auto &text = static_cast<const Text &>(*node);
             for (const QChar c : text.data())
@@ -228,6 +233,7 @@ bool Content::delimitsLines(const Node &node) const
 Position Content::normalised(const Position &given, Between between) const
 {
     Position p = outOfObjects(given);
+    if (between != Between::Caret && p.node->isElement() && isTableStructure(*p.node->asElement())) return p; // rows
     const Item next = after(p), previous = before(p);
     if (isCollapsible(next) && isHidden(next)) {
         const Item past = pastBlanksAfter(p);

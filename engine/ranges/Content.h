@@ -7,7 +7,8 @@
 namespace ranges {
 
 /// What stands on one side of a position, inline tags, comments and undisplayed nodes passed over.
-struct Item {
+struct Item
+{
     enum class Kind : uint8_t {
         Character, ///< one character of a text, hidden by collapsing or not
         Break,     ///< a BR
@@ -75,7 +76,8 @@ public:
     bool isFinalBreak(const Item &item) const;
     /// Whether nothing shows between two line edges around `p`.
     bool isLineEmpty(const Position &p) const;
-    /// Whether `block` shows nothing at all: no text, break, object or cell.
+    /// Whether `block` shows nothing at all: no text, break, object or cell, no item and
+    /// no line held open.
     bool isEmpty(const dom::Element &block) const;
     /// Whether lines end at the node: a block, a rule, an inline element around blocks.
     bool delimitsLines(const dom::Node &node) const;

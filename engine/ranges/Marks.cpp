@@ -17,8 +17,8 @@ using namespace dom;
 namespace {
 
 // Stand in for the marks while the text is parsed; no page has them.
-constexpr QChar anchorSign(0xFDD0);
-constexpr QChar focusSign(0xFDD1);
+constexpr QChar anchorSign(0xF7F0); // of the private area: the parser passes noncharacters on as replacement ones
+constexpr QChar focusSign(0xF7F1);
 constexpr auto selectedName = "data-selected";
 
 /// Splits a text into tags, comments and what lies between.
@@ -60,7 +60,8 @@ private:
             mTag = true;
             return true;
         }
-        if (rest.size() < 2 || !(rest[1].isLetter() || rest[1] == u'/' || rest[1] == u'!' || rest[1] == u'?')) return false;
+        if (rest.size() < 2 || !(rest[1].isLetter() || rest[1] == u'/' || rest[1] == u'!' || rest[1] == u'?'))
+            return false;
         QChar quote;
         for (mTo = mFrom + 1; mTo < mText.size(); ++mTo) {
             const QChar c = mText[mTo];
@@ -89,7 +90,8 @@ private:
 std::vector<uint32_t> pathTo(const Node &node, const Node &top)
 {
     std::vector<uint32_t> path;
-    for (const Node *at = &node; at != &top && at->parentNode(); at = at->parentNode()) path.push_back(at->index());
+    for (const Node *at = &node; at != &top && at->parentNode(); at = at->parentNode())
+        path.push_back(at->index());
     std::reverse(path.begin(), path.end());
     return path;
 }

@@ -22,15 +22,16 @@ public:
     /// What to load: `html()` as a whole document, `<HTML><HEAD></HEAD><BODY>…</BODY></HTML>`.
     QString page() const { return wrapped(mHtml); }
     static QString wrapped(const QString &bodyContent);
-    /// Sets the selection in a document that was loaded from `page()` and not altered since. Without marks the selection is
-    /// cleared. False if the marks' places aren't there.
+    /// Sets the selection in a document that was loaded from `page()` and not altered since. Without marks the
+    /// selection is cleared. False if the marks' places aren't there.
     bool apply(SelectionObject &selection) const;
 
     /// The BODY's content with the selection drawn; CR LF as in `innerHTML`. Marks outside of BODY aren't shown.
     static QString print(const SelectionObject &selection);
 
 private:
-    struct Place {
+    struct Place
+    {
         std::vector<uint32_t> path; ///< child indexes from BODY
         uint32_t offset = 0;
     };

@@ -79,6 +79,13 @@ Position Movement::step(const Position &given, bool forward) const
     return place ? place : p;
 }
 
+Position Movement::beforeFinalBreak(const Item &item) const
+{
+    const Position front = Position::before(*item.node);
+    const Item inner = mContent.visibleBefore(front);
+    return mContent.normalised(inner.isLineEdge() ? front : inner.near);
+}
+
 Position Movement::crossEdges(Item item, const Position &from, bool forward) const
 {
     const auto pastBlanks = [&](const Position &p) {
@@ -92,10 +99,7 @@ Position Movement::crossEdges(Item item, const Position &from, bool forward) con
     for (bool first = true;; first = false) {
         if (!item.isEdge()) {
             // The end of a block's last line is in front of the BR that ends it.
-            if (!forward && mContent.isFinalBreak(item)) {
-                const Item inner = mContent.visibleBefore(item.far);
-                return mContent.normalised(inner.isBreak() || inner.isEdge() ? item.far : inner.near);
-            }
+            if (!forward && mContent.isFinalBreak(item)) return beforeFinalBreak(item);
             return mContent.normalised(item.near);
         }
         if (item.kind == Item::Kind::End) return {};
@@ -145,9 +149,11 @@ Movement::Stretch Movement::stretch(const Position &from, bool forward, int unit
         }
     }
     if (!forward) std::reverse(found.begin(), found.end());
-    for (const auto &[c, place] : found) result.text.append(c);
+    for (const auto &[c, place] : found)
+        result.text.append(c);
     if (forward) result.places.push_back(near);
-    for (const auto &[c, place] : found) result.places.push_back(place);
+    for (const auto &[c, place] : found)
+        result.places.push_back(place);
     if (!forward) result.places.push_back(near);
     return result;
 }
@@ -169,7 +175,8 @@ Position Movement::nextWord(const Position &given) const
         if (ahead.text.isEmpty()) return step(p, true);
         QTextBoundaryFinder finder(QTextBoundaryFinder::Word, ahead.text);
         auto at = finder.toNextBoundary();
-        while (at > 0 && at < ahead.text.size() && isSpace(ahead.text[at])) at = finder.toNextBoundary();
+        while (at > 0 && at < ahead.text.size() && isSpace(ahead.text[at]))
+            at = finder.toNextBoundary();
         if (at < 0) at = ahead.text.size();
         if (at >= ahead.text.size() && ahead.text.size() >= reach && reach < longestWord) continue;
         return mContent.normalised(ahead.places[size_t(at)]);
@@ -185,7 +192,8 @@ Position Movement::previousWord(const Position &given) const
         QTextBoundaryFinder finder(QTextBoundaryFinder::Word, behind.text);
         finder.toEnd();
         auto at = finder.toPreviousBoundary();
-        while (at > 0 && isSpace(behind.text[at])) at = finder.toPreviousBoundary();
+        while (at > 0 && isSpace(behind.text[at]))
+            at = finder.toPreviousBoundary();
         if (at < 0) at = 0;
         if (at == 0 && behind.text.size() >= reach && reach < longestWord) continue;
         return mContent.normalised(behind.places[size_t(at)]);
@@ -213,7 +221,8 @@ Span Movement::wordAt(const Position &given) const
             end = finder.toNextBoundary();
             if (end < 0) end = text.size();
         }
-        const bool cut = (start == 0 && behind.text.size() >= reach) || (end == text.size() && ahead.text.size() >= reach);
+        const bool cut =
+            (start == 0 && behind.text.size() >= reach) || (end == text.size() && ahead.text.size() >= reach);
         if (cut && reach < longestWord) continue;
         const auto place = [&](qsizetype at) {
             return at <= here ? behind.places[size_t(at)] : ahead.places[size_t(at - here)];
@@ -259,7 +268,9 @@ Position Movement::startOfDocument() const
 
 Position Movement::endOfDocument() const
 {
-    return mContent.normalised(Position::endOf(const_cast<Element &>(mContent.limit())));
+    const Position p = mContent.normalised(Position::endOf(const_cast<Element &>(mContent.limit())));
+    const Item item = mContent.before(p);
+    return mContent.isFinalBreak(item) ? beforeFinalBreak(item) : p;
 }
 
 Span Movement::blockAt(const Position &given) const

@@ -8,8 +8,8 @@
 
 namespace ranges {
 
-/// Moves carets by what a reader sees: by character (a grapheme, collapsed white space as one), word, block and document.
-/// Results are caret places; a move that isn't possible answers where it began. Lines are the surface's.
+/// Moves carets by what a reader sees: by character (a grapheme, collapsed white space as one), word, block and
+/// document. Results are caret places; a move that isn't possible answers where it began. Lines are the surface's.
 ///
 /// A caret goes over breaks and objects as over characters and from the end of one block to the start of the next, into
 /// tables, into empty blocks that are held open. Beside a table or a rule it stops only where no text would take it.
@@ -30,8 +30,8 @@ public:
     Position endOfBlock(const Position &p) const;
     Position startOfDocument() const;
     Position endOfDocument() const;
-    /// The word, blanks, or punctuation around `p`, what stands behind it before what stands in front. Empty in an empty
-    /// block.
+    /// The word, blanks, or punctuation around `p`, what stands behind it before what stands in front. Empty in an
+    /// empty block.
     Span wordAt(const Position &p) const;
     /// The block's content with its end: it ends behind the block where the text fills one.
     Span blockAt(const Position &p) const;
@@ -39,8 +39,10 @@ public:
 private:
     Position step(const Position &p, bool forward) const;
     Position crossEdges(Item item, const Position &from, bool forward) const;
+    Position beforeFinalBreak(const Item &item) const;
     Position pastCharacter(const Item &item, bool forward) const;
-    struct Stretch {
+    struct Stretch
+    {
         QString text;
         std::vector<Position> places; ///< one in front of each unit and one behind the last
     };

@@ -34,7 +34,8 @@ namespace {
 /// The child of `top` that holds `below`, which is inside of it.
 const Node *branch(const Node &top, const Node *below)
 {
-    while (below->parentNode() != &top) below = below->parentNode();
+    while (below->parentNode() != &top)
+        below = below->parentNode();
     return below;
 }
 

@@ -7,16 +7,17 @@
 /// Places in a document and what stands on both sides of them.
 ///
 /// A `Position` is a node and an offset, nothing more. Positions that must survive edits are `LivePosition`s, which the
-/// document's `RangeKeeper` moves along. What a reader sees beside a position (a character, a line break, an object, the
-/// edge of a block) is answered by `Content`, which knows about collapsed white space and undisplayed nodes; carets are
-/// moved by `Movement`, which is made of it. Nothing here walks further than the answer lies.
+/// document's `RangeKeeper` moves along. What a reader sees beside a position (a character, a line break, an object,
+/// the edge of a block) is answered by `Content`, which knows about collapsed white space and undisplayed nodes; carets
+/// are moved by `Movement`, which is made of it. Nothing here walks further than the answer lies.
 namespace ranges {
 
 using base::Ref;
 
-/// A place in a tree: in a text or comment between its UTF-16 units (never between surrogates), in an element or document
-/// between its children. 0-based. A null node is no place.
-struct Position {
+/// A place in a tree: in a text or comment between its UTF-16 units (never between surrogates), in an element or
+/// document between its children. 0-based. A null node is no place.
+struct Position
+{
     Ref<dom::Node> node;
     uint32_t offset = 0;
 
@@ -57,7 +58,8 @@ inline bool operator<=(const Position &a, const Position &b)
 }
 
 /// Two positions of one tree, the first not behind the second.
-struct Span {
+struct Span
+{
     Position start;
     Position end;
     bool isEmpty() const { return start == end; }

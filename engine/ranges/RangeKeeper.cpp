@@ -97,6 +97,17 @@ void RangeKeeper::moveAll(Node *from, const Position &to)
     }
 }
 
+void RangeKeeper::carryOver(Text &text, uint32_t offset, Text &rest)
+{
+    const auto found = mByNode.find(&text);
+    if (found == mByNode.end()) return;
+    for (LivePosition *at = found->second; at;) {
+        LivePosition *next = at->mNext;
+        if (at->mPosition.offset > offset) *at = Position(&rest, at->mPosition.offset - offset);
+        at = next;
+    }
+}
+
 void RangeKeeper::inserted(Node &node)
 {
     if (!mByNode.empty() && mByNode.count(node.parentNode())) shift(*node.parentNode(), node.index(), 1);
@@ -119,7 +130,8 @@ void RangeKeeper::removed(Node &node, ParentNode &parent, Node *before)
             if (node.contains(*holder)) inside.push_back(const_cast<Node *>(holder));
     }
     const Position place(&parent, index);
-    for (Node *holder : inside) moveAll(holder, place);
+    for (Node *holder : inside)
+        moveAll(holder, place);
 }
 
 void RangeKeeper::moved(Node &node, ParentNode &oldParent, Node *oldBefore)

@@ -11,9 +11,9 @@ namespace ranges {
 
 class RangeKeeper;
 
-/// A position that edits carry along. In replaced text it stays in front of what is put in at its place, and goes behind
-/// what takes the place of text that ended there; in removed content it goes to where that was; in moved content it moves
-/// along.
+/// A position that edits carry along. In replaced text it stays in front of what is put in at its place, and goes
+/// behind what takes the place of text that ended there; in removed content it goes to where that was; in moved content
+/// it moves along.
 class LivePosition
 {
 public:
@@ -37,7 +37,8 @@ private:
 };
 
 /// Two of them. The ends may pass each other only if whoever sets them lets them.
-struct LiveRange {
+struct LiveRange
+{
     LivePosition start;
     LivePosition end;
     LiveRange() = default;
@@ -45,8 +46,8 @@ struct LiveRange {
     Span span() const { return {start.position(), end.position()}; }
 };
 
-/// Keeps the live positions of one document in its tree. They are found by the node in which they stand, so that an edit
-/// costs what the positions near it cost, however many there are elsewhere.
+/// Keeps the live positions of one document in its tree. They are found by the node in which they stand, so that an
+/// edit costs what the positions near it cost, however many there are elsewhere.
 class RangeKeeper final : public dom::MutationObserver
 {
 public:
@@ -55,6 +56,9 @@ public:
     RangeKeeper(const RangeKeeper &) = delete;
     RangeKeeper &operator=(const RangeKeeper &) = delete;
     dom::Document &document() const { return mDocument; }
+
+    /// A text is about to be cut at `offset`, and `rest` has what stood behind: positions there go along.
+    void carryOver(dom::Text &text, uint32_t offset, dom::Text &rest);
 
     void inserted(dom::Node &node) override;
     void removed(dom::Node &node, dom::ParentNode &parent, dom::Node *before) override;

@@ -35,10 +35,11 @@ public:
         const Element *element = node.asElement();
         if (!element) return false;
         static const Atom templateName("template"), hidden("hidden");
-        static const QSet<Atom> unseen = {
-            names::head,  names::script, names::style, names::title,    names::meta,   names::link,  names::base,
-            names::param, names::source, names::track, names::area,     names::col,    names::wbr,   names::colgroup,
-            names::frame, names::noframes, names::bgsound, names::basefont, names::noembed, templateName};
+        static const QSet<Atom> unseen = {names::head,    names::script,   names::style,   names::title,
+                                          names::meta,    names::link,     names::base,    names::param,
+                                          names::source,  names::track,    names::area,    names::col,
+                                          names::wbr,     names::colgroup, names::frame,   names::noframes,
+                                          names::bgsound, names::basefont, names::noembed, templateName};
         if (element->space() != Namespace::Html) return true;
         if (unseen.contains(element->name())) return false;
         if (element->is(names::input) && element->attributeValue("type").compare(u"hidden", Qt::CaseInsensitive) == 0)
@@ -70,10 +71,10 @@ bool isBreak(const Node &node)
 
 bool isObject(const Element &element)
 {
-    static const QSet<Atom> objects = {
-        names::img,    names::hr,     names::input,  names::select, names::textarea, names::button,
-        names::iframe, names::object, names::applet, names::embed,  names::video,    names::audio,
-        names::canvas, names::meta,   names::keygen, names::progress};
+    static const QSet<Atom> objects = {names::img,      names::hr,     names::input,  names::select,
+                                       names::textarea, names::button, names::iframe, names::object,
+                                       names::applet,   names::embed,  names::video,  names::audio,
+                                       names::canvas,   names::meta,   names::keygen, names::progress};
     if (element.space() != Namespace::Html) return true;
     if (objects.contains(element.name())) return true;
     if (element.isVoid()) return !element.is(names::br);

@@ -22,8 +22,8 @@ public:
     static const Rendering &byHtml();
 };
 
-/// An element that stands in the text as one thing and whose inside no caret enters: an image, a form control, a rule, a
-/// part that must not be edited inside of one that may. Breaks are none.
+/// An element that stands in the text as one thing and whose inside no caret enters: an image, a form control, a rule,
+/// a part that must not be edited inside of one that may. Breaks are none.
 bool isObject(const dom::Element &element);
 bool isBreak(const dom::Node &node);
 bool isCell(const dom::Element &element);

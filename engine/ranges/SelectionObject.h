@@ -39,8 +39,8 @@ public:
     void setControl(std::vector<Ref<dom::Element>> elements);
     void clear();
 
-    /// Called after one of the setters, or a restore, changed something. Edits that carry places along don't call it: whoever
-    /// edits knows.
+    /// Called after one of the setters, or a restore, changed something. Edits that carry places along don't call it:
+    /// whoever edits knows.
     std::function<void()> selectionChanged;
 
     // changes::SelectionKeeper. Nodes that aren't there any more leave the selection as it is.

@@ -25,9 +25,8 @@ namespace {
 
 QString unescaped(QString text)
 {
-    static const QRegularExpression code(R"(\\u([0-9a-fA-F]{4}))");
-    for (auto match = code.match(text); match.hasMatch(); match = code.match(text))
-        text.replace(match.capturedStart(), match.capturedLength(), QChar(match.captured(1).toUShort(nullptr, 16)));
+    for (auto at = text.indexOf("\\u"); at >= 0; at = text.indexOf("\\u", at + 1))
+        text.replace(at, 6, QChar(text.mid(at + 2, 4).toUShort(nullptr, 16)));
     text.replace("\\n", "\n");
     if (text.endsWith('_')) text.chop(1);
     return text;
@@ -36,6 +35,7 @@ QString unescaped(QString text)
 bool moveCaret(Editing &e, const QString &action)
 {
     const Position p = e.selection.focus();
+    if (!p) return false;
     const Content content = Movement::contentFor(p);
     const Movement movement(content);
     if (action == "left") e.selection.setCaret(movement.previousCharacter(p));
