@@ -143,7 +143,7 @@ Rule *StyleSheetObject::findRule(const StyleRule &rule)
     return nullptr;
 }
 
-int StyleSheetObject::ruleCount() const
+uint32_t StyleSheetObject::ruleCount() const
 {
     return uint32_t(
         std::count_if(mSheet->rules.begin(), mSheet->rules.end(), [](const Rule &rule) { return bool(rule.style); }));
@@ -157,9 +157,9 @@ size_t StyleSheetObject::position(uint32_t index) const
     return at;
 }
 
-base::Ref<RuleObject> StyleSheetObject::rule(int index)
+base::Ref<RuleObject> StyleSheetObject::rule(uint32_t index)
 {
-    const size_t at = index < 0 ? mSheet->rules.size() : position(uint32_t(index));
+    const size_t at = position(index);
     if (at >= mSheet->rules.size()) return {};
     StyleRule &rule = *mSheet->rules[at].style;
     for (RuleObject *object : mObjects)
@@ -172,7 +172,7 @@ int StyleSheetObject::addRule(const QString &selector, const QString &css, int i
     const ValueMode mode = mServices ? mServices->engine().valueMode() : ValueMode::Strict;
     Rule rule = checkedRule(selector, css, mode);
     rule.style->block->setBaseURL(mBaseURL);
-    const int count = ruleCount();
+    const int count = int(ruleCount());
     if (index < 0 || index > count) index = count;
     const size_t at = position(uint32_t(index));
     if (at < mSheet->rules.size()) {

@@ -59,9 +59,9 @@ public:
     void setCssText(const QString &text);
 
     /// Rules with selectors outside of at-rules, 0-based.
-    int ruleCount() const;
+    uint32_t ruleCount() const;
     /// Null for an index that isn't there.
-    base::Ref<RuleObject> rule(int index);
+    base::Ref<RuleObject> rule(uint32_t index);
     /// -1 (or anything beyond) is the end. Answers the new rule's index. Blank declarations make an empty rule. Throws
     /// invalidValue for a selector that is blank or would break out of the rule.
     int addRule(const QString &selector, const QString &css, int index = -1);

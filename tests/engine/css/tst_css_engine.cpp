@@ -623,7 +623,7 @@ private Q_SLOTS:
         page.document->door = &door;
         QCOMPARE(page.services->styleSheetCount(*page.document), 1u);
         StyleSheetObject *sheet = page.services->styleSheet(*page.document, 0);
-        QCOMPARE(sheet->ruleCount(), 2);
+        QCOMPARE(sheet->ruleCount(), 2u);
         const auto rule = sheet->rule(0);
         QCOMPARE(rule->selectorText(), QStringLiteral("P"));
         QCOMPARE(page.style("x").color(), 0xffff0000u);
@@ -638,7 +638,7 @@ private Q_SLOTS:
         QCOMPARE(sheet->rule(2)->style()->cssText(), QString());
         QCOMPARE(door.assignments, 2);
         sheet->removeRule(1);
-        QCOMPARE(sheet->ruleCount(), 2);
+        QCOMPARE(sheet->ruleCount(), 2u);
         QVERIFY_EXCEPTION_THROWN(sheet->removeRule(7), base::Error);
         QVERIFY(!sheet->rule(9));
         // Somebody else rewrites the text: the same rule goes on.
@@ -656,7 +656,7 @@ private Q_SLOTS:
         StyleSheetObject *sheet = page.services->createStyleSheet(*page.document, QString());
         sheet->setCssText(QStringLiteral("p { color: blue } q { isStyleInternal: True }"));
         QCOMPARE(page.style("x").color(), 0xff0000ffu);
-        QCOMPARE(sheet->ruleCount(), 2);
+        QCOMPARE(sheet->ruleCount(), 2u);
         QCOMPARE(sheet->href(), QString());
         QCOMPARE(page.services->styleSheetCount(*page.document), 2u);
         QCOMPARE(page.services->styleSheet(*page.document, 1), sheet);
@@ -692,7 +692,7 @@ private Q_SLOTS:
         QCOMPARE(page.services->styleSheetCount(*page.document), 3u);
         StyleSheetObject *missing = page.services->styleSheet(*page.document, 0);
         QCOMPARE(missing->href(), QStringLiteral("missing.css"));
-        QCOMPARE(missing->ruleCount(), 0);
+        QCOMPARE(missing->ruleCount(), 0u);
         QVERIFY(!missing->isLoaded());
         QCOMPARE(page.style("x").box().zIndex, 6);
         QCOMPARE(page.style("x").background().layers[0].image.text, base + QStringLiteral("x.gif"));
