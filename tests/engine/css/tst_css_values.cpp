@@ -201,6 +201,9 @@ private Q_SLOTS:
         QTest::newRow("background words") << "background: top right"
                                           << "backgroundPositionX"
                                           << "100%";
+        QTest::newRow("background from the edge") << "background: url(a.gif) right 10px bottom 5px"
+                                                  << "backgroundPositionX" << "right 10px";
+        QTest::newRow("unclosed rule's last") << "isStyleInternal: True -->" << "isStyleInternal" << "True";
         QTest::newRow("font") << "font: italic bold 12px/1.5 Arial, 'Times New Roman'"
                               << "fontSize"
                               << "12px";
