@@ -244,6 +244,7 @@ Result position(ValueReader &reader, const char *start, const char *end)
     const auto offset = reader.takeLength(percent | unitless);
     if (!offset || fromStart) return offset ? *offset : Value::ofLength(fromEnd ? 100 : 0, Unit::Percent);
     Value value = Value::of(Value::Kind::Calc);
+    value.text = QLatin1String(end) + u' ' + valueText(PropertyId::Width, *offset);
     value.items = {Value::ofLength(100, Unit::Percent)};
     for (Value term : offset->kind == Value::Kind::Calc ? offset->items : std::vector<Value>{*offset}) {
         term.number = -term.number;

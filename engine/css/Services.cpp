@@ -93,10 +93,22 @@ std::optional<QString> FileSheetLoader::load(const QString &url)
 }
 
 Services::Services(dom::Document &document, SheetLoader *loader)
-    : mDocument(&document), mLoader(loader ? loader : &mFiles), mEngine(document)
+    : mDocument(&document), mLoader(loader ? loader : &mFiles), mOwned(std::make_unique<StyleEngine>(document)),
+      mEngine(*mOwned)
 {
-    document.styles = this;
-    document.addObserver(this);
+    start();
+}
+
+Services::Services(StyleEngine &engine, SheetLoader *loader)
+    : mDocument(&engine.document()), mLoader(loader ? loader : &mFiles), mEngine(engine)
+{
+    start();
+}
+
+void Services::start()
+{
+    mDocument->styles = this;
+    mDocument->addObserver(this);
     mEngine.runtimeBlock = [](const Element &element) -> base::Ref<DeclarationBlock> {
         const Element::RareData *rare = element.rareDataIfAny();
         if (!rare || !rare->runtimeStyle) return {};
@@ -110,6 +122,7 @@ Services::Services(dom::Document &document, SheetLoader *loader)
 Services::~Services()
 {
     mEngine.setSheetSource({});
+    mEngine.runtimeBlock = {};
     mDocument->removeObserver(this);
     if (mDocument->styles == this) mDocument->styles = nullptr;
     for (auto &[element, sheet] : mOfElements)
@@ -205,7 +218,7 @@ void Services::refreshSheets()
         auto &sheet = mOfElements[owner];
         const auto kind = owner->is(names::link) ? StyleSheetObject::Kind::Link : StyleSheetObject::Kind::Style;
         if (!sheet) sheet = base::make<StyleSheetObject>(*this, kind, owner);
-        if (!mWriting) refreshOne(*sheet);
+        refreshOne(*sheet);
         mSheets.push_back(sheet);
     }
     mSheets.insert(mSheets.end(), mCreated.begin(), mCreated.end());

@@ -38,6 +38,8 @@ class Services final : public dom::StyleServices, private dom::MutationObserver
 public:
     /// `loader` isn't owned and must outlive the services; null: local files.
     explicit Services(dom::Document &document, SheetLoader *loader = nullptr);
+    /// With an engine of the caller's, which must outlive the services.
+    explicit Services(StyleEngine &engine, SheetLoader *loader = nullptr);
     ~Services() override;
 
     StyleEngine &engine() { return mEngine; }
@@ -66,6 +68,7 @@ public:
     static Services *of(const dom::Element &element);
 
 private:
+    void start();
     void refreshSheets();
     void refreshOne(StyleSheetObject &sheet);
     std::vector<ActiveSheet> activeSheets();
@@ -81,13 +84,13 @@ private:
     base::Ref<dom::Document> mDocument;
     FileSheetLoader mFiles;
     SheetLoader *mLoader;
-    StyleEngine mEngine;
+    std::unique_ptr<StyleEngine> mOwned;
+    StyleEngine &mEngine;
     std::unordered_map<dom::Element *, base::Ref<StyleSheetObject>> mOfElements;
     std::vector<base::Ref<StyleSheetObject>> mSheets; ///< the list as it was last made
     std::vector<base::Ref<StyleSheetObject>> mCreated;
     QHash<QString, base::Ref<StyleSheet>> mImports;
     std::vector<dom::Element *> mRuntime;
-    bool mWriting = false;
 };
 
 } // namespace css

@@ -124,8 +124,10 @@ void StyleSheetObject::load(const QString &text, const QString &baseURL)
 
 void StyleSheetObject::setCssText(const QString &text)
 {
-    if (text == mSheet->text()) return;
-    load(text, mBaseURL);
+    QString plain = text;
+    plain.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n');
+    if (plain == mSheet->text()) return;
+    load(plain, mBaseURL);
     written();
 }
 

@@ -84,7 +84,7 @@ std::optional<Value> ValueReader::takeColorFunction()
             hslColor(parts[0], std::clamp(parts[1] / 100, 0.0, 1.0), std::clamp(parts[2] / 100, 0.0, 1.0), alpha));
     int channels[3];
     for (int i = 0; i < 3; ++i)
-        channels[i] = int(std::lround(std::clamp(percent[i] ? parts[i] * 2.55 : parts[i], 0.0, 255.0)));
+        channels[i] = int(std::lround(std::clamp(percent[i] ? parts[i] * 255 / 100 : parts[i], 0.0, 255.0)));
     return Value::ofColor(qRgba(channels[0], channels[1], channels[2], int(std::lround(alpha * 255))));
 }
 
