@@ -180,19 +180,59 @@ private:
     Document &mDocument;
 };
 
-/// The tree builder tells quirks; it overlooks the limited ones. (HTML standard, 13.2.6.4.1 "The initial insertion mode".)
+/// Public identifiers whose pages were written for browsers before the standards, by their beginnings. (HTML standard,
+/// 13.2.6.4.1 "The "initial" insertion mode".)
+constexpr const char *quirkyIds[] = {
+    "+//silmaril//dtd html pro v0r11 19970101//", "-//as//dtd html 3.0 aswedit + extensions//",
+    "-//advasoft ltd//dtd html 3.0 aswedit + extensions//", "-//ietf//dtd html 2.0 level 1//",
+    "-//ietf//dtd html 2.0 level 2//", "-//ietf//dtd html 2.0 strict level 1//", "-//ietf//dtd html 2.0 strict level 2//",
+    "-//ietf//dtd html 2.0 strict//", "-//ietf//dtd html 2.0//", "-//ietf//dtd html 2.1e//", "-//ietf//dtd html 3.0//",
+    "-//ietf//dtd html 3.2 final//", "-//ietf//dtd html 3.2//", "-//ietf//dtd html 3//", "-//ietf//dtd html level 0//",
+    "-//ietf//dtd html level 1//", "-//ietf//dtd html level 2//", "-//ietf//dtd html level 3//",
+    "-//ietf//dtd html strict level 0//", "-//ietf//dtd html strict level 1//", "-//ietf//dtd html strict level 2//",
+    "-//ietf//dtd html strict level 3//", "-//ietf//dtd html strict//", "-//ietf//dtd html//",
+    "-//metrius//dtd metrius presentational//", "-//microsoft//dtd internet explorer 2.0 html strict//",
+    "-//microsoft//dtd internet explorer 2.0 html//", "-//microsoft//dtd internet explorer 2.0 tables//",
+    "-//microsoft//dtd internet explorer 3.0 html strict//", "-//microsoft//dtd internet explorer 3.0 html//",
+    "-//microsoft//dtd internet explorer 3.0 tables//", "-//netscape comm. corp.//dtd html//",
+    "-//netscape comm. corp.//dtd strict html//", "-//o'reilly and associates//dtd html 2.0//",
+    "-//o'reilly and associates//dtd html extended 1.0//", "-//o'reilly and associates//dtd html extended relaxed 1.0//",
+    "-//sq//dtd html 2.0 hotmetal + extensions//",
+    "-//softquad software//dtd hotmetal pro 6.0::19990601::extensions to html 4.0//",
+    "-//softquad//dtd hotmetal pro 4.0::19971010::extensions to html 4.0//", "-//spyglass//dtd html 2.0 extended//",
+    "-//sun microsystems corp.//dtd hotjava html//", "-//sun microsystems corp.//dtd hotjava strict html//",
+    "-//w3c//dtd html 3 1995-03-24//", "-//w3c//dtd html 3.2 draft//", "-//w3c//dtd html 3.2 final//",
+    "-//w3c//dtd html 3.2//", "-//w3c//dtd html 3.2s draft//", "-//w3c//dtd html 4.0 frameset//",
+    "-//w3c//dtd html 4.0 transitional//", "-//w3c//dtd html experimental 19960712//",
+    "-//w3c//dtd html experimental 970421//", "-//w3c//dtd w3 html//", "-//w3o//dtd w3 html 3.0//",
+    "-//webtechs//dtd mozilla html 2.0//", "-//webtechs//dtd mozilla html//"};
+constexpr const char *quirkyWhole[] = {"-//w3o//dtd w3 html strict 3.0//en//", "-/w3c/dtd html 4.0 transitional/en", "html"};
+
+/// The tree builder overlooks most of these, so they are looked up here.
 DocumentMode modeOf(const GumboDocument &document)
 {
     if (document.doc_type_quirks_mode == GUMBO_DOCTYPE_QUIRKS) return DocumentMode::Quirks;
-    const QString publicId = decoded(document.public_identifier);
-    const auto begins = [&publicId](const char *with) {
-        return publicId.startsWith(QLatin1String(with), Qt::CaseInsensitive);
-    };
-    const bool hasSystemId = document.system_identifier && *document.system_identifier;
-    if (begins("-//W3C//DTD XHTML 1.0 Frameset//") || begins("-//W3C//DTD XHTML 1.0 Transitional//") ||
-        (hasSystemId && (begins("-//W3C//DTD HTML 4.01 Frameset//") || begins("-//W3C//DTD HTML 4.01 Transitional//"))))
+    const QString publicId = decoded(document.public_identifier).toLower();
+    const QString systemId = decoded(document.system_identifier).toLower();
+    const auto begins = [&publicId](const char *with) { return publicId.startsWith(QLatin1String(with)); };
+    for (const char *id : quirkyIds)
+        if (begins(id)) return DocumentMode::Quirks;
+    for (const char *id : quirkyWhole)
+        if (publicId == QLatin1String(id)) return DocumentMode::Quirks;
+    if (systemId == QLatin1String("http://www.ibm.com/data/dtd/v11/ibmxhtml1-transitional.dtd")) return DocumentMode::Quirks;
+    const bool transitional = begins("-//w3c//dtd html 4.01 frameset//") || begins("-//w3c//dtd html 4.01 transitional//");
+    if (transitional) return systemId.isEmpty() ? DocumentMode::Quirks : DocumentMode::LimitedQuirks;
+    if (begins("-//w3c//dtd xhtml 1.0 frameset//") || begins("-//w3c//dtd xhtml 1.0 transitional//"))
         return DocumentMode::LimitedQuirks;
     return DocumentMode::Standards;
+}
+
+/// The same page for a tree builder that takes it for a standard one although it isn't: without its document type.
+QByteArray withoutDoctype(const GuardedInput &input)
+{
+    const qsizetype at = input.text.indexOf("<!" + input.doctype + ">");
+    QByteArray text = input.text;
+    return at < 0 ? text : text.remove(at, input.doctype.size() + 3);
 }
 
 void takeNodes(Document &document, const GumboVector &nodes, DocumentFragment &into)
@@ -243,15 +283,21 @@ bool parseInQuirks(Document &document, GumboTag context, const QByteArray &text,
 Ref<Document> parseDocument(const QString &text)
 {
     const GuardedInput input = guardInput(encoded(text));
-    const Gumbo gumbo(input.text);
+    auto gumbo = std::make_unique<Gumbo>(input.text);
+    const GumboDocument *source = &gumbo->output().document->v.document;
+    const DocumentMode mode = modeOf(*source);
+    const bool hasDoctype = source->has_doctype && !input.doctype.isEmpty();
+    if (mode == DocumentMode::Quirks && source->doc_type_quirks_mode != GUMBO_DOCTYPE_QUIRKS) {
+        gumbo = std::make_unique<Gumbo>(withoutDoctype(input)); // a table may stand in a paragraph there
+        source = &gumbo->output().document->v.document;
+    }
     Ref<Document> document = Document::create();
     document->markup = &Markup::instance();
-    const GumboDocument &source = gumbo.output().document->v.document;
-    document->setMode(modeOf(source));
-    if (source.has_doctype && !input.doctype.isEmpty())
+    document->setMode(mode);
+    if (hasDoctype)
         RawTree::append(*document, *base::make<DocumentType>(*document, withLf(QString::fromUtf8(input.doctype)),
                                                              withLf(QString::fromUtf8(input.doctypeSpace))));
-    Builder(*document).build(source.children, *document);
+    Builder(*document).build(source->children, *document);
     return document;
 }
 

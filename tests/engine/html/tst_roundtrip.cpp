@@ -91,6 +91,15 @@ void tst_roundtrip::wholeDocumentKeepsDoctypeAndOuterComments()
     QVERIFY(html::parseDocument("<p>x")->isQuirks());
     QCOMPARE(html::parseDocument("<!DOCTYPE HTML PUBLIC \"-//W3C//DTD XHTML 1.0 Transitional//EN\" \"x\"><p>")->mode(),
              DocumentMode::LimitedQuirks);
+    const auto modeOf = [](const char *rest) { return html::parseDocument(QString("<!DOCTYPE HTML %1><p>").arg(rest))->mode(); };
+    QCOMPARE(modeOf("PUBLIC \"-//W3C//DTD HTML 3.2 Final//EN\""), DocumentMode::Quirks);
+    QCOMPARE(modeOf("PUBLIC \"-//W3C//DTD HTML 4.0 Transitional//EN\" \"x\""), DocumentMode::Quirks);
+    QCOMPARE(modeOf("PUBLIC \"-//W3C//DTD HTML 4.01 Transitional//EN\""), DocumentMode::Quirks);
+    QCOMPARE(modeOf("PUBLIC \"-//W3C//DTD HTML 4.01 Transitional//EN\" \"x\""), DocumentMode::LimitedQuirks);
+    QCOMPARE(modeOf("PUBLIC \"-//W3C//DTD HTML 4.01//EN\""), DocumentMode::Standards);
+    const QString old = "<!DOCTYPE HTML PUBLIC \"-//IETF//DTD HTML//EN\">";
+    QCOMPARE(html::parseDocument(old + "<p>a<table><tr><td>b</table>")->documentElement()->outerHTML(),
+             old + "<HTML><HEAD></HEAD><BODY><P>a<TABLE><TBODY><TR><TD>b</TD></TR></TBODY></TABLE></P></BODY></HTML>");
 }
 
 void tst_roundtrip::savedTextLoadsTheSame_data()
