@@ -289,9 +289,9 @@ QString DeclarationBlock::shorthandText(Shorthand shorthand) const
     case Shorthand::Border: {
         QStringList aspects;
         for (qsizetype i = 0; i < 12; i += 4) {
-            const QString aspect = four(texts.mid(i, 4));
-            if (aspect.contains(u' ') && !aspect.contains(u'(')) return QStringLiteral("");
-            aspects << aspect;
+            // Edges that differ have no common text.
+            if (texts.mid(i, 4).count(texts[i]) != 4) return QStringLiteral("");
+            aspects << texts[i];
         }
         return aspects.join(u' ');
     }

@@ -94,8 +94,10 @@ std::optional<Value> ValueReader::takeColor()
     if (token.is(TokenType::Hash)) {
         const auto color = hexColor(token.text);
         if (!color) return {};
+        Value value = Value::ofColor(*color);
+        value.text = mText.mid(token.start, token.end - token.start);
         next();
-        return Value::ofColor(*color);
+        return value;
     }
     if (token.is(TokenType::Ident)) {
         if (takeWord("currentcolor")) return Value::of(Value::Kind::CurrentColor);
@@ -108,7 +110,12 @@ std::optional<Value> ValueReader::takeColor()
     }
     if (token.is(TokenType::Function)) {
         for (const char *name : {"rgb", "rgba", "hsl", "hsla"})
-            if (token.isFunction(name)) return takeColorFunction();
+            if (token.isFunction(name)) {
+                const size_t from = mAt;
+                auto value = takeColorFunction();
+                if (value) value->text = sourceOf(mTokens, from, mAt, mText);
+                return value;
+            }
         return {};
     }
     if (mMode != ValueMode::Quirks) return {};

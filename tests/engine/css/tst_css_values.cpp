@@ -186,6 +186,9 @@ private Q_SLOTS:
         QTest::newRow("important wins") << "color: red !important; color: blue"
                                         << "color"
                                         << "red";
+        QTest::newRow("border of alike edges") << "border-width: 1px; border-style: solid; border-color: rgb(1, 2, 3)"
+                                               << "border" << "1px solid rgb(1, 2, 3)";
+        QTest::newRow("border of unlike edges") << "border: 1px solid red; border-top-color: blue" << "border" << "";
         QTest::newRow("background") << "background: url(a.gif) no-repeat fixed 10px 20px #123456"
                                     << "backgroundColor"
                                     << "#123456";
