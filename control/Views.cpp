@@ -98,7 +98,11 @@ void Views::showSurface(EditViewEnum View, bool PostContent)
             mState.mHTMLSourceChanged = false;
         }
     }
-    if (!c.txtHTMLSource.isHidden()) c.txtHTMLSource.hide();
+    if (c.txtHTMLSource.isHidden()) return;
+    // Who types goes on typing in the view that takes the editor's place.
+    const bool hadFocus = c.txtHTMLSource.hasFocus();
+    c.txtHTMLSource.hide();
+    if (hadFocus) c.ed.takeFocus();
 }
 
 void Views::showSource()

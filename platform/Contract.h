@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "engine/changes/ChangeTracker.h"
 #include "engine/dom/CharacterData.h"
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
