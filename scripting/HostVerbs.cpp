@@ -170,6 +170,7 @@ void clipboard(Interpreter &in, Words &words)
                              : QString();
     if (mime.isEmpty() && form != QLatin1String("IMAGE")) throw ScriptError(QStringLiteral("unknown form: %1").arg(form));
     if (!words.hasText()) {
+        if (!board->mimeData()) return; // cleared
         const QImage image = mime.isEmpty() ? qvariant_cast<QImage>(board->mimeData()->imageData()) : QImage();
         if (!mime.isEmpty())
             in.printRaw(QString::fromUtf8(board->mimeData()->data(mime)));
@@ -180,7 +181,7 @@ void clipboard(Interpreter &in, Words &words)
     }
     auto *data = new QMimeData;
     // Forms that are set in a row belong together; the first replaces what was there.
-    if (in.clipboardOpen)
+    if (in.clipboardOpen && board->mimeData())
         for (const QString &known : board->mimeData()->formats()) data->setData(known, board->mimeData()->data(known));
     if (mime.isEmpty())
         data->setImageData(readPicture(in.filePath(words.text())));
