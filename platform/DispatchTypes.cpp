@@ -115,8 +115,8 @@ ParameterType::ParameterType(const QMetaMethod &method, int index)
 ParameterType::ParameterType(QMetaType type, QByteArray spelling) : mType(type), mSpelling(withoutReference(spelling))
 {
     if (const TypeConversion *conversion = conversionOf(mSpelling, mType)) mType = conversion->type;
-    // moc knows no type behind a reference.
-    if (!mType.isValid() || mType.id() == QMetaType::UnknownType || spelling.endsWith('&')) {
+    // moc knows no type behind a reference, and an object is one whether it may be changed or not.
+    if (!mType.isValid() || mType.id() == QMetaType::UnknownType || spelling.endsWith('&') || spelling.startsWith("const ")) {
         const QMetaType named = QMetaType::fromName(mSpelling);
         if (named.isValid()) mType = named;
     }

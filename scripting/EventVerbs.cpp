@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "scripting/Interpreter.h"
 
+#include "platform/ControlTables.h"
 #include "platform/DispatchPath.h"
 
 #include <QRegularExpression>
@@ -19,9 +20,20 @@ void events(Interpreter &in, Words &words)
     for (const QString &event : in.host().takeEvents()) in.print(event);
 }
 
+/// A misspelt argument would never be answered, and nobody would see why.
+void checkArgument(const platform::control::EventRow &event, const QString &argument)
+{
+    const QStringList arguments = QString::fromLatin1(event.arguments).split(QStringLiteral(", "));
+    if (!arguments.contains(u'&' + argument, Qt::CaseInsensitive))
+        throw ScriptError(
+            QStringLiteral("%1 has no argument by reference %2").arg(QLatin1String(event.name), argument));
+}
+
 void on(Interpreter &in, Words &words)
 {
     const QString event = words.word("an event");
+    const platform::control::EventRow *row = platform::control::findEvent(event);
+    if (!row) throw ScriptError(QStringLiteral("unknown event: %1").arg(event));
     const Command rest = words.command();
     if (rest.line.trimmed() == QLatin1String("off")) return in.host().forgetEvent(event);
     if (rest.line.startsWith(QLatin1String("do "))) {
@@ -37,13 +49,20 @@ void on(Interpreter &in, Words &words)
         if (equals < 0) throw ScriptError(QStringLiteral("ARGUMENT=VALUE"));
         const QString argument = words.line().mid(words.position(), equals - words.position());
         words.moveTo(equals + 1);
+        checkArgument(*row, argument);
         in.host().answerEvent(event, argument, in.readValue(words));
     }
 }
 
 void answer(Interpreter &in, Words &words)
 {
-    in.queueAnswer(words.text());
+    in.queueAnswer(words.text().trimmed());
+}
+
+void form(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a form");
+    in.forms().expect(name, words.text());
 }
 
 void boxesShown(Interpreter &in, Words &)
@@ -123,7 +142,7 @@ const std::vector<VerbRow> &eventVerbs()
 {
     static const std::vector<VerbRow> rows = {
         {"events", events},   {"on", on},         {"answer", answer},        {"boxes-shown", boxesShown},
-        {"form", unavailable}, {"menu", unavailable}, {"reports", reports},  {"debug", debug},
+        {"form", form}, {"menu", unavailable}, {"reports", reports},  {"debug", debug},
         {"expect", expect},   {"expect-has", expectHas}, {"expect-not", expectNot}, {"expect-like", expectLike},
     };
     return rows;

@@ -148,11 +148,21 @@ void setting(Interpreter &in, Words &words)
         throw ScriptError(QStringLiteral("get, set or list"));
 }
 
+QImage readPicture(const QString &name)
+{
+    const QImage image(name);
+    if (image.isNull()) throw ScriptError(QStringLiteral("not a picture: %1").arg(name));
+    return image;
+}
+
 void clipboard(Interpreter &in, Words &words)
 {
     const QString form = words.word("a form");
     QClipboard *board = QApplication::clipboard();
-    if (form == QLatin1String("clear")) return board->clear();
+    if (form == QLatin1String("clear")) {
+        in.clipboardOpen = false;
+        return board->clear();
+    }
     const QString mime = form == QLatin1String("TEXT")   ? QStringLiteral("text/plain")
                          : form == QLatin1String("HTML") ? QStringLiteral("text/html")
                          : form == QLatin1String("HTMLFORMAT")
@@ -160,16 +170,25 @@ void clipboard(Interpreter &in, Words &words)
                              : QString();
     if (mime.isEmpty() && form != QLatin1String("IMAGE")) throw ScriptError(QStringLiteral("unknown form: %1").arg(form));
     if (!words.hasText()) {
-        in.printRaw(mime.isEmpty() ? QString() : QString::fromUtf8(board->mimeData()->data(mime)));
+        if (!board->mimeData()) return; // cleared
+        const QImage image = mime.isEmpty() ? qvariant_cast<QImage>(board->mimeData()->imageData()) : QImage();
+        if (!mime.isEmpty())
+            in.printRaw(QString::fromUtf8(board->mimeData()->data(mime)));
+        else if (!image.isNull())
+            in.print(QStringLiteral("%1 %2").arg(image.width()).arg(image.height()));
+        in.clipboardOpen = false;
         return;
     }
     auto *data = new QMimeData;
-    for (const QString &known : board->mimeData()->formats()) data->setData(known, board->mimeData()->data(known));
+    // Forms that are set in a row belong together; the first replaces what was there.
+    if (in.clipboardOpen && board->mimeData())
+        for (const QString &known : board->mimeData()->formats()) data->setData(known, board->mimeData()->data(known));
     if (mime.isEmpty())
-        data->setImageData(QImage(in.filePath(words.text())));
+        data->setImageData(readPicture(in.filePath(words.text())));
     else
         data->setData(mime, words.text().toUtf8());
     board->setMimeData(data);
+    in.clipboardOpen = true;
 }
 
 void writeFile(Interpreter &in, Words &words)
@@ -177,7 +196,8 @@ void writeFile(Interpreter &in, Words &words)
     const QString name = words.word("a name");
     QFile file(in.filePath(name));
     if (!file.open(QFile::WriteOnly)) throw ScriptError(file.errorString());
-    file.write(words.text().toUtf8());
+    const QByteArray bytes = words.text().toUtf8();
+    if (file.write(bytes) != bytes.size()) throw ScriptError(file.errorString());
 }
 
 void readFile(Interpreter &in, Words &words)
@@ -242,7 +262,11 @@ void splitter(Interpreter &in, Words &words)
 
 void typelib(Interpreter &in, Words &words)
 {
-    in.printRaw(words.atEnd() ? platform::typelibrary::text() : platform::typelibrary::text(words.word("an interface")));
+    if (words.atEnd()) return in.printRaw(platform::typelibrary::text());
+    const QString name = words.word("an interface");
+    const QString text = platform::typelibrary::text(name);
+    if (text.isNull()) throw ScriptError(QStringLiteral("the type library has no %1").arg(name));
+    in.printRaw(text);
 }
 
 void openFile(Interpreter &in, Words &words)
@@ -317,10 +341,12 @@ void repeat(Interpreter &in, Words &words)
 
 void timeIt(Interpreter &in, Words &words)
 {
+    const QString before = in.output();
     QElapsedTimer timer;
     timer.start();
     in.execute(words.command());
     if (IHTMLDocument2 *document = in.control().DOM(); document && document->body()) document->body()->offsetBox();
+    in.output() = before; // a figure is what was asked for
     in.print(QString::number(double(timer.nsecsElapsed()) / 1e6, 'f', 3));
 }
 

@@ -6,6 +6,7 @@
 #include "scripting/Objects.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -17,24 +18,52 @@ namespace scripting {
 
 namespace {
 
-QWidget *focused()
+/// What has the focus in the control; null for nothing.
+QWidget *focused(Interpreter &in)
 {
-    return QApplication::focusWidget();
+    in.activate();
+    QWidget *widget = QApplication::focusWidget();
+    return widget && widget->window() == in.control().window() ? widget : nullptr;
 }
 
 /// One key, as the window system would send it: the widget may claim it before a shortcut gets it.
-void pressKey(int key, Qt::KeyboardModifiers modifiers, const QString &text)
+void tap(QPointer<QWidget> widget, int key, Qt::KeyboardModifiers modifiers, const QString &text)
 {
-    QPointer<QWidget> widget = focused();
-    if (!widget) return;
     QKeyEvent claim(QEvent::ShortcutOverride, key, modifiers, text);
     claim.ignore();
     QApplication::sendEvent(widget, &claim);
+    if (!widget) return;
     QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
     QApplication::sendEvent(widget, &press);
     if (!widget) return;
     QKeyEvent release(QEvent::KeyRelease, key, modifiers, text);
     QApplication::sendEvent(widget, &release);
+}
+
+void pressKey(Interpreter &in, int key, Qt::KeyboardModifiers modifiers, const QString &text)
+{
+    if (QWidget *widget = focused(in)) tap(widget, key, modifiers, text);
+}
+
+QKeySequence keysOf(const QString &name)
+{
+    const QKeySequence sequence = QKeySequence::fromString(name, QKeySequence::PortableText);
+    if (sequence.isEmpty() || sequence[0].key() == Qt::Key_unknown)
+        throw ScriptError(QStringLiteral("unknown key: %1").arg(name));
+    return sequence;
+}
+
+/// What a key types by itself.
+QString textOf(QKeyCombination keys)
+{
+    const Qt::KeyboardModifiers modifiers = keys.keyboardModifiers();
+    if (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return {};
+    if (keys.key() == Qt::Key_Return || keys.key() == Qt::Key_Enter) return QStringLiteral("\r");
+    if (keys.key() == Qt::Key_Tab) return QStringLiteral("\t");
+    if (keys.key() == Qt::Key_Backspace) return QStringLiteral("\b");
+    if (keys.key() < Qt::Key_Space || keys.key() >= 0x100) return {};
+    const QString text = QChar(char16_t(keys.key()));
+    return modifiers & Qt::ShiftModifier ? text : text.toLower();
 }
 
 void typeText(Interpreter &in, Words &words)
@@ -43,12 +72,12 @@ void typeText(Interpreter &in, Words &words)
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar c = text[i];
         if (c == u'\n') {
-            pressKey(Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
+            pressKey(in, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
         } else if (c.isHighSurrogate() && i + 1 < text.size()) {
-            pressKey(0, Qt::NoModifier, text.mid(i++, 2));
+            pressKey(in, 0, Qt::NoModifier, text.mid(i++, 2));
         } else {
             const bool shifted = c.isUpper();
-            pressKey(c.unicode() < 0x100 ? c.toUpper().unicode() : 0, shifted ? Qt::ShiftModifier : Qt::NoModifier, QString(c));
+            pressKey(in, c.unicode() < 0x100 ? c.toUpper().unicode() : 0, shifted ? Qt::ShiftModifier : Qt::NoModifier, QString(c));
         }
         if (in.waits) in.settle();
     }
@@ -57,41 +86,25 @@ void typeText(Interpreter &in, Words &words)
 void key(Interpreter &in, Words &words)
 {
     while (!words.atEnd()) {
-        const QString name = words.word("a key");
-        const QKeySequence sequence = QKeySequence::fromString(name, QKeySequence::PortableText);
-        if (sequence.isEmpty() || sequence[0].key() == Qt::Key_unknown)
-            throw ScriptError(QStringLiteral("unknown key: %1").arg(name));
+        const QKeySequence sequence = keysOf(words.word("a key"));
         for (int i = 0; i < sequence.count(); ++i) {
-            const QKeyCombination keys = sequence[uint(i)];
-            const Qt::KeyboardModifiers modifiers = keys.keyboardModifiers();
-            QString text;
-            if (!(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
-                if (keys.key() == Qt::Key_Return || keys.key() == Qt::Key_Enter)
-                    text = QStringLiteral("\r");
-                else if (keys.key() == Qt::Key_Tab)
-                    text = QStringLiteral("\t");
-                else if (keys.key() == Qt::Key_Backspace)
-                    text = QStringLiteral("\b");
-                else if (keys.key() >= Qt::Key_Space && keys.key() < 0x100)
-                    text = modifiers & Qt::ShiftModifier ? QString(QChar(keys.key())) : QString(QChar(keys.key())).toLower();
-            }
-            pressKey(keys.key(), modifiers, text);
+            pressKey(in, sequence[uint(i)].key(), sequence[uint(i)].keyboardModifiers(), textOf(sequence[uint(i)]));
             if (in.waits) in.settle();
         }
     }
 }
 
-void compose(Interpreter &, Words &words)
+void compose(Interpreter &in, Words &words)
 {
-    if (QWidget *widget = focused()) {
+    if (QWidget *widget = focused(in)) {
         QInputMethodEvent event(words.text(), {});
         QApplication::sendEvent(widget, &event);
     }
 }
 
-void commit(Interpreter &, Words &words)
+void commit(Interpreter &in, Words &words)
 {
-    if (QWidget *widget = focused()) {
+    if (QWidget *widget = focused(in)) {
         QInputMethodEvent event;
         event.setCommitString(words.text());
         QApplication::sendEvent(widget, &event);
@@ -109,6 +122,7 @@ struct Pointer {
 
 QWidget &client(Interpreter &in)
 {
+    in.activate();
     if (in.state().mCurrentEditView == EditViewEnum::hvSourceEdit)
         return *static_cast<QAbstractScrollArea &>(in.host().source()).viewport();
     return *in.host().surface().viewport();
@@ -241,6 +255,14 @@ void unavailable(Interpreter &, Words &)
 }
 
 } // namespace
+
+void sendKeys(QWidget &receiver, const QString &name)
+{
+    const QPointer<QWidget> widget(&receiver);
+    const QKeySequence sequence = keysOf(name);
+    for (int i = 0; i < sequence.count() && widget; ++i)
+        tap(widget, sequence[uint(i)].key(), sequence[uint(i)].keyboardModifiers(), textOf(sequence[uint(i)]));
+}
 
 const std::vector<VerbRow> &inputVerbs()
 {

@@ -12,8 +12,7 @@
 #include "scripting/Helpers.h"
 #include "scripting/Interpreter.h"
 
-#include <cstdlib>
-#include <unistd.h>
+#include <csignal>
 
 // What lies behind the public members.
 
@@ -102,7 +101,7 @@ void check(Interpreter &in, Words &)
 
 void crash(Interpreter &, Words &)
 {
-    ::_exit(137); // nothing is unwound, written or told: as after a kill
+    std::raise(SIGKILL); // nothing is unwound, written or told
 }
 
 void marked(Interpreter &in, Words &words)
@@ -120,7 +119,7 @@ void marked(Interpreter &in, Words &words)
 void exec(Interpreter &in, Words &words)
 {
     const QString id = words.word("a command");
-    const QString value = words.hasText() ? words.text() : QString();
+    const QString value = words.atEnd() ? words.text() : in.readValue(words).toString();
     changes::EditScope scope;
     in.print(in.host().surface().view().execNamed(id, value) ? QStringLiteral("true") : QStringLiteral("false"));
 }

@@ -32,6 +32,9 @@ Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing)
     MessageBox::setHandler([this](const MessageBox::Request &request) { return answerBox(request); });
     support::setFailurePresenter([this](const support::FailureReport &report) { mReports.push_back(report); });
     support::setDebugSink([this](const QString &line) { mDebug << line; });
+    mForms = std::make_unique<Forms>(Forms::Hooks{[this](const QString &text) { printRaw(text); },
+                                                  [this](const QString &message) { failLater(message); },
+                                                  [this](const QString &name) { return filePath(name); }});
     mHost = std::make_unique<ScriptHost>();
     mHost->runInHandler = [this](const QString &command, const Event &event) { runInHandler(command, event); };
     PropertyBag bag;
@@ -44,6 +47,7 @@ Interpreter::~Interpreter()
     mNamed.clear();
     mSecond.reset();
     mHost.reset();
+    mForms.reset();
     base::faults::disarmAll();
     MessageBox::setHandler({});
     support::setFailurePresenter({});
@@ -89,9 +93,11 @@ int Interpreter::run(const QString &text, const QString &name)
         command.line = withFolder(command.line);
         if (command.block) command.block = withFolder(*command.block);
         mOutput.clear();
+        mPendingFailure = QString();
         QString failure;
         try {
             execute(command);
+            failure = takePendingFailure();
         } catch (const ScriptError &error) {
             failure = error.text();
         } catch (const base::Error &error) {
@@ -99,8 +105,10 @@ int Interpreter::run(const QString &text, const QString &name)
         } catch (const std::exception &error) {
             failure = QString::fromUtf8(error.what());
         }
-        std::fputs(mOutput.toUtf8().constData(), stdout);
+        const QByteArray bytes = mOutput.toUtf8(); // a NUL doesn't end it
+        std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stdout);
         std::fflush(stdout);
+        if (!command.line.trimmed().startsWith(QLatin1String("clipboard"))) clipboardOpen = false;
         if (!command.line.trimmed().startsWith(QLatin1String("expect"))) mLastOutput = mOutput;
         if (failure.isNull()) continue;
         std::fprintf(stderr, "%s:%d: %s\n", qPrintable(name), command.number, qPrintable(failure));
@@ -152,10 +160,25 @@ void Interpreter::runInHandler(const QString &command, const Event &event)
         failure = error.text();
     } catch (const base::Error &error) {
         failure = error.description();
+    } catch (const std::exception &error) {
+        failure = QString::fromUtf8(error.what());
     }
     waits = waited;
     mEvent = outer;
-    if (!failure.isNull()) print(QStringLiteral("error: ") + failure);
+    if (!failure.isNull()) failLater(failure);
+}
+
+void Interpreter::failLater(const QString &message)
+{
+    if (mPendingFailure.isNull()) mPendingFailure = message;
+}
+
+void Interpreter::activate()
+{
+    QWidget *window = control().window();
+    if (QApplication::activeWindow() == window || !window->isVisible()) return;
+    window->activateWindow();
+    QApplication::processEvents();
 }
 
 Value Interpreter::named(const QString &name) const
@@ -211,11 +234,16 @@ MessageBox::Button Interpreter::answerBox(const MessageBox::Request &request)
     MessageBox::Button answer = request.escapeButton();
     if (!mAnswers.isEmpty()) {
         const QString wanted = mAnswers.takeFirst();
-        for (const MessageBox::Button button : request.buttons)
-            if (MessageBox::name(button).compare(wanted, Qt::CaseInsensitive) == 0) answer = button;
+        bool found = false;
+        for (const MessageBox::Button button : request.buttons) {
+            if (MessageBox::name(button).compare(wanted, Qt::CaseInsensitive) != 0) continue;
+            answer = button;
+            found = true;
+        }
+        if (!found) failLater(QStringLiteral("the message box has no button %1").arg(wanted));
     }
     QString text = request.text;
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\\n")).replace(u'\n', QStringLiteral("\\n"));
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n').replace(u'\n', QStringLiteral("\\n"));
     mBoxes << QStringList{MessageBox::name(request.icon), request.caption, text, names.join(u'/'),
                           MessageBox::name(answer)}
                   .join(QStringLiteral(" | "));

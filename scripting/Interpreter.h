@@ -4,6 +4,7 @@
 #include "platform/DispatchPath.h"
 #include "platform/FileText.h"
 #include "platform/MessageBox.h"
+#include "scripting/Forms.h"
 #include "scripting/Script.h"
 #include "scripting/ScriptHost.h"
 #include "support/FailureReport.h"
@@ -64,6 +65,14 @@ public:
     platform::Value readTarget(Words &words);
     ControlState &state() { return mHost->state(); }
     Qt::MouseButtons heldPointer; ///< buttons that `press` holds down
+    /// Makes the command under way fail once it is over: for what goes wrong in a handler, through which nothing can be
+    /// raised. The first one counts.
+    void failLater(const QString &message);
+    /// Null if nothing failed so.
+    QString takePendingFailure() { return std::exchange(mPendingFailure, QString()); }
+    Forms &forms() { return *mForms; }
+    /// Brings the control's window to the front, so that it has the focus: a second control may have taken it.
+    void activate();
 
     // Message boxes and reports
     QStringList takeBoxes() { return std::exchange(mBoxes, {}); }
@@ -71,6 +80,7 @@ public:
     std::vector<support::FailureReport> takeReports() { return std::exchange(mReports, {}); }
     QStringList takeDebugLines() { return std::exchange(mDebug, {}); }
 
+    bool clipboardOpen = false; ///< the command before set a form of the clipboard, to which another one is added
     bool waits = true;       ///< whether commands let happen what was posted
     bool skipSettle = false; ///< the command that is ending was told not to wait
     platform::FileFormat fileFormat; ///< of the file opened last
@@ -88,6 +98,8 @@ private:
     bool mKeepGoing;
     std::unique_ptr<ScriptHost> mHost;
     std::unique_ptr<ScriptHost> mSecond;
+    std::unique_ptr<Forms> mForms;
+    QString mPendingFailure;
     QString mOutput;
     QString mLastOutput;
     QHash<QString, platform::Value> mNamed;

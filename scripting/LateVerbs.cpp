@@ -83,12 +83,14 @@ void fails(Interpreter &in, Words &words)
     const QString before = in.output();
     try {
         in.execute(words.command());
-        failed = false;
+        text = in.takePendingFailure();
+        failed = !text.isNull();
     } catch (const ScriptError &error) {
         text = error.text();
     } catch (const base::Error &error) {
         text = error.description();
     }
+    in.takePendingFailure();
     if (!failed) throw ScriptError(QStringLiteral("it didn't fail"));
     in.output() = before;
     in.print(text);

@@ -8,6 +8,14 @@
 
 namespace scripting {
 
+/// Standard error belongs to the script's failures. What the offscreen platform says about windows that it can't raise or
+/// size says nothing about the control.
+static void showMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    if (!message.startsWith(QLatin1String("This plugin does not support")))
+        std::fprintf(stderr, "%s\n", message.toUtf8().constData());
+}
+
 static int usage()
 {
     std::fputs("usage: vellumpad --script FILE [--keep-going] [--settings FOLDER] [--files FOLDER]\n", stderr);
@@ -40,6 +48,7 @@ int runScript(const QStringList &arguments)
         return 2;
     }
     const QString text = QString::fromUtf8(file.readAll());
+    qInstallMessageHandler(showMessage);
     return Interpreter(options).run(text, name);
 }
 

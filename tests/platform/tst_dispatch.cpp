@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/css/Services.h"
 #include "engine/html/Parser.h"
 #include "platform/ClassFactory.h"
 #include "platform/DispatchObject.h"
@@ -142,6 +143,56 @@ private Q_SLOTS:
     {
         QVERIFY(get("body.children(0)").toObject().isSame(get("getElementById(\"x\")").toObject()));
         QVERIFY(!get("body.children(0)").toObject().isSame(get("body").toObject()));
+    }
+
+    void stylesAreReadAndWrittenByProperty()
+    {
+        const css::Services services(*mDocument);
+        const ObjectRef style = get("body.children(0).style").toObject();
+        QCOMPARE(Value(style).toJson(), QString("{\"object\": \"IHTMLStyle\"}"));
+        putMember(style, "BackgroundColor", "red");
+        QCOMPARE(getMember(style, "backgroundcolor").toString(), QString("red"));
+        putMember(style, "width", 12);
+        QCOMPARE(getMember(style, "getAttribute", {"width", 0}).toString(), QString("12px"));
+        QVERIFY(getMember(style, "getAttribute", {"height", 0}).toString().isEmpty());
+        QCOMPARE(failure([&] { putMember(style, "width", "wide"); }), base::errors::invalidValue);
+        QCOMPARE(getMember(style, "width").toString(), QString("12px"));
+        putMember(style, "cssText", "");
+        QCOMPARE(get("body.children(0).outerHTML").toString(), QString("<P id=\"x\" class=\"c\">a<B>b</B></P>"));
+    }
+    void sheetsAndRulesAreReached()
+    {
+        const css::Services services(*mDocument);
+        const Value sheet = callMember(mRoot.toObject(), "createStyleSheet").value;
+        QCOMPARE(get("styleSheets.length").toJson(), QString("1"));
+        QVERIFY(sheet.toObject().isSame(get("styleSheets(0)").toObject()));
+        callMember(sheet.toObject(), "addRule", {"div#styledummy", " ", -1});
+        callMember(sheet.toObject(), "addRule", {".a", "color: red"});
+        QCOMPARE(get("styleSheets(0).rules.length").toJson(), QString("2"));
+        QCOMPARE(get("styleSheets(0).rules(0).selectorText").toString(), QString("DIV#styledummy"));
+        QCOMPARE(get("styleSheets(0).rules(1).style").toJson(), QString("{\"object\": \"IHTMLRuleStyle\"}"));
+        QCOMPARE(get("styleSheets(0).rules(1).style.color").toString(), QString("red"));
+        callMember(sheet.toObject(), "removeRule", {0});
+        QCOMPARE(get("styleSheets(0).rules.length").toJson(), QString("1"));
+        QCOMPARE(get("styleSheets(0).href").toString(), QString());
+        QVERIFY(get("styleSheets(5)").isNothing());
+    }
+    void everyNamedStyleMemberIsOneTheEngineKnows()
+    {
+        const css::Services services(*mDocument);
+        const ObjectRef style = get("body.children(0).style").toObject();
+        int properties = 0;
+        for (const Member &member : style.type()->interfaces(style).front()->members()) {
+            if (member.isMethod() || member.name == "cssText") continue;
+            ++properties;
+            QVERIFY2(css::StyleObject::isProperty(member.name), qPrintable(member.name));
+        }
+        QVERIFY(properties > 60);
+    }
+    void aDetachedDocumentHasNoSelection()
+    {
+        QVERIFY(get("selection").isNothing());
+        QVERIFY(get("parentWindow.event").isNothing());
     }
 
     void qobjectsBindByTheirMetaObject()
