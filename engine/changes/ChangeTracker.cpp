@@ -279,11 +279,12 @@ void ChangeTracker::apply(const Primitive &p)
         break;
     case Op::Remove: {
         Node *top = topOf(p.subtree);
-        if (top && top->isConnected() && top->parentElement()) remove(*top);
+        if (top && top->isConnected() && top->parentElement() && !mDocument.isSkeleton(*top)) remove(*top);
         break;
     }
     case Op::Move:
-        if (node && parent && node->isConnected() && node->parentElement() && !node->contains(*parent))
+        if (node && parent && node->isConnected() && node->parentElement() && !node->contains(*parent) &&
+            !mDocument.isSkeleton(*node))
             move(*parent, *node, before);
         break;
     case Op::Text:

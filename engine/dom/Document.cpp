@@ -94,6 +94,11 @@ QString Document::resolve(const QString &reference) const
     return QUrl(from).resolved(QUrl(reference)).toString();
 }
 
+bool Document::isSkeleton(const Node &node) const
+{
+    return node.isElement() && node.isConnected() && (&node == documentElement() || &node == head() || &node == body());
+}
+
 static const QString uniquePrefix = QStringLiteral("ms__id");
 
 QString Element::uniqueID() const

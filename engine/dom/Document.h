@@ -35,6 +35,9 @@ public:
     /// The BODY (or FRAMESET) element.
     Element *body() const;
 
+    /// HTML, HEAD and BODY: without them it is no document, so they stay.
+    bool isSkeleton(const Node &node) const;
+
     DocumentMode mode() const { return mMode; }
     void setMode(DocumentMode mode) { mMode = mode; }
     bool isQuirks() const { return mMode == DocumentMode::Quirks; }

@@ -213,6 +213,7 @@ void checkParent(const Node &parent, const Node &child)
     if (!parent.isElement() && parent.type() != NodeType::Fragment && parent.type() != NodeType::Document)
         refuse("This node can't have children.");
     if (child.contains(parent)) refuse("A node can't be put into itself.");
+    if (child.document().isSkeleton(child)) refuse("HTML, HEAD and BODY can't be moved.");
     if (child.type() == NodeType::Document) refuse("A document can't be put into a tree.");
     if (parent.type() == NodeType::Document && (child.isText() || child.isElement()))
         refuse("The document has its element already.");
@@ -267,7 +268,7 @@ Ref<Node> Node::removeChild(Node &child)
 void Node::removeNode()
 {
     if (!mParent) return;
-    if (mDocument->documentElement() == this) refuse("The document's element can't be removed.");
+    if (mDocument->isSkeleton(*this)) refuse("HTML, HEAD and BODY can't be removed.");
     Ref<Node> keep(this);
     if (mConnected && mDocument->door) {
         Assignment assignment(*this);
