@@ -5,7 +5,9 @@
 #include "control/Vellum5Parts.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
+#include "platform/FileHelper.h"
 #include "platform/HotKeys.h"
+#include "platform/HttpHelper.h"
 #include "support/FailureTrap.h"
 #include "support/InstanceCounts.h"
 #include "support/WindowPositionStore.h"
@@ -93,6 +95,13 @@ void Vellum5::wireChildren()
     p.text.KillChangeManager = [&p] { p.changes.KillChangeManager(); };
     p.events.ShutDownBeforeReload = [&p] { p.text.ShutDownBeforeReload(); };
 
+    // The surface knows no files; without a reader every page that it navigates to is empty.
+    p.ed->readText = [](const QString &url) {
+        if (url.startsWith(QLatin1String("http:"), Qt::CaseInsensitive) ||
+            url.startsWith(QLatin1String("https:"), Qt::CaseInsensitive))
+            return platform::HttpHelper::fetchText(url);
+        return platform::FileHelper::readText(url).text;
+    };
     connect(p.ed, &HTMLEditor::documentComplete, this, [&p](const QString &url) {
         EditScope scope;
         p.text.ed_DocumentComplete(url);
