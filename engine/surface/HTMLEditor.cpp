@@ -105,18 +105,30 @@ void HTMLEditor::finishLoad()
     Q_EMIT documentComplete(url);
 }
 
-void HTMLEditor::navigate(const Navigation &navigation)
+void HTMLEditor::nothingToLoad(Asker asker)
+{
+    Q_EMIT navigateComplete();
+    if (asker == Asker::Link || !mLoaded) return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            changes::EditScope scope;
+            if (!mPending) Q_EMIT documentComplete(mBaseUrl.isEmpty() ? blank : mBaseUrl);
+        },
+        Qt::QueuedConnection);
+}
+
+void HTMLEditor::navigate(const Navigation &navigation, Asker asker)
 {
     bool cancel = false;
     Q_EMIT beforeNavigate(navigation, cancel);
     if (cancel) return;
     const QString &url = navigation.url;
-    if (url.startsWith(QLatin1String("javascript:"), Qt::CaseInsensitive)) return; // no script ever runs
+    if (url.startsWith(QLatin1String("javascript:"), Qt::CaseInsensitive)) return nothingToLoad(asker); // none ever runs
     const qsizetype hash = url.indexOf(u'#');
     if (hash >= 0 && mLoaded && (hash == 0 || url.left(hash) == mLoaded->document().baseURL())) {
         mView->scrollToAnchor(url.mid(hash + 1));
-        Q_EMIT navigateComplete();
-        return;
+        return nothingToLoad(asker);
     }
     auto load = std::make_unique<PendingLoad>();
     load->navigation = navigation;

@@ -52,7 +52,10 @@ public:
     QString baseUrl() const { return mBaseUrl; }
     void setBaseUrl(const QString &url);
     /// Raises `beforeNavigate`; unless cancelled, loads the address, or scrolls to a bookmark ("#name") of the document.
-    void navigate(const Navigation &navigation);
+    /// An address that loads nothing (a bookmark, a script) asked for by the host ends like a load, by a posted call;
+    /// a link that a user follows just scrolls.
+    enum class Asker { Host, Link };
+    void navigate(const Navigation &navigation, Asker asker = Asker::Host);
 
     dom::EditMode editMode() const { return mEditMode; }
     void setEditMode(dom::EditMode mode);
@@ -132,6 +135,7 @@ private:
     struct PendingLoad;
     void post(std::unique_ptr<PendingLoad> load);
     void finishLoad();
+    void nothingToLoad(Asker asker);
     bool raise(int id, dom::EventObject &event);
 
     std::unique_ptr<PendingLoad> mPending;

@@ -254,7 +254,8 @@ void View::mouseReleased(const QMouseEvent &event, bool goesOn)
 
 void View::click(dom::Element &element)
 {
-    if (dom::Element *anchor = anchorOf(&element)) mWidget.navigate({anchor->href(), 0, anchor->attributeValue("target"), {}, {}});
+    if (dom::Element *anchor = anchorOf(&element)) mWidget.navigate({anchor->href(), 0, anchor->attributeValue("target"), {}, {}},
+                                                            HTMLEditor::Asker::Link);
 }
 
 void View::focus(dom::Element &element)
