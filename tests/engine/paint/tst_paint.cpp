@@ -40,6 +40,30 @@ private Q_SLOTS:
             for (int y = int(box.top()) + 13; y < int(box.bottom()) - 13; ++y) dark += image.pixelColor(x, y).red() < 100;
         QVERIFY(dark > 50);
     }
+    void collapsedBordersShowOnAllSides()
+    {
+        for (const int width : {299, 300, 301}) {
+            const auto document = html::parseDocument(QString("<!DOCTYPE html><body><table id=t style='border-collapse:collapse;width:%1px'>"
+                "<tr><td style='border:1px'>a<td style='border:1px'>b<td style='border:1px'>c<tr><td style='border:1px'>a<td style='border:1px'>b<td style='border:1px'>c</table>").arg(width));
+            TestStyles styles(*document);
+            layout::LayoutTree tree(*document, styles);
+            tree.setViewport({600, 200});
+            const QRectF box = layout::Queries(tree).borderBox(*document->getElementById("t"));
+            const QImage image = picture(tree);
+            if (!folder().isEmpty()) image.save(QString::fromLocal8Bit(folder()) + QString("/collapsed%1.png").arg(width));
+            const auto darkest = [&](int left, int top, int right, int bottom) {
+                int least = 255;
+                for (int y = top; y <= bottom; ++y)
+                    for (int x = left; x <= right; ++x) least = std::min(least, image.pixelColor(x, y).red());
+                return least;
+            };
+            const int l = int(box.left()), t = int(box.top()), r = int(box.right()), b = int(box.bottom());
+            QVERIFY(darkest(l - 1, t + 4, l + 1, t + 4) < 50);
+            QVERIFY(darkest(r - 2, t + 4, r + 1, t + 4) < 50);
+            QVERIFY(darkest(l + 4, t - 1, l + 4, t + 1) < 50);
+            QVERIFY(darkest(l + 4, b - 2, l + 4, b + 1) < 50);
+        }
+    }
     void onlyWhatMeetsTheClipIsVisited()
     {
         QString body;
