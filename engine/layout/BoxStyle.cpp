@@ -43,7 +43,7 @@ Unit lineHeightOf(const ComputedStyle &style)
     case css::LineHeight::Kind::Number:
         return Unit::from(double(height.value) * style.font().size);
     case css::LineHeight::Kind::Fixed:
-        return Unit::from(double(height.value));
+        return Unit::round(double(height.value)); // lengths and percentages to the nearest unit, numbers towards zero
     default:
         return fontOf(style).lineSpacing();
     }

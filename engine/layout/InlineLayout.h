@@ -40,7 +40,7 @@ private:
         Unit textAscent, textDescent; // of the font
         Unit baseline;                // below its group's
         int group = 0;
-        bool counted = false;
+        bool counted = false, measured = false;
         bool firstEdge = false, lastEdge = false;
         Unit left = Unit::max(), right = -Unit::max();
         std::size_t fragment = 0;
@@ -79,6 +79,7 @@ private:
     void pushState(InlineBox &box);
     void align(State &state, const State &parent);
     void count(State &state);
+    void markMeasured();
     void measure();
     void measureText(const Piece &piece, State &state);
     void measureAtomic(const Piece &piece, const State &state);

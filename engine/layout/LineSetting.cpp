@@ -96,7 +96,14 @@ void InlineLayout::count(State &state)
 {
     if (state.counted) return;
     state.counted = true;
+    markMeasured();
     mGroups[std::size_t(state.group)].add(state.baseline - state.ascent, state.baseline + state.descent);
+}
+
+// An element has a height as soon as anything in it has one.
+void InlineLayout::markMeasured()
+{
+    for (const int open : mStack) mStates[std::size_t(open)].measured = true;
 }
 
 void InlineLayout::pushState(InlineBox &box)
@@ -129,8 +136,10 @@ void InlineLayout::openStates()
 
 void InlineLayout::measureText(const Piece &piece, State &state)
 {
-    count(state);
     const InlineItem &item = mContent.items[piece.item];
+    // COMPAT: where empty elements give a line no height, neither do blanks that collapsed, nor a line break behind content.
+    if (item.type == ItemType::Text ? piece.start == piece.end : state.measured) return;
+    count(state);
     if (item.type != ItemType::Text || item.simple || !lineHeightIsNormal(*state.style)) return;
     // Fonts that stand in for missing characters make the line as high as they need.
     const Font &font = fontOf(*state.style);
@@ -155,6 +164,7 @@ void InlineLayout::measureAtomic(const Piece &piece, const State &parent)
     state.textAscent = state.ascent;
     state.textDescent = state.descent;
     align(state, parent);
+    markMeasured();
     mGroups[std::size_t(state.group)].add(state.baseline - state.ascent, state.baseline + state.descent);
     mPlaced.push_back({std::size_t(&piece - mPieces.data()), state.baseline - state.ascent, height, state.group, 0});
 }

@@ -214,8 +214,10 @@ void Painter::paintCollapsed(const BlockBox &box, Point origin)
             paintEdge(vertical ? css::Side::Left : css::Side::Top, line, only, edge.style, edge.color);
         };
         const double l = cell.left.width.toDouble(), r = cell.right.width.toDouble(), t = cell.top.width.toDouble(), b = cell.bottom.width.toDouble();
-        stroke(cell.top, css::Side::Top, {rect.left() - l / 2, rect.top(), rect.width() + (l + r) / 2, 0}, t);
-        stroke(cell.bottom, css::Side::Bottom, {rect.left() - l / 2, rect.bottom(), rect.width() + (l + r) / 2, 0}, b);
+        // Lines across end where the outer sides of the lines down are, at whole pixels as these.
+        const double from = std::floor(rect.left() - l / 2), to = std::floor(rect.right() - r / 2) + r;
+        stroke(cell.top, css::Side::Top, {from, rect.top(), to - from, 0}, t);
+        stroke(cell.bottom, css::Side::Bottom, {from, rect.bottom(), to - from, 0}, b);
         stroke(cell.left, css::Side::Left, {rect.left(), rect.top(), 0, rect.height()}, l);
         stroke(cell.right, css::Side::Right, {rect.right(), rect.top(), 0, rect.height()}, r);
     }

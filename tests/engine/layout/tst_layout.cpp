@@ -69,6 +69,16 @@ private Q_SLOTS:
         QCOMPARE(page.tree.compareWithFresh(), QString());
         QVERIFY(!page.queries.caretRect({&page.byId("a"), 0}).isEmpty());
     }
+    void blanksAndBreaksBehindContentAddNothingToAQuirkyLine()
+    {
+        const QString body = "<div id=a>\n<code>one</code>\n</div><div id=b><code>one</code><br>\n<code>two</code></div><div id=c><br></div>";
+        Page quirky(body, {}), standard(body);
+        QCOMPARE(quirky.box("a").height(), 15.0);
+        QCOMPARE(quirky.box("b").height(), 30.0);
+        QCOMPARE(quirky.box("c").height(), 18.0);
+        QVERIFY(standard.box("a").height() >= 18);
+        QVERIFY(standard.box("b").height() >= 36);
+    }
     void linesWrapAtBlanks()
     {
         Page page("<div id=a style='width:70px'>aaaa bbbb cccc</div>");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "../layout/TestStyles.h"
+#include "engine/css/Services.h"
 #include "engine/html/Parser.h"
+#include "engine/layout/EngineStyles.h"
 #include "engine/paint/Painter.h"
 
 #include <QtTest>
@@ -39,6 +41,34 @@ private Q_SLOTS:
         for (int x = int(box.left()) + 13; x < int(box.left()) + 120; ++x)
             for (int y = int(box.top()) + 13; y < int(box.bottom()) - 13; ++y) dark += image.pixelColor(x, y).red() < 100;
         QVERIFY(dark > 50);
+    }
+    void collapsedBordersShowOnAllSides()
+    {
+        for (const QString width : {"auto", "299px", "300px", "300.6px"}) {
+            const auto document = html::parseDocument("<!DOCTYPE html><style>table{border-collapse:collapse;width:" + width +
+                "}td{border:1px solid #000000;padding:4px 10px}</style><body><table id=t><tr><td>View<td>What it shows<td>Keys<tr><td>Visual<td>the page, to be edited<td>Ctrl+1</table>");
+            css::Services services(*document);
+            layout::EngineStyles styles(services.engine());
+            layout::LayoutTree tree(*document, styles);
+            tree.setViewport({600, 200});
+            const QRectF box = layout::Queries(tree).borderBox(*document->getElementById("t"));
+            const QImage image = picture(tree);
+            if (!folder().isEmpty()) image.save(QString::fromLocal8Bit(folder()) + "/collapsed-" + width + ".png");
+            const auto dark = [&](int x, int y) { return image.pixelColor(x, y).red() < 50; };
+            const auto ends = [&](int y) { // where what is painted in a row begins and ends
+                int first = 0, last = image.width() - 1;
+                while (first < last && !dark(first, y)) ++first;
+                while (last > first && !dark(last, y)) --last;
+                return std::pair(first, last);
+            };
+            int top = 0, bottom = image.height() - 1;
+            while (top < bottom && !dark(int(box.center().x()), top)) ++top;
+            while (bottom > top && !dark(int(box.center().x()), bottom)) --bottom;
+            QVERIFY(std::abs(top - box.top()) <= 1 && std::abs(bottom + 1 - box.bottom()) <= 1);
+            const auto sides = ends(top);
+            QVERIFY(std::abs(sides.first - box.left()) <= 1 && std::abs(sides.second + 1 - box.right()) <= 1);
+            for (int y = top; y <= bottom; ++y) QCOMPARE(ends(y), sides);
+        }
     }
     void onlyWhatMeetsTheClipIsVisited()
     {
