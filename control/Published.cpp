@@ -8,6 +8,7 @@
 #include "platform/ControlTables.h"
 #include "platform/DispatchObject.h"
 #include "platform/Interfaces.h"
+#include "platform/SurfaceNumbers.h"
 
 using platform::Value;
 
@@ -28,6 +29,48 @@ const platform::ClassRegistration registration("VellumKit5.Vellum5", "WYSIWYG HT
     return static_cast<QObject *>(new Vellum5(parent));
 });
 
+HTMLEditor &surfaceOf(QObject &object)
+{
+    return static_cast<HTMLEditor &>(object);
+}
+
+template <auto Get, auto Set> platform::MemberBinding flag(const char *name)
+{
+    return {name, [](QObject &object) { return Value((surfaceOf(object).*Get)()); },
+            [](QObject &object, const Value &value) { (surfaceOf(object).*Set)(value.toBoolean()); }};
+}
+
+/// The surface's members by the numbers that its users know.
+void publishSurface()
+{
+    using namespace surfacenumbers;
+    static const std::vector<platform::MemberRow> rows = {
+        {memberDocument, "document", "Surface"},
+        {memberBaseURL, "BaseURL", "Surface"},
+        {memberShowDetails, "ShowDetails", "Surface"},
+        {memberShowBorders, "ShowBorders", "Surface"},
+        {memberEditMode, "EditMode", "Surface"},
+        {memberAutoSelectEditableSpans, "AutoSelectEditableSpans", "Surface"},
+        {memberHasFocus, "HasFocus", "Surface"},
+    };
+    platform::publish(
+        HTMLEditor::staticMetaObject, "HTMLEditor", rows,
+        {
+            {"document",
+             [](QObject &object) { return platform::valueOf(static_cast<dom::Node *>(surfaceOf(object).document())); }, {}},
+            {"BaseURL", [](QObject &object) { return Value(surfaceOf(object).baseUrl()); },
+             [](QObject &object, const Value &value) { surfaceOf(object).setBaseUrl(value.toString()); }},
+            flag<&HTMLEditor::showDetails, &HTMLEditor::setShowDetails>("ShowDetails"),
+            flag<&HTMLEditor::showBorders, &HTMLEditor::setShowBorders>("ShowBorders"),
+            {"EditMode", [](QObject &object) { return Value(int(surfaceOf(object).editMode())); },
+             [](QObject &object, const Value &value) {
+                 surfaceOf(object).setEditMode(dom::EditMode(std::clamp(value.toInt(), 0, 2)));
+             }},
+            flag<&HTMLEditor::autoSelectEditableSpans, &HTMLEditor::setAutoSelectEditableSpans>("AutoSelectEditableSpans"),
+            {"HasFocus", [](QObject &object) { return Value(surfaceOf(object).hasFocus()); }, {}},
+        });
+}
+
 } // namespace
 
 void publishControl()
@@ -35,6 +78,7 @@ void publishControl()
     static bool done = false;
     if (std::exchange(done, true)) return;
     platform::registerDocumentTypes();
+    publishSurface();
     platform::publish(
         Vellum5::staticMetaObject, platform::control::interfaceName, platform::control::members(),
         {

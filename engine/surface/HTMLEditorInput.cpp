@@ -105,7 +105,9 @@ void HTMLEditor::keyPressEvent(QKeyEvent *event)
         event->accept();
         return;
     }
-    event->setAccepted(mView->keyPressed(*event));
+    // Tab belongs to the document while it is edited, also where it does nothing: it mustn't walk off with the focus.
+    const bool isTab = event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab;
+    event->setAccepted(mView->keyPressed(*event) || (isTab && mEditMode == dom::EditMode::Edit));
 }
 
 void HTMLEditor::keyReleaseEvent(QKeyEvent *event)
