@@ -93,8 +93,8 @@ struct Page
             if (Element *element = node->asElement()) engine().styleFor(*element);
     }
     base::Ref<dom::Document> document;
+    Notes notes; // outlives the services, whose end tells it once more
     std::unique_ptr<Services> services;
-    Notes notes;
 };
 
 const QString standards = QStringLiteral("<!DOCTYPE html>");
