@@ -87,36 +87,31 @@ bool Editor::insertText(const QString &given)
     return true;
 }
 
-bool Editor::insertParagraph()
+/// Enter and Shift+Enter: one step that takes away what is selected and breaks there.
+template <class Break> static bool breakAt(Editor &editor, Break breakHere)
 {
-    Element *host = hostOf(mSelection);
+    Element *host = hostOf(editor.selection());
     if (!host) return false;
-    Operation operation(*this, *host);
-    ChangeTracker::Step step(mTracker, Kind::Command);
+    Operation operation(editor, *host);
+    ChangeTracker::Step step(editor.tracker(), Kind::Command);
     Span span = operation.span();
-    if (mSelection.type() == SelectionObject::Type::Control) {
+    if (editor.selection().type() == SelectionObject::Type::Control) {
         const Position p = operation.removeObjects();
         span = {p, p};
     }
-    if (!operation.breakParagraph(span)) return false;
+    if (!breakHere(operation, span)) return false;
     step.done();
     return true;
 }
 
+bool Editor::insertParagraph()
+{
+    return breakAt(*this, [](Operation &operation, const Span &span) { return operation.breakParagraph(span); });
+}
+
 bool Editor::insertLineBreak()
 {
-    Element *host = hostOf(mSelection);
-    if (!host) return false;
-    Operation operation(*this, *host);
-    ChangeTracker::Step step(mTracker, Kind::Command);
-    Span span = operation.span();
-    if (mSelection.type() == SelectionObject::Type::Control) {
-        const Position p = operation.removeObjects();
-        span = {p, p};
-    }
-    if (!operation.breakLine(span)) return false;
-    step.done();
-    return true;
+    return breakAt(*this, [](Operation &operation, const Span &span) { return operation.breakLine(span); });
 }
 
 bool Editor::deleteSelection()
