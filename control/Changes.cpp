@@ -61,7 +61,8 @@ void Changes::StartUndoBlock(bool Merge, bool PrivateBlock)
         if (!mState.mChangeManager) return;
         // What waits happened before the block and isn't part of it.
         changes::Waiting::tell();
-        mState.mChangeManager->StartUndoBlock(Merge, PrivateBlock);
+        // Who was told may have loaded another document.
+        if (mState.mChangeManager) mState.mChangeManager->StartUndoBlock(Merge, PrivateBlock);
     });
 }
 

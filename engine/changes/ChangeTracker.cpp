@@ -6,6 +6,8 @@
 #include "engine/dom/CharacterData.h"
 #include "engine/dom/RawTree.h"
 
+#include <QPointer>
+
 namespace changes {
 
 using namespace dom;
@@ -233,9 +235,14 @@ void ChangeTracker::tellSinks()
         return;
     }
     mTelling = true;
-    const auto logs = mLogs; // one may go while it is told
-    for (const auto &log : logs)
-        if (!log->isEmpty() && log->sink()) log->sink()->notify();
+    // Who is told may drop a log, its own or another's, and the document with its tracker.
+    const QPointer<ChangeTracker> alive(this);
+    const auto logs = mLogs;
+    for (const auto &log : logs) {
+        const bool still = std::find(mLogs.begin(), mLogs.end(), log) != mLogs.end();
+        if (still && !log->isEmpty() && log->sink()) log->sink()->notify();
+        if (!alive) return;
+    }
     mTelling = false;
 }
 
