@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "control/SurfaceEvents.h"
 
+#include "core/EditableRegions.h"
 #include "core/Host.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
@@ -14,8 +15,8 @@ namespace {
 constexpr char module[] = "Vellum5";
 }
 
-SurfaceEvents::SurfaceEvents(ControlState &state, Host &host, HTMLEditor &surface)
-    : mState(state), mHost(host), ed(surface)
+SurfaceEvents::SurfaceEvents(ControlState &state, Host &host, HTMLEditor &surface, const EditableRegions &regions)
+    : mState(state), mHost(host), ed(surface), mRegions(regions)
 {
     connect(&timChange, &base::Timer::timeout, this, [this] {
         changes::EditScope scope;
@@ -51,8 +52,23 @@ void SurfaceEvents::mChangeManager_ElementChanged(IHTMLElement *Element)
     trap(module, "mChangeManager_ElementChanged", &mState, [&] {
         base::Ref<IHTMLElement> element(Element);
         Parameters parameters("Element", element);
-        if (!Element) return; // editable spans and the speller have their place here
+        if (!Element) return;
+        if (mRegions.IsElementInEditableSpan(Element))
+            mHost.raiseEditableSpanChanged(mRegions.GetEditableSpan(Element));
+        else
+            raiseSpansWithin(Element);
     });
+}
+
+void SurfaceEvents::raiseSpansWithin(IHTMLElement *Element)
+{
+    platform::Collection Spans;
+    mRegions.GetEditableSpans(Element, Spans);
+    for (const QVariant &Span : Spans) {
+        // Held here: a host that is told of one span may remove the others.
+        const auto span = Span.value<base::Ref<IHTMLElement>>();
+        mHost.raiseEditableSpanChanged(mRegions.GetEditableSpan(span.get()));
+    }
 }
 
 void SurfaceEvents::ForceElementChange(IHTMLElement *Element)

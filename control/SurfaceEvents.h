@@ -4,6 +4,7 @@
 #include "base/Clock.h"
 #include "control/ControlState.h"
 
+class EditableRegions;
 class Host;
 
 /// What the control does with the surface's and the source editor's events, and when it tells the host of a change.
@@ -11,7 +12,7 @@ class SurfaceEvents : public QObject
 {
     Q_OBJECT
 public:
-    SurfaceEvents(ControlState &state, Host &host, HTMLEditor &ed);
+    SurfaceEvents(ControlState &state, Host &host, HTMLEditor &ed, const EditableRegions &regions);
 
     std::function<void()> ShutDownBeforeReload;
 
@@ -37,8 +38,10 @@ public:
 
 private:
     void restartChangeTimer();
+    void raiseSpansWithin(IHTMLElement *Element);
 
     ControlState &mState;
     Host &mHost;
     HTMLEditor &ed;
+    const EditableRegions &mRegions;
 };

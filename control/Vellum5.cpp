@@ -430,6 +430,22 @@ void Vellum5::setEditMode(int Mode)
     });
 }
 
+bool Vellum5::Locked() const
+{
+    return mParts->state.mLocked;
+}
+
+void Vellum5::setLocked(bool Locked)
+{
+    EditScope scope;
+    trap(module, "Locked", &mParts->state, [&] {
+        Parameters parameters("Locked", Locked);
+        mParts->state.mLocked = Locked;
+        mParts->ed->setReadOnly(Locked);
+        mParts->txtHTMLSource->setReadOnly(Locked);
+    });
+}
+
 bool Vellum5::AutoSelectEditableSpans() const
 {
     return mParts->ed->autoSelectEditableSpans();

@@ -63,6 +63,7 @@ class VELLUMKIT_EXPORT Vellum5 : public QWidget
     Q_PROPERTY(bool ShowDetails READ ShowDetails WRITE setShowDetails)
     // Editing
     Q_PROPERTY(int EditMode READ EditMode WRITE setEditMode)
+    Q_PROPERTY(bool Locked READ Locked WRITE setLocked)
     Q_PROPERTY(bool AutoSelectEditableSpans READ AutoSelectEditableSpans WRITE setAutoSelectEditableSpans)
     Q_PROPERTY(bool EnableLinkClicks READ EnableLinkClicks WRITE setEnableLinkClicks)
     Q_PROPERTY(int ChangeDelay READ ChangeDelay WRITE setChangeDelay)
@@ -168,6 +169,9 @@ public:
     void setEditMode(int Mode);
     bool AutoSelectEditableSpans() const;
     void setAutoSelectEditableSpans(bool AutoSelect);
+    /// No editing by the user, though find still works; nothing looks disabled. What the host writes goes through.
+    bool Locked() const;
+    void setLocked(bool Locked);
     bool EnableLinkClicks() const;
     void setEnableLinkClicks(bool Enable);
     int ChangeDelay() const;
@@ -178,8 +182,14 @@ public:
     Q_INVOKABLE void SetFocusEx();
     Q_INVOKABLE void SetFocusQueued();
     Q_INVOKABLE void RunCommand(const QString &CommandName);
-    void RunCommandEx(const QString &CommandName, IHTMLElement *SpecificElement);
-    void ForceElementChange(IHTMLElement *Element);
+    /// Elements may be Nothing.
+    Q_INVOKABLE bool IsEditWrapperElement(dom::Element *e);
+    Q_INVOKABLE bool IsWidgetElement(dom::Element *e);
+    Q_INVOKABLE bool IsWidgetPropertyElement(dom::Element *e);
+    Q_INVOKABLE bool ContainsWidgetElement(dom::Element *e);
+    Q_INVOKABLE bool IsInWidget(dom::Element *e);
+    Q_INVOKABLE void RunCommandEx(const QString &CommandName, dom::Element *SpecificElement);
+    Q_INVOKABLE void ForceElementChange(dom::Element *Element);
 
     // Undo
     Q_INVOKABLE void StartUndoBlock(bool Merge, bool PrivateBlock);

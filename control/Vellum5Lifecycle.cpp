@@ -39,9 +39,9 @@ QString setting(const char *name)
 Vellum5::Parts::Parts(Vellum5 &control)
     : host(control), splitMain(new Splitter(Qt::Horizontal, &control)), conEditors(new Container(&control)),
       splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)), txtHTMLSource(new CodeMax(conEditors)),
-      strip(new FlatStrip(&control)), text(state, host, *ed, *txtHTMLSource),
+      strip(new FlatStrip(&control)), regions(host), text(state, host, *ed, *txtHTMLSource),
       views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
-      events(state, host, *ed), changes(state, host, *ed, *txtHTMLSource, events),
+      events(state, host, *ed, regions), changes(state, host, *ed, *txtHTMLSource, events),
       commands(host, state.mSpecificElement)
 {
 }
@@ -115,8 +115,12 @@ void Vellum5::wireChildren()
     connect(p.ed, &HTMLEditor::commandStateChange, this,
             [&p](int command, bool enable) { p.events.ed_CommandStateChange(command, enable); });
     connect(p.ed, &HTMLEditor::cellSelectionChanged, this, &Vellum5::CellSelectionChanged);
-    connect(p.ed, &HTMLEditor::undoRequested, this, &Vellum5::Undo);
-    connect(p.ed, &HTMLEditor::redoRequested, this, &Vellum5::Redo);
+    connect(p.ed, &HTMLEditor::undoRequested, this, [this] {
+        if (!Locked()) Undo();
+    });
+    connect(p.ed, &HTMLEditor::redoRequested, this, [this] {
+        if (!Locked()) Redo();
+    });
     connect(p.txtHTMLSource, &CodeMax::Change, this, [&p] {
         EditScope scope;
         p.events.txtHTMLSource_Change();

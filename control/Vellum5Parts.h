@@ -8,6 +8,7 @@
 #include "control/SurfaceEvents.h"
 #include "control/Vellum5.h"
 #include "control/Views.h"
+#include "core/EditableRegions.h"
 #include "core/Host.h"
 #include "platform/CodeMax.h"
 #include "support/Debug.h"
@@ -44,6 +45,7 @@ public:
         Q_EMIT mControl.ElementEvent(EventId, EventInfo, CancelDefault);
     }
     QWidget *window() const override { return &mControl; }
+    void dumpModuleVariables(support::VariableDump &dump) const override { mControl.state().dumpModuleVariables(dump); }
 
     HostContainer *container = nullptr;
 
@@ -69,6 +71,7 @@ struct Vellum5::Parts {
     std::unique_ptr<QObject> eventProxy;
     QPointer<QObject> externalObject;
     // Concerns
+    EditableRegions regions;
     DocumentText text;
     Views views;
     SurfaceEvents events;

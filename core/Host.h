@@ -8,6 +8,10 @@
 class ChangeManager;
 class QWidget;
 
+namespace support {
+class VariableDump;
+}
+
 /// What a concern asks of the control, and nothing more: no concern includes the control. `Vellum5` implements it.
 class Host
 {
@@ -41,4 +45,7 @@ public:
 
     /// Parent of message boxes and dialogs.
     virtual QWidget *window() const = 0;
+
+    /// The control's fields, for the report of a failure in one of its procedures.
+    virtual void dumpModuleVariables(support::VariableDump &dump) const = 0;
 };

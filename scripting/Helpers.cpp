@@ -10,7 +10,6 @@
 namespace scripting {
 
 using platform::Arguments;
-using platform::CallResult;
 using platform::Value;
 
 namespace {
@@ -130,6 +129,26 @@ void addElementHelpers(QHash<QString, Helper> &table)
     add("GetHrefFromElement", [](In &, const Arguments &a) { return Value(modMain::GetHrefFromElement(element(a, 0))); });
 }
 
+void addRegionHelpers(QHash<QString, Helper> &table)
+{
+    const auto add = [&table](const char *name, auto function) {
+        table.insert(QString::fromLatin1(name).toLower(), [function](Interpreter &in, const Arguments &a) {
+            return function(in.control().parts().regions, element(a, 0));
+        });
+    };
+    using Regions = EditableRegions;
+    add("GetEditWrapperElement", [](Regions &r, dom::Element *e) { return elementValue(r.GetEditWrapperElement(e)); });
+    add("IsEditableSpan", [](Regions &r, dom::Element *e) { return Value(r.IsEditableSpan(e)); });
+    add("GetEditableSpan", [](Regions &r, dom::Element *e) { return elementValue(r.GetEditableSpan(e)); });
+    add("IsElementInEditableSpan", [](Regions &r, dom::Element *e) { return Value(r.IsElementInEditableSpan(e)); });
+    add("IsWidgetElement", [](Regions &r, dom::Element *e) { return Value(r.IsWidgetElement(e)); });
+    add("IsWidgetPropertyElement", [](Regions &r, dom::Element *e) { return Value(r.IsWidgetPropertyElement(e)); });
+    add("ContainsWidgetElement", [](Regions &r, dom::Element *e) { return Value(r.ContainsWidgetElement(e)); });
+    add("IsInWidget", [](Regions &r, dom::Element *e) { return Value(r.IsInWidget(e)); });
+    add("GetWidgetElement", [](Regions &r, dom::Element *e) { return elementValue(r.GetWidgetElement(e)); });
+    add("GetParentAnchor", [](Regions &r, dom::Element *e) { return elementValue(r.GetParentAnchor(e)); });
+}
+
 void addControlHelpers(QHash<QString, Helper> &table)
 {
     const auto add = [&table](const char *name, Helper helper) { table.insert(QString::fromLatin1(name).toLower(), helper); };
@@ -201,20 +220,35 @@ void addControlHelpers(QHash<QString, Helper> &table)
     });
 }
 
+HelperResult getEditableSpans(Interpreter &in, const Arguments &a)
+{
+    platform::Collection spans;
+    in.control().parts().regions.GetEditableSpans(element(a, 0), spans);
+    HelperResult result;
+    result.fillsCollection = true;
+    for (const QVariant &span : spans) {
+        dom::Element *const e = span.value<base::Ref<dom::Element>>().get();
+        result.references.emplace_back(e->idAttribute(), elementValue(e));
+    }
+    return result;
+}
+
 } // namespace
 
-CallResult callHelper(Interpreter &in, const QString &name, const Arguments &arguments)
+HelperResult callHelper(Interpreter &in, const QString &name, const Arguments &arguments)
 {
     static const auto table = [] {
         QHash<QString, Helper> table;
         addTextHelpers(table);
         addElementHelpers(table);
+        addRegionHelpers(table);
         addControlHelpers(table);
         return table;
     }();
+    if (name.compare(QLatin1String("GetEditableSpans"), Qt::CaseInsensitive) == 0) return getEditableSpans(in, arguments);
     const auto found = table.constFind(name.toLower());
     if (found == table.constEnd()) notAvailable();
-    return {(*found)(in, arguments), {}};
+    return {{(*found)(in, arguments), {}}};
 }
 
 } // namespace scripting

@@ -66,8 +66,8 @@ void redo(Interpreter &in, Words &words)
 void helper(Interpreter &in, Words &words)
 {
     const QString name = words.word("a name");
-    const platform::CallResult result = callHelper(in, name, in.readValues(words));
-    in.print(result.value.toJson());
+    const HelperResult result = callHelper(in, name, in.readValues(words));
+    if (!result.fillsCollection) in.print(result.value.toJson());
     for (const auto &[key, value] : result.references) in.print(key + u'=' + value.toJson());
 }
 

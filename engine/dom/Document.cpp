@@ -244,6 +244,18 @@ const std::vector<Element *> &ElementCollection::cached() const
     // A detached tree changes without the document's version, so nothing is kept for it.
     if (mRoot->isConnected() && mCacheVersion == document.structureVersion()) return mCache;
     mCache.clear();
+    if (mKind == Kind::All && mTag && mRoot->isConnected()) {
+        // The descendants of that name stand side by side in the document's index.
+        const auto &named = document.elementsNamed(mTag);
+        const uint32_t before = mRoot->elementsBefore(), behind = before + mRoot->elementCount();
+        const auto from = std::partition_point(named.begin(), named.end(),
+                                               [before](const Element *e) { return e->elementsBefore() <= before; });
+        const auto to = std::partition_point(from, named.end(),
+                                             [behind](const Element *e) { return e->elementsBefore() < behind; });
+        mCache.assign(from, to);
+        mCacheVersion = document.structureVersion();
+        return mCache;
+    }
     const auto take = [this](Node *node) {
         Element *element = node->asElement();
         if (element && (!mTag || element->name() == mTag)) mCache.push_back(element);

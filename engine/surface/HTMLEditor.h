@@ -59,6 +59,9 @@ public:
 
     dom::EditMode editMode() const { return mEditMode; }
     void setEditMode(dom::EditMode mode);
+    /// Takes no input that would edit; what is written through the document goes through.
+    bool isReadOnly() const { return mReadOnly; }
+    void setReadOnly(bool readOnly) { mReadOnly = readOnly; }
     bool showDetails() const { return mShowDetails; }
     void setShowDetails(bool show);
     bool showBorders() const { return mShowBorders; }
@@ -145,6 +148,7 @@ private:
     dom::EditMode mEditMode = dom::EditMode::Edit;
     bool mShowDetails = false;
     bool mShowBorders = true;
+    bool mReadOnly = false;
     bool mAutoSelectEditableSpans = false;
     bool mFocusAtLoadEnd = false;
     QHash<int, bool> mOptions;

@@ -79,7 +79,7 @@ bool View::keyPressed(const QKeyEvent &event)
 bool View::editByKey(const QKeyEvent &event)
 {
     editing::Editor &editor = mLoaded->editor();
-    if (!editor.canEdit()) return false;
+    if (!editor.canEdit() || mWidget.isReadOnly()) return false;
     const bool ctrl = event.modifiers() & Qt::ControlModifier;
     const auto unit = ctrl ? editing::Unit::Word : editing::Unit::Character;
     switch (event.key()) {
@@ -271,7 +271,7 @@ void View::focus(dom::Element &element)
 
 void View::inputMethod(const QInputMethodEvent &event)
 {
-    if (event.commitString().isEmpty() || !mLoaded->editor().canEdit()) return;
+    if (event.commitString().isEmpty() || !mLoaded->editor().canEdit() || mWidget.isReadOnly()) return;
     mLoaded->editor().insertText(event.commitString());
     edited();
 }

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/EditableRegions.h"
+
+#include "core/Host.h"
+#include "core/modMain.h"
+#include "support/FailureTrap.h"
+
+using modMain::GetElementClassName;
+using modMain::IsElementEditable;
+using support::Parameters;
+using support::trap;
+
+namespace {
+
+constexpr char module[] = "Vellum5";
+constexpr char contentWidget[] = "BrimContentWidget";
+constexpr char widgetProperty[] = "WidgetProperty";
+constexpr char misspelled[] = "lxMisspelled";
+
+using Element = base::Ref<IHTMLElement>;
+
+bool hasTag(const IHTMLElement *e, const char *tag)
+{
+    return e->tagName() == QLatin1String(tag);
+}
+
+/// The first of `e` and its ancestors for which `matches` holds; BODY isn't asked, and what stands above it isn't
+/// either.
+template <class Predicate> IHTMLElement *nearestBelowBody(IHTMLElement *e, Predicate &&matches)
+{
+    for (IHTMLElement *at = e; at && !hasTag(at, "BODY"); at = at->parentElement())
+        if (matches(at)) return at;
+    return nullptr;
+}
+
+bool isContentWidget(const IHTMLElement *e)
+{
+    return (hasTag(e, "DIV") || hasTag(e, "SPAN")) && e->className() == QLatin1String(contentWidget);
+}
+
+bool isMisspellingMarker(const IHTMLElement *e)
+{
+    return e->className() == QLatin1String(misspelled);
+}
+
+} // namespace
+
+IHTMLElement *EditableRegions::GetEditWrapperElement(IHTMLElement *e) const
+{
+    return trap(module, "GetEditWrapperElement", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        return nearestBelowBody(e, [](IHTMLElement *at) {
+            const QString name = at->className();
+            return name.contains(QLatin1String("qsedit"), Qt::CaseInsensitive) ||
+                   name.contains(QLatin1String("lxedit"), Qt::CaseInsensitive);
+        });
+    });
+}
+
+// Spans
+
+bool EditableRegions::IsEditableSpan(IHTMLElement *e) const
+{
+    return trap(module, "IsEditableSpan", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        return e && hasTag(e, "SPAN") && IsElementEditable(e);
+    });
+}
+
+IHTMLElement *EditableRegions::GetEditableSpan(IHTMLElement *e) const
+{
+    return trap(module, "GetEditableSpan", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        return nearestBelowBody(e, [](IHTMLElement *at) {
+            return hasTag(at, "SPAN") && !at->idAttribute().isEmpty() &&
+                   at->className() != QLatin1String(widgetProperty) && !isMisspellingMarker(at) && IsElementEditable(at);
+        });
+    });
+}
+
+bool EditableRegions::IsElementInEditableSpan(IHTMLElement *e) const
+{
+    return trap(module, "IsElementInEditableSpan", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        return nearestBelowBody(e, [this](IHTMLElement *at) { return IsEditableSpan(at); }) != nullptr;
+    });
+}
+
+void EditableRegions::GetEditableSpans(IHTMLElement *e, platform::Collection &Spans) const
+{
+    trap(module, "GetEditableSpans", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        if (!e) return;
+        const auto add = [&Spans](IHTMLElement *span) {
+            if (isMisspellingMarker(span) || !IsElementEditable(span)) return;
+            Spans.Add(QVariant::fromValue(Element(span)), span->idAttribute());
+        };
+        if (hasTag(e, "SPAN")) add(e);
+        const auto spans = e->all()->tags(QStringLiteral("span"));
+        for (uint32_t i = 0; i < spans->length(); ++i) add(spans->item(i));
+    });
+}
+
+// Widgets
+
+bool EditableRegions::IsWidgetElement(IHTMLElement *e) const
+{
+    return trap(module, "IsWidgetElement", &mHost,
+                [&] { return GetElementClassName(e) == QLatin1String(contentWidget); });
+}
+
+bool EditableRegions::IsWidgetPropertyElement(IHTMLElement *e) const
+{
+    return trap(module, "IsWidgetPropertyElement", &mHost,
+                [&] { return GetElementClassName(e) == QLatin1String(widgetProperty); });
+}
+
+bool EditableRegions::ContainsWidgetElement(IHTMLElement *e) const
+{
+    return trap(module, "ContainsWidgetElement", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        if (!e) return false;
+        const auto all = e->all();
+        for (uint32_t i = 0; i < all->length(); ++i) {
+            IHTMLElement *at = all->item(i);
+            if (IsWidgetPropertyElement(at) || IsWidgetElement(at)) return true;
+        }
+        return false;
+    });
+}
+
+bool EditableRegions::IsInWidget(IHTMLElement *e) const
+{
+    return trap(module, "IsInWidget", &mHost, [&] { return GetWidgetElement(e) != nullptr; });
+}
+
+IHTMLElement *EditableRegions::GetWidgetElement(IHTMLElement *e) const
+{
+    return trap(module, "GetWidgetElement", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        return nearestBelowBody(e, [](IHTMLElement *at) { return isContentWidget(at); });
+    });
+}
+
+IHTMLElement *EditableRegions::GetParentAnchor(IHTMLElement *e) const
+{
+    return trap(module, "GetParentAnchor", &mHost, [&] {
+        const Element element(e);
+        Parameters parameters("e", element);
+        return nearestBelowBody(e, [](IHTMLElement *at) { return hasTag(at, "A"); });
+    });
+}
