@@ -34,6 +34,7 @@ void View::documentGone()
     mLoaded = nullptr;
     mHovered = nullptr;
     mPressedAnchor = nullptr;
+    mComposition.clear();
     mSelecting = false;
     mGoalX = -1;
 }
@@ -191,9 +192,20 @@ void View::paint(const QPaintEvent &event)
     options.clip = QRectF(toDocument(event.rect().topLeft()), QSizeF(event.rect().size()) / mZoom);
     options.showBorders = mWidget.showBorders() && mWidget.editMode() == dom::EditMode::Edit;
     addHighlights(*mLoaded, mWidget.palette(), mWidget.hasFocus(), options);
-    if (mCaretOn && showsCaret()) options.caret = caretBox();
+    const bool composing = !mComposition.isEmpty() && showsCaret();
+    if (mCaretOn && showsCaret() && !composing) options.caret = caretBox();
     painter.scale(mZoom, mZoom);
     paint::Painter(mLoaded->tree(), options).paint(painter);
+    if (!composing) return;
+    layComposition();
+    painter.translate(-options.scroll);
+    mComposition.paint(painter);
+}
+
+void View::layComposition()
+{
+    dom::Element *const element = caretElement();
+    if (element) mComposition.lay(mLoaded->styles().engine().styleFor(*element), caretBox());
 }
 
 // The caret
@@ -212,7 +224,11 @@ QRectF View::caretBox()
 QRect View::caretRect()
 {
     if (!showsCaret()) return {};
-    const QRectF box = toClient(caretBox());
+    QRectF box = toClient(caretBox());
+    if (!mComposition.isEmpty()) {
+        layComposition();
+        if (const QRectF cursor = mComposition.cursorRect(); !cursor.isNull()) box = toClient(cursor);
+    }
     return QRect(int(std::floor(box.x())), int(std::floor(box.y())), std::max(1, int(box.width())),
                  int(std::lround(box.height())));
 }
@@ -236,8 +252,9 @@ void View::timerEvent(QTimerEvent *event)
         mWidget.viewport()->update(toClient(caretBox()).toAlignedRect().adjusted(-2, -2, 2, 2));
 }
 
-void View::focusChanged(bool)
+void View::focusChanged(bool focused)
 {
+    if (!focused) mComposition.clear();
     showCaret();
 }
 

@@ -4,6 +4,7 @@
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
 #include "engine/ranges/Position.h"
+#include "engine/surface/Composition.h"
 
 #include <QBasicTimer>
 #include <QElapsedTimer>
@@ -11,7 +12,6 @@
 #include <QRect>
 #include <QVariant>
 
-class QInputMethodEvent;
 class QKeyEvent;
 class QMouseEvent;
 class QPaintEvent;
@@ -116,6 +116,7 @@ private:
     void ensureVisible(const QRectF &document);
     void showCaret();
     QRectF caretBox();
+    void layComposition();
     bool showsCaret() const;
     ranges::Position positionAt(QPointF document, bool *inside = nullptr);
     void moveTo(const ranges::Position &position, Extend extend);
@@ -132,6 +133,7 @@ private:
     base::Ref<dom::Element> mHovered;
     base::Ref<dom::EventObject> mCurrentEvent;
     base::Ref<dom::Element> mPressedAnchor;
+    Composition mComposition;
     double mZoom = 1;
     double mGoalX = -1; ///< where Up and Down aim; negative: at the caret
     bool mSelecting = false;

@@ -8,6 +8,8 @@
 #include "engine/surface/View.h"
 
 #include <QApplication>
+#include <QGuiApplication>
+#include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QScrollBar>
@@ -271,9 +273,14 @@ void View::focus(dom::Element &element)
 
 void View::inputMethod(const QInputMethodEvent &event)
 {
-    if (event.commitString().isEmpty() || !mLoaded->editor().canEdit() || mWidget.isReadOnly()) return;
-    mLoaded->editor().insertText(event.commitString());
-    edited();
+    if (!mLoaded->editor().canEdit() || mWidget.isReadOnly()) return;
+    mComposition.take(event);
+    if (!event.commitString().isEmpty()) {
+        mLoaded->editor().insertText(event.commitString());
+        edited();
+    }
+    showCaret();
+    QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle);
 }
 
 QVariant View::inputMethodQuery(Qt::InputMethodQuery query)
