@@ -187,15 +187,22 @@ void pressAt(Interpreter &in, const Pointer &pointer, QEvent::Type type = QEvent
     send(in, type, pointer, pointer.button);
 }
 
+/// All of a click but the last release.
+void pressClicks(Interpreter &in, const Pointer &pointer)
+{
+    in.host().surface().view().forgetClicks();
+    for (int i = 0; i < pointer.clicks; ++i) {
+        if (i > 0) send(in, QEvent::MouseButtonRelease, pointer, Qt::NoButton);
+        // The second press of a pair comes as a double click, as the window system sends it.
+        pressAt(in, pointer, i == 1 ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress);
+    }
+}
+
 void click(Interpreter &in, Words &words)
 {
     const Pointer pointer = readPointer(in, words);
-    in.host().surface().view().forgetClicks();
-    for (int i = 0; i < pointer.clicks; ++i) {
-        // The second press of a pair comes as a double click, as the window system sends it.
-        pressAt(in, pointer, i == 1 ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress);
-        send(in, QEvent::MouseButtonRelease, pointer, Qt::NoButton);
-    }
+    pressClicks(in, pointer);
+    send(in, QEvent::MouseButtonRelease, pointer, Qt::NoButton);
     if (pointer.button == Qt::RightButton) {
         QWidget &widget = client(in);
         QContextMenuEvent event(QContextMenuEvent::Mouse, pointer.at, widget.mapToGlobal(pointer.at), pointer.modifiers);
@@ -205,10 +212,9 @@ void click(Interpreter &in, Words &words)
 
 void press(Interpreter &in, Words &words)
 {
-    in.heldPointer = readPointer(in, words).button;
-    words.moveTo(0);
-    words.word("press");
-    pressAt(in, readPointer(in, words));
+    const Pointer pointer = readPointer(in, words);
+    in.heldPointer = pointer.button;
+    pressClicks(in, pointer);
 }
 
 void move(Interpreter &in, Words &words)

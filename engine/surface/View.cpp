@@ -25,7 +25,7 @@ constexpr double smallestZoom = 0.25;
 constexpr double largestZoom = 5;
 } // namespace
 
-View::View(HTMLEditor &widget) : mWidget(widget) {}
+View::View(HTMLEditor &widget) : mWidget(widget), mDrag(pageForDrag()) {}
 
 View::~View() = default;
 
@@ -35,7 +35,7 @@ void View::documentGone()
     mHovered = nullptr;
     mPressedAnchor = nullptr;
     mComposition.clear();
-    mSelecting = false;
+    mDrag.end();
     mGoalX = -1;
 }
 

@@ -5,6 +5,7 @@
 #include "engine/dom/EventObject.h"
 #include "engine/ranges/Position.h"
 #include "engine/surface/Composition.h"
+#include "engine/surface/DragSelect.h"
 
 #include <QBasicTimer>
 #include <QElapsedTimer>
@@ -123,8 +124,9 @@ private:
     bool moveByKey(const QKeyEvent &event);
     bool editByKey(const QKeyEvent &event);
     ranges::Position lineMove(const ranges::Position &from, int lines);
-    void selectWord(const ranges::Position &at);
-    void selectBlock(const ranges::Position &at);
+    DragSelect::Page pageForDrag();
+    ranges::Span spanAt(const ranges::Position &at, DragSelect::Unit unit);
+    void selectUnit(DragSelect::Unit unit, const ranges::Position &at);
     void updateCursor(QPoint client);
     dom::Element *anchorOf(dom::Element *element) const;
 
@@ -136,7 +138,7 @@ private:
     Composition mComposition;
     double mZoom = 1;
     double mGoalX = -1; ///< where Up and Down aim; negative: at the caret
-    bool mSelecting = false;
+    DragSelect mDrag;
     int mClicks = 0;
     QPoint mLastClick;
     QElapsedTimer mClickTimer;

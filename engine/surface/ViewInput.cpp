@@ -194,9 +194,9 @@ void View::mousePressed(const QMouseEvent &event)
     mLastClick = at;
     const Position position = positionAt(toDocument(event.position()));
     if (!position) return;
-    if (mClicks == 3) return selectBlock(position);
+    if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     moveTo(position, event.modifiers() & Qt::ShiftModifier ? Extend::Yes : Extend::No);
-    mSelecting = true;
+    mDrag.begin(mLoaded->selection().anchor());
 }
 
 void View::mouseDoubleClicked(const QMouseEvent &event)
@@ -205,30 +205,44 @@ void View::mouseDoubleClicked(const QMouseEvent &event)
     mClicks = 2;
     mClickTimer.start();
     mLastClick = event.position().toPoint();
-    if (const Position position = positionAt(toDocument(event.position()))) selectWord(position);
+    if (const Position position = positionAt(toDocument(event.position()))) selectUnit(DragSelect::Unit::Word, position);
 }
 
-void View::selectWord(const Position &at)
+ranges::Span View::spanAt(const Position &at, DragSelect::Unit unit)
 {
+    if (!at || unit == DragSelect::Unit::Character) return {at, at};
     const Content content = Movement::contentFor(at, mLoaded->editor().rendering());
-    const ranges::Span word = Movement(content).wordAt(at);
-    if (word.start) mLoaded->selection().set(word.start, word.end);
+    return unit == DragSelect::Unit::Word ? Movement(content).wordAt(at) : Movement(content).blockAt(at);
 }
 
-void View::selectBlock(const Position &at)
+void View::selectUnit(DragSelect::Unit unit, const Position &at)
 {
-    const Content content = Movement::contentFor(at, mLoaded->editor().rendering());
-    const ranges::Span block = Movement(content).blockAt(at);
-    if (block.start) mLoaded->selection().set(block.start, block.end);
+    const ranges::Span span = spanAt(at, unit);
+    if (!span.start) return;
+    mLoaded->selection().set(span.start, span.end);
+    mDrag.begin(unit, span);
+}
+
+DragSelect::Page View::pageForDrag()
+{
+    return {[this](QPointF client, DragSelect::Unit unit) { return spanAt(positionAt(toDocument(client)), unit); },
+            [this](const Position &anchor, const Position &focus) {
+                ranges::SelectionObject &selection = mLoaded->selection();
+                if (!(selection.anchor() == anchor) || !(selection.focus() == focus)) selection.set(anchor, focus);
+            },
+            [this] { return mWidget.viewport()->rect(); },
+            [this](int dx, int dy) {
+                QScrollBar &across = *mWidget.horizontalScrollBar(), &down = *mWidget.verticalScrollBar();
+                const QPoint before(across.value(), down.value());
+                across.setValue(before.x() + dx);
+                down.setValue(before.y() + dy);
+                return QPoint(across.value(), down.value()) != before;
+            }};
 }
 
 void View::mouseMoved(const QMouseEvent &event)
 {
-    if (mSelecting && event.buttons() & Qt::LeftButton) {
-        if (const Position position = positionAt(toDocument(event.position())))
-            if (!(position == mLoaded->selection().focus())) moveTo(position, Extend::Yes);
-        return;
-    }
+    if (mDrag.isActive() && event.buttons() & Qt::LeftButton) return mDrag.moveTo(event.position());
     updateCursor(event.position().toPoint());
 }
 
@@ -246,8 +260,8 @@ void View::updateCursor(QPoint client)
 
 void View::mouseReleased(const QMouseEvent &event, bool goesOn)
 {
-    const bool clicked = mSelecting && mLoaded->selection().isCaret();
-    mSelecting = false;
+    const bool clicked = mDrag.isActive() && mLoaded->selection().isCaret();
+    mDrag.end();
     const base::Ref<dom::Element> anchor = std::exchange(mPressedAnchor, nullptr);
     if (!goesOn || event.button() != Qt::LeftButton || !clicked || !anchor) return;
     if (mWidget.editMode() == dom::EditMode::Browse && anchorOf(elementAt(event.position().toPoint())) == anchor.get())
