@@ -6,9 +6,11 @@
 
 void Commands::InternalRunCommand(const QString &CommandName, IHTMLElement *SpecificElement)
 {
-    support::trap("Vellum5", "InternalRunCommand", nullptr, [&] {
-        base::Ref<IHTMLElement> element(SpecificElement);
-        support::Parameters parameters("CommandName", CommandName, "SpecificElement", element);
+    const auto parameters =
+        support::given(&mHost, "CommandName", CommandName, "SpecificElement", SpecificElement);
+    support::trap("Vellum5", "InternalRunCommand", parameters, [&] {
+        // A host's handler may remove the element.
+        const base::Ref<IHTMLElement> element(SpecificElement);
         bool Ignore = false;
         mHost.raiseCommandClick(CommandName, Ignore);
         if (Ignore) return;

@@ -10,7 +10,9 @@
 #include "support/FailureTrap.h"
 #include "undo/ChangeManager.h"
 
-using support::Parameters;
+#include <QPointer>
+
+using support::given;
 using support::trap;
 
 namespace {
@@ -56,8 +58,7 @@ void Changes::KillChangeManager()
 
 void Changes::StartUndoBlock(bool Merge, bool PrivateBlock)
 {
-    trap(module, "StartUndoBlock", &mState, [&] {
-        Parameters parameters("Merge", Merge, "PrivateBlock", PrivateBlock);
+    trap(module, "StartUndoBlock", given(&mState, "Merge", Merge, "PrivateBlock", PrivateBlock), [&] {
         if (!mState.mChangeManager) return;
         // What waits happened before the block and isn't part of it.
         changes::Waiting::tell();
@@ -68,11 +69,11 @@ void Changes::StartUndoBlock(bool Merge, bool PrivateBlock)
 
 void Changes::EndUndoBlock(bool Deferred)
 {
-    trap(module, "EndUndoBlock", &mState, [&] {
-        Parameters parameters("Deferred", Deferred);
-        if (!mState.mChangeManager) return;
-        if (!Deferred) mState.mChangeManager->Flush();
-        mState.mChangeManager->EndUndoBlock(Deferred);
+    trap(module, "EndUndoBlock", given(&mState, "Deferred", Deferred), [&] {
+        // Who is told by the flush may load another document, and the block went with the old one.
+        const QPointer<ChangeManager> manager(mState.mChangeManager.get());
+        if (manager && !Deferred) manager->Flush();
+        if (manager) manager->EndUndoBlock(Deferred);
     });
 }
 
@@ -97,18 +98,14 @@ void Changes::Undo()
             txtHTMLSource.ExecuteCmd(sourceUndo);
         } else {
             changes::Waiting::tell();
-            if (mState.mChangeManager) {
-                mState.mChangeManager->Undo();
-                mState.mChangeManager->Flush();
-            } else {
+            const QPointer<ChangeManager> manager(mState.mChangeManager.get());
+            if (!manager)
                 ed.undo();
-            }
-            // An undo can bring back the highlight of a cell selection.
-            if (IHTMLDocument2 *document = mHost.mDoc())
-                for (IHTMLElement *cell : document->elementsNamed("td"))
-                    if (cell->rareDataIfAny() && cell->rareDataIfAny()->runtimeStyle)
-                        cell->runtimeStyle()->setCssText(QString());
+            else
+                manager->Undo();
+            if (manager) manager->Flush();
         }
+        clearCellHighlights();
         mEvents.ed_CommandStateChange(-1, true);
         mEvents.RaiseChangeEvent(true);
     });
@@ -121,15 +118,24 @@ void Changes::Redo()
             txtHTMLSource.ExecuteCmd(sourceRedo);
         } else {
             changes::Waiting::tell();
-            if (mState.mChangeManager) {
-                mState.mChangeManager->Redo();
-                mState.mChangeManager->Flush();
-            } else {
+            const QPointer<ChangeManager> manager(mState.mChangeManager.get());
+            if (!manager)
                 ed.redo();
-            }
+            else
+                manager->Redo();
+            if (manager) manager->Flush();
         }
         mEvents.ed_CommandStateChange(-1, true);
     });
+}
+
+/// The highlight of a cell selection is held in the cells' runtime style, and an undo can bring it back.
+void Changes::clearCellHighlights()
+{
+    IHTMLDocument2 *document = mHost.mDoc();
+    if (!document) return;
+    for (IHTMLElement *cell : document->elementsNamed("td"))
+        if (cell->rareDataIfAny() && cell->rareDataIfAny()->runtimeStyle) cell->runtimeStyle()->setCssText(QString());
 }
 
 bool Changes::UndoEnabled() const

@@ -25,6 +25,8 @@ public:
     bool RedoEnabled() const;
 
 private:
+    void clearCellHighlights();
+
     ControlState &mState;
     Host &mHost;
     HTMLEditor &ed;

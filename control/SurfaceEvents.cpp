@@ -5,18 +5,20 @@
 #include "core/Host.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
+#include "platform/CodeMax.h"
 #include "platform/MessageBox.h"
 #include "support/FailureTrap.h"
 
-using support::Parameters;
+using support::given;
 using support::trap;
 
 namespace {
 constexpr char module[] = "Vellum5";
 }
 
-SurfaceEvents::SurfaceEvents(ControlState &state, Host &host, HTMLEditor &surface, const EditableRegions &regions)
-    : mState(state), mHost(host), ed(surface), mRegions(regions)
+SurfaceEvents::SurfaceEvents(ControlState &state, Host &host, HTMLEditor &surface, CodeMax &source,
+                             const EditableRegions &regions)
+    : mState(state), mHost(host), ed(surface), txtHTMLSource(source), mRegions(regions)
 {
     connect(&timChange, &base::Timer::timeout, this, [this] {
         changes::EditScope scope;
@@ -49,9 +51,8 @@ void SurfaceEvents::mChangeManager_Changed()
 
 void SurfaceEvents::mChangeManager_ElementChanged(IHTMLElement *Element)
 {
-    trap(module, "mChangeManager_ElementChanged", &mState, [&] {
-        base::Ref<IHTMLElement> element(Element);
-        Parameters parameters("Element", element);
+    trap(module, "mChangeManager_ElementChanged", given(&mState, "Element", Element), [&] {
+        const base::Ref<IHTMLElement> held(Element);
         if (!Element) return;
         if (mRegions.IsElementInEditableSpan(Element))
             mHost.raiseEditableSpanChanged(mRegions.GetEditableSpan(Element));
@@ -73,7 +74,7 @@ void SurfaceEvents::raiseSpansWithin(IHTMLElement *Element)
 
 void SurfaceEvents::ForceElementChange(IHTMLElement *Element)
 {
-    trap(module, "ForceElementChange", &mState, [&] {
+    trap(module, "ForceElementChange", given(&mState, "Element", Element), [&] {
         mChangeManager_ElementChanged(Element);
         mChangeManager_Changed();
     });
@@ -109,6 +110,7 @@ void SurfaceEvents::txtHTMLSource_ShowProps()
         MessageBox::show(MessageBox::Icon::Information, QStringLiteral("Not available"),
                          QStringLiteral("Properties not available for this window."), {MessageBox::Button::Ok},
                          mHost.window());
+        txtHTMLSource.ClearErrorState();
     });
 }
 
@@ -143,8 +145,7 @@ void SurfaceEvents::DocChanged()
 
 void SurfaceEvents::RaiseChangeEvent(bool Force)
 {
-    trap(module, "RaiseChangeEvent", &mState, [&] {
-        Parameters parameters("Force", Force);
+    trap(module, "RaiseChangeEvent", given(&mState, "Force", Force), [&] {
         if (mHost.UndoEnabled() || Force) mHost.raiseChange();
     });
 }
@@ -159,8 +160,9 @@ bool SurfaceEvents::IsIdle() const
 
 void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault)
 {
-    trap(module, "ed_ElementEvent", &mState, [&] {
-        Parameters parameters("EventId", EventId, "CancelDefault", CancelDefault);
+    const auto parameters =
+        given(&mState, "EventId", EventId, "EventInfo", EventInfo, "CancelDefault", CancelDefault);
+    trap(module, "ed_ElementEvent", parameters, [&] {
         if (!EventInfo->srcElement || !mState.mVisible || mState.mCurrentEditView == EditViewEnum::hvPreview) return;
         if (EventId == elementevents::mouseDown) mState.mMouseIsDown = true;
         if (EventId == elementevents::mouseUp) mState.mMouseIsDown = false;
@@ -170,9 +172,8 @@ void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bo
 
 void SurfaceEvents::ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel)
 {
-    trap(module, "ed_BeforeNavigate", &mState, [&] {
-        const QString &URL = navigation.url;
-        Parameters parameters("URL", URL, "Cancel", Cancel);
+    const QString &URL = navigation.url;
+    trap(module, "ed_BeforeNavigate", given(&mState, "URL", URL, "Cancel", Cancel), [&] {
         if (navigation.targetFrameName == QLatin1String("ic_modal_Frame")) {
             mState.mRespondToDocumentComplete = false;
         } else if (mState.mAllowNavigate) {
@@ -193,10 +194,9 @@ void SurfaceEvents::ed_NavigateComplete()
     trap(module, "ed_NavigateComplete", &mState, [&] { mState.mAllowNavigate = false; });
 }
 
-void SurfaceEvents::ed_CommandStateChange(int Command, bool)
+void SurfaceEvents::ed_CommandStateChange(int Command, bool Enable)
 {
-    trap(module, "ed_CommandStateChange", &mState, [&] {
-        Parameters parameters("Command", Command);
+    trap(module, "ed_CommandStateChange", given(&mState, "Command", Command, "Enable", Enable), [&] {
         if (Command != -1 || mState.MouseIsDown || mState.Busy) return;
         mState.Busy = true;
         if (mHost.IsUserMode() && !mState.mLoadingEd) mHost.RefreshTools();

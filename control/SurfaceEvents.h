@@ -4,6 +4,7 @@
 #include "base/Clock.h"
 #include "control/ControlState.h"
 
+class CodeMax;
 class EditableRegions;
 class Host;
 
@@ -12,7 +13,8 @@ class SurfaceEvents : public QObject
 {
     Q_OBJECT
 public:
-    SurfaceEvents(ControlState &state, Host &host, HTMLEditor &ed, const EditableRegions &regions);
+    SurfaceEvents(ControlState &state, Host &host, HTMLEditor &ed, CodeMax &txtHTMLSource,
+                  const EditableRegions &regions);
 
     std::function<void()> ShutDownBeforeReload;
 
@@ -43,5 +45,6 @@ private:
     ControlState &mState;
     Host &mHost;
     HTMLEditor &ed;
+    CodeMax &txtHTMLSource;
     const EditableRegions &mRegions;
 };

@@ -41,7 +41,7 @@ Vellum5::Parts::Parts(Vellum5 &control)
       splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)), txtHTMLSource(new CodeMax(conEditors)),
       strip(new FlatStrip(&control)), regions(host), text(state, host, *ed, *txtHTMLSource),
       views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
-      events(state, host, *ed, regions), changes(state, host, *ed, *txtHTMLSource, events),
+      events(state, host, *ed, *txtHTMLSource, regions), changes(state, host, *ed, *txtHTMLSource, events),
       commands(host, state.mSpecificElement)
 {
 }

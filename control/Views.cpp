@@ -11,7 +11,7 @@
 #include "widgets/Splitter.h"
 
 using support::attempt;
-using support::Parameters;
+using support::given;
 using support::trap;
 
 namespace {
@@ -39,9 +39,8 @@ EditViewEnum Views::EditView() const
 
 void Views::setEditView(EditViewEnum View)
 {
-    trap(module, "EditView", &mState, [&] {
+    trap(module, "EditView", given(&mState, "EditView", View), [&] {
         const int N = int(View);
-        Parameters parameters("EditView", N);
         if (mSelectingTab || View == mState.mCurrentEditView) return;
         if (N < 0 || N > 2)
             throw base::Error(base::errors::invalidValue, QStringLiteral("There is no view %1.").arg(N));
@@ -60,21 +59,20 @@ void Views::setEditView(EditViewEnum View)
 
 void Views::FlatStrip_Change(int NewTab)
 {
-    trap(module, "FlatStrip_Change", &mState, [&] {
+    trap(module, "FlatStrip_Change", given(&mState, "NewTab", NewTab), [&] {
         if (NewTab >= 1) setEditView(EditViewEnum(NewTab - 1));
     });
 }
 
 void Views::UpdateCurrentView(bool PostContent)
 {
-    UpdateView(mState.mCurrentEditView, PostContent);
+    trap(module, "UpdateCurrentView", given(&mState, "PostContent", PostContent),
+         [&] { UpdateView(mState.mCurrentEditView, PostContent); });
 }
 
 void Views::UpdateView(EditViewEnum View, bool PostContent)
 {
-    trap(module, "UpdateView", &mState, [&] {
-        const int number = int(View);
-        Parameters parameters("View", number, "PostContent", PostContent);
+    trap(module, "UpdateView", given(&mState, "View", View, "PostContent", PostContent), [&] {
         if (View == EditViewEnum::hvSourceEdit)
             showSource();
         else
@@ -149,7 +147,7 @@ void Views::conEditors_Resize(int Width, int Height)
 
 void Views::setShowFlatStrip(bool Show)
 {
-    trap(module, "ShowFlatStrip", &mState, [&] {
+    trap(module, "ShowFlatStrip", given(&mState, "ShowFlatStrip", Show), [&] {
         mState.mShowFlatStrip = Show;
         c.strip.setVisible(Show);
         UserControl_Resize();
@@ -159,7 +157,7 @@ void Views::setShowFlatStrip(bool Show)
 
 void Views::setShowPreviewButton(bool Show)
 {
-    trap(module, "ShowPreviewButton", &mState, [&] {
+    trap(module, "ShowPreviewButton", given(&mState, "ShowPreviewButton", Show), [&] {
         if (mState.mShowPreviewButton == Show) return;
         mState.mShowPreviewButton = Show;
         c.strip.setTabVisible(tabKeys[2], Show);
@@ -169,7 +167,7 @@ void Views::setShowPreviewButton(bool Show)
 
 void Views::setShowPageMap(bool Show)
 {
-    trap(module, "ShowPageMap", &mState, [&] {
+    trap(module, "ShowPageMap", given(&mState, "ShowPageMap", Show), [&] {
         if (mState.mShowPageMap == Show) return;
         mState.mShowPageMap = Show;
         mHost.setCommandChecked(QStringLiteral("ViewPageMap"), Show);
@@ -179,7 +177,7 @@ void Views::setShowPageMap(bool Show)
 
 void Views::setShowTagBar(bool Show)
 {
-    trap(module, "ShowTagBar", &mState, [&] {
+    trap(module, "ShowTagBar", given(&mState, "ShowTagBar", Show), [&] {
         if (mState.mShowTagBar == Show) return;
         mState.mShowTagBar = Show;
         mHost.setCommandChecked(QStringLiteral("ViewPageElementBar"), Show);
@@ -189,7 +187,7 @@ void Views::setShowTagBar(bool Show)
 
 void Views::setShowPropertySheet(bool Show)
 {
-    trap(module, "ShowPropertySheet", &mState, [&] {
+    trap(module, "ShowPropertySheet", given(&mState, "ShowPropertySheet", Show), [&] {
         const QString command = QStringLiteral("ViewShowAttributes");
         mHost.setCommandVisible(command, Show);
         const bool open = Show && modMain::GetAppValue(QStringLiteral("HTMLAttributesClosed"), QStringLiteral("True"))
@@ -202,7 +200,7 @@ void Views::setShowPropertySheet(bool Show)
 
 void Views::setShowDetails(bool Show)
 {
-    trap(module, "ShowDetails", &mState, [&] {
+    trap(module, "ShowDetails", given(&mState, "ShowDetails", Show), [&] {
         mState.mShowDetails = Show;
         c.ed.setShowDetails(Show);
         mHost.tellPropertyChanged("ShowDetails");

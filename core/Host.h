@@ -7,6 +7,9 @@
 
 class ChangeManager;
 class QWidget;
+namespace support {
+class VariableDump;
+}
 
 namespace support {
 class VariableDump;
@@ -43,6 +46,8 @@ public:
     virtual void raiseEditableSpanChanged(IHTMLElement *Span) = 0;
     virtual void raiseElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault) = 0;
 
+    /// The control's fields, for the report of a concern that fails on the control's behalf.
+    virtual void dumpModuleVariables(support::VariableDump &dump) const = 0;
     /// Parent of message boxes and dialogs.
     virtual QWidget *window() const = 0;
 

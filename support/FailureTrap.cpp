@@ -75,14 +75,18 @@ void TrapFrame::forgetDumps()
 
 QString TrapFrame::makeDump()
 {
-    VariableDump members(VariableRole::Member);
-    QString moduleText;
+    VariableDump members(VariableRole::Member), parameters(VariableRole::Parameter);
     try {
-        if (mDumpMembers) mDumpMembers(mObject, members);
+        if (mVariables.dumpMembers) mVariables.dumpMembers(mVariables.object, members);
     } catch (...) {
         // What was dumped before the failure stands.
     }
-    return wholeDump(mDumps ? mDumps->locals : QString(), members.text(), mDumps ? mDumps->parameters : QString());
+    for (std::size_t i = 0; i < mVariables.parameterCount; ++i) {
+        const detail::NamedVariable &parameter = mVariables.parameters[i];
+        parameter.dump(parameters, parameter.name, parameter.value);
+    }
+    return wholeDump(mDumps ? mDumps->locals : QString(), members.text(),
+                     mDumps ? parameters.text() + mDumps->parameters : parameters.text());
 }
 
 std::optional<int> TrapFrame::lineOfCall(const base::StackPlaces &stack) const

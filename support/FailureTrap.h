@@ -15,8 +15,7 @@
 ///
 ///     void Vellum5::SetChangeKey(const QString &ChangeKey)
 ///     {
-///         trap("Vellum5", "SetChangeKey", this, [&] {
-///             Parameters parameters("ChangeKey", ChangeKey);
+///         trap("Vellum5", "SetChangeKey", given(this, "ChangeKey", ChangeKey), [&] {
 ///             mChangeKey = ChangeKey;
 ///         });
 ///     }
@@ -30,9 +29,11 @@
 ///     }
 ///
 /// The third argument tells where the module's variables are: an object with `void dumpModuleVariables(VariableDump &)
-/// const`, a function `void (VariableDump &)` for a module of functions, or nullptr. `Locals` and `Parameters` are
-/// declared behind the variables that they name: while the stack unwinds they still see them, and write their dump
-/// then. On the way where nothing fails a trap is a handful of stores, a guard one store a variable.
+/// const`, a function `void (VariableDump &)` for a module of functions, or nullptr; `given` adds the procedure's
+/// parameters to it, so that a report shows them also where the procedure failed before its first statement. `Locals`
+/// is declared behind the variables that it names (and `Parameters`, for a parameter that the body has to prepare
+/// first): while the stack unwinds they still see them, and write their dump then. On the way where nothing fails a
+/// trap is a handful of stores, a guard one store a variable.
 ///
 /// The line reported is that of the statement in the procedure that failed. Where a function that it called threw, the
 /// calls that led to the error tell it, as long as the program carries its line table; without one, the last line that
@@ -41,15 +42,93 @@ namespace support {
 
 using ModuleDump = void (*)(VariableDump &);
 
+namespace detail {
+
+/// A variable that a dump names, by its address: reading it costs only when something fails.
+struct NamedVariable
+{
+    const char *name;
+    const void *value;
+    void (*dump)(VariableDump &, const char *, const void *);
+};
+
+template <class T> NamedVariable namedVariable(const char *name, T &value)
+{
+    return {name, static_cast<const void *>(&value), [](VariableDump &dump, const char *variable, const void *address) {
+                dump.add(variable, *static_cast<const T *>(address));
+            }};
+}
+
+inline void nameVariables(NamedVariable *) {}
+template <class T, class... Rest> void nameVariables(NamedVariable *to, const char *name, T &value, Rest &&...rest)
+{
+    *to = namedVariable(name, value);
+    nameVariables(to + 1, std::forward<Rest>(rest)...);
+}
+
+template <class T> void dumpMembersOf(const void *object, VariableDump &dump)
+{
+    static_cast<const T *>(object)->dumpModuleVariables(dump);
+}
+inline void dumpModule(const void *module, VariableDump &dump)
+{
+    reinterpret_cast<ModuleDump>(reinterpret_cast<quintptr>(module))(dump);
+}
+
+/// What a report can know of a procedure before it runs.
+struct ModuleVariables
+{
+    using DumpMembers = void (*)(const void *, VariableDump &);
+
+    const void *object = nullptr;
+    DumpMembers dumpMembers = nullptr;
+    const NamedVariable *parameters = nullptr;
+    std::size_t parameterCount = 0;
+
+    ModuleVariables(std::nullptr_t) {}
+    ModuleVariables(ModuleDump function)
+        : object(reinterpret_cast<const void *>(reinterpret_cast<quintptr>(function))), dumpMembers(&dumpModule)
+    {
+    }
+    template <class T>
+    requires requires(const T &t, VariableDump &dump) { t.dumpModuleVariables(dump); }
+    ModuleVariables(const T *module) : object(module), dumpMembers(&dumpMembersOf<T>) {}
+};
+
+/// A procedure's parameters beside its module's variables.
+template <std::size_t count> struct Given
+{
+    ModuleVariables variables;
+    std::array<NamedVariable, count> parameters;
+
+    operator ModuleVariables() const
+    {
+        ModuleVariables all = variables;
+        all.parameters = parameters.data();
+        all.parameterCount = count;
+        return all;
+    }
+};
+
+} // namespace detail
+
+/// A trap's third argument where the procedure has parameters: the module's variables, then each parameter by name and
+/// variable in turn. Only variables that outlive the trap, no temporaries.
+template <class... Arguments>
+detail::Given<sizeof...(Arguments) / 2> given(detail::ModuleVariables variables, Arguments &&...parameters)
+{
+    detail::Given<sizeof...(Arguments) / 2> all{variables, {}};
+    detail::nameVariables(all.parameters.data(), std::forward<Arguments>(parameters)...);
+    return all;
+}
+
 class TrapFrame
 {
 public:
-    using DumpMembers = void (*)(const void *, VariableDump &);
-
-    TrapFrame(const char *module, const char *procedure, const void *object, DumpMembers dumpMembers, int line,
+    TrapFrame(const char *module, const char *procedure, const detail::ModuleVariables &variables, int line,
               const char *file)
-        : mModule(module), mProcedure(procedure), mObject(object), mDumpMembers(dumpMembers), mFile(file), mLine(line),
-          mLastLine(line), mPrevious(sCurrent)
+        : mModule(module), mProcedure(procedure), mVariables(variables), mFile(file), mLine(line), mLastLine(line),
+          mPrevious(sCurrent)
     {
         sCurrent = this;
         ++base::errorStacksWanted;
@@ -91,8 +170,7 @@ private:
     QString makeDump();
 
     const char *mModule, *mProcedure;
-    const void *mObject;
-    DumpMembers mDumpMembers;
+    detail::ModuleVariables mVariables;
     const char *mFile;
     int mLine;
     int mLastLine;
@@ -112,41 +190,13 @@ struct CallSite
     }
 };
 
-namespace detail {
-
-template <class T> void dumpMembersOf(const void *object, VariableDump &dump)
-{
-    static_cast<const T *>(object)->dumpModuleVariables(dump);
-}
-inline void dumpModule(const void *module, VariableDump &dump)
-{
-    reinterpret_cast<ModuleDump>(reinterpret_cast<quintptr>(module))(dump);
-}
-
-struct ModuleVariables
-{
-    const void *object = nullptr;
-    TrapFrame::DumpMembers dumpMembers = nullptr;
-
-    ModuleVariables(std::nullptr_t) {}
-    ModuleVariables(ModuleDump function)
-        : object(reinterpret_cast<const void *>(reinterpret_cast<quintptr>(function))), dumpMembers(&dumpModule)
-    {
-    }
-    template <class T>
-    requires requires(const T &t, VariableDump &dump) { t.dumpModuleVariables(dump); }
-    ModuleVariables(const T *module) : object(module), dumpMembers(&dumpMembersOf<T>) {}
-};
-
-} // namespace detail
-
 /// Runs a body that has no result, or that returns one: the type's default value when it fails.
 template <class Body>
 requires std::is_invocable_v<Body>
 auto trap(const char *module, const char *procedure, detail::ModuleVariables variables, Body &&body,
           int line = __builtin_LINE(), const char *file = __builtin_FILE()) -> std::invoke_result_t<Body>
 {
-    TrapFrame frame(module, procedure, variables.object, variables.dumpMembers, line, file);
+    TrapFrame frame(module, procedure, variables, line, file);
     try {
         base::faults::check(module, procedure, line, file);
         return body();
@@ -165,7 +215,7 @@ requires std::is_invocable_v<Body, Result &> Result trap(const char *module, con
                                                          const char *file = __builtin_FILE())
 {
     Result result{};
-    TrapFrame frame(module, procedure, variables.object, variables.dumpMembers, line, file);
+    TrapFrame frame(module, procedure, variables, line, file);
     try {
         base::faults::check(module, procedure, line, file);
         body(result);
@@ -205,13 +255,6 @@ public:
     VariableGuard &operator=(const VariableGuard &) = delete;
 
 protected:
-    struct Variable
-    {
-        const char *name;
-        const void *value;
-        void (*dump)(VariableDump &, const char *, const void *);
-    };
-
     VariableGuard() : mFrame(TrapFrame::current()), mExceptions(std::uncaught_exceptions()) {}
     ~VariableGuard()
     {
@@ -219,22 +262,14 @@ protected:
             write();
     }
 
-    template <std::size_t index> void set() {}
-    template <std::size_t index, class T, class... Rest> void set(const char *name, T &value, Rest &&...rest)
-    {
-        mVariables[index] = {name, static_cast<const void *>(&value),
-                             [](VariableDump &dump, const char *variable, const void *address) {
-                                 dump.add(variable, *static_cast<const T *>(address));
-                             }};
-        set<index + 1>(std::forward<Rest>(rest)...);
-    }
+    detail::NamedVariable *variables() { return mVariables.data(); }
 
 private:
     void write() noexcept
     {
         try {
             VariableDump dump(role);
-            for (const Variable &variable : mVariables)
+            for (const detail::NamedVariable &variable : mVariables)
                 variable.dump(dump, variable.name, variable.value);
             mFrame->addDump(role, dump.text());
         } catch (...) {
@@ -244,7 +279,7 @@ private:
 
     TrapFrame *mFrame;
     int mExceptions;
-    std::array<Variable, count> mVariables;
+    std::array<detail::NamedVariable, count> mVariables;
 };
 
 /// Names the local variables that a failure's dump shows, by name and variable in turn. Only variables, no temporaries.
@@ -253,7 +288,7 @@ template <std::size_t count> class Locals : public VariableGuard<VariableRole::L
 public:
     template <class... Arguments> explicit Locals(Arguments &&...arguments)
     {
-        this->template set<0>(std::forward<Arguments>(arguments)...);
+        detail::nameVariables(this->variables(), std::forward<Arguments>(arguments)...);
     }
 };
 template <class... Arguments> Locals(Arguments &&...) -> Locals<sizeof...(Arguments) / 2>;
@@ -264,7 +299,7 @@ template <std::size_t count> class Parameters : public VariableGuard<VariableRol
 public:
     template <class... Arguments> explicit Parameters(Arguments &&...arguments)
     {
-        this->template set<0>(std::forward<Arguments>(arguments)...);
+        detail::nameVariables(this->variables(), std::forward<Arguments>(arguments)...);
     }
 };
 template <class... Arguments> Parameters(Arguments &&...) -> Parameters<sizeof...(Arguments) / 2>;

@@ -5,7 +5,7 @@
 
 #include <QPointer>
 
-using support::Parameters;
+using support::given;
 using support::trap;
 
 namespace {
@@ -42,7 +42,7 @@ ChangeManager::~ChangeManager()
 
 void ChangeManager::Initialise(const std::shared_ptr<IChangeDocument> &Doc)
 {
-    trap(module, "Initialise", this, [&] {
+    trap(module, "Initialise", given(this, "Doc", Doc), [&] {
         Reset();
         if (!Doc) throw base::Error(base::errors::objectNotSet, QStringLiteral("There is no document to track."));
         mDoc = Doc;
@@ -96,8 +96,7 @@ void ChangeManager::unregisterDirtyRange()
 
 void ChangeManager::StartUndoBlock(bool Merge, bool PrivateBlock)
 {
-    trap(module, "StartUndoBlock", this, [&] {
-        Parameters parameters("Merge", Merge, "PrivateBlock", PrivateBlock);
+    trap(module, "StartUndoBlock", given(this, "Merge", Merge, "PrivateBlock", PrivateBlock), [&] {
         if (Merge)
             mNoIncrementOnEndBlock = true;
         else
@@ -109,8 +108,7 @@ void ChangeManager::StartUndoBlock(bool Merge, bool PrivateBlock)
 
 void ChangeManager::EndUndoBlock(bool Deferred)
 {
-    trap(module, "EndUndoBlock", this, [&] {
-        Parameters parameters("Deferred", Deferred);
+    trap(module, "EndUndoBlock", given(this, "Deferred", Deferred), [&] {
         if (Deferred)
             mDeferredEndUndoBlock = true;
         else
@@ -234,7 +232,7 @@ void ChangeManager::tellElements()
 
 void ChangeManager::ForceElementChange(dom::Element *Element)
 {
-    trap(module, "ForceElementChange", this, [&] {
+    trap(module, "ForceElementChange", given(this, "Element", Element), [&] {
         EndBlock();
         Q_EMIT ElementChanged(Element);
     });
@@ -245,7 +243,9 @@ void ChangeManager::ForceElementChange(dom::Element *Element)
 void ChangeManager::AddToStack(ChangeRecords &Stack, const base::Ref<ChangeRecord> &Record,
                                bool ChangeGroupIsIncrementing)
 {
-    trap(module, "AddToStack", this, [&] {
+    const auto parameters = given(this, "Stack", Stack, "ChangeRecord", Record, "ChangeGroupIsIncrementing",
+                                  ChangeGroupIsIncrementing);
+    trap(module, "AddToStack", parameters, [&] {
         const int count = Stack.Count();
         if (count >= stackLimit && ChangeGroupIsIncrementing) {
             const int oldest = Stack.Item(1)->ChangeGroupID();
@@ -260,19 +260,24 @@ void ChangeManager::AddToStack(ChangeRecords &Stack, const base::Ref<ChangeRecor
 
 int ChangeManager::FirstChangeGroupID(const ChangeRecords &mChangeStack) const
 {
-    if (mChangeStack.PublicCount() == 0) return 0;
-    for (int i = mChangeStack.Count(); i >= 1; --i)
-        if (const int group = mChangeStack.Item(i)->ChangeGroupID()) return group;
-    return 0;
+    return trap(module, "FirstChangeGroupID", given(this, "mChangeStack", mChangeStack), [&] {
+        if (mChangeStack.PublicCount() == 0) return 0;
+        for (int i = mChangeStack.Count(); i >= 1; --i)
+            if (const int group = mChangeStack.Item(i)->ChangeGroupID()) return group;
+        return 0;
+    });
 }
 
 /// Is the next record that isn't private, from `StartAt` down, one of the group `ID`?
 bool ChangeManager::CheckForMore(const ChangeRecords &mChangeStack, int StartAt, int ID) const
 {
-    if (mChangeStack.PublicCount() == 0) return false;
-    for (int i = StartAt; i >= 1; --i)
-        if (const int group = mChangeStack.Item(i)->ChangeGroupID()) return group == ID;
-    return false;
+    const auto parameters = given(this, "mChangeStack", mChangeStack, "StartAt", StartAt, "ID", ID);
+    return trap(module, "CheckForMore", parameters, [&] {
+        if (mChangeStack.PublicCount() == 0) return false;
+        for (int i = StartAt; i >= 1; --i)
+            if (const int group = mChangeStack.Item(i)->ChangeGroupID()) return group == ID;
+        return false;
+    });
 }
 
 void ChangeManager::Undo()
@@ -291,6 +296,8 @@ void ChangeManager::play(Direction direction)
     const bool undo = direction == Direction::Undo;
     ChangeRecords &stack = undo ? *mUndoStack : *mRedoStack;
     if (stack.Count() == 0) return;
+    // A record that can't be played is reported, and whoever answers the report may load another document.
+    const QPointer<ChangeManager> alive(this);
     const int GroupID = FirstChangeGroupID(stack);
     bool privateBelongs = false; // holds for a whole run of private records: the same one lies below all of them
     while (stack.Count() > 0) {
@@ -305,6 +312,7 @@ void ChangeManager::play(Direction direction)
         }
         ++(undo ? mPendingUndoCount : mPendingRedoCount);
         ExecChange(*record, undo);
+        if (!alive || mTerminated) return;
         if (undo) AddToStack(*mRedoStack, record, false);
         stack.Remove(stack.Count());
     }
@@ -312,8 +320,7 @@ void ChangeManager::play(Direction direction)
 
 void ChangeManager::ExecChange(const ChangeRecord &ChangeRecord, bool IsUndo)
 {
-    trap(module, "ExecChange", this, [&] {
-        Parameters parameters("IsUndo", IsUndo);
+    trap(module, "ExecChange", given(this, "ChangeRecord", ChangeRecord, "IsUndo", IsUndo), [&] {
         if (!mChangePlayback)
             throw base::Error(base::errors::objectNotSet, QStringLiteral("There is no playback of changes."));
         mChangePlayback->ExecChange(ChangeRecord.ChangeData(), IsUndo ? 0 : 1);

@@ -67,6 +67,15 @@ public:
             throw base::Error(380, QStringLiteral("Invalid property value"));
         });
     }
+    void Given(const QString &Text, dom::Element *Element, int &Count)
+    {
+        trap("Subject", "Given", given(this, "Text", Text, "Element", Element, "Count", Count), [&] {
+            Count = 9;
+            int further = 1;
+            Parameters parameters("further", further);
+            throw base::Error(13, QStringLiteral("Type mismatch"));
+        });
+    }
     QString HalfWay()
     {
         return trap<QString>("Subject", "HalfWay", this, [&](QString &Result) {
@@ -358,6 +367,22 @@ private Q_SLOTS:
         QCOMPARE(mReports[1].description, "Not possible");
         QVERIFY(mReports[1].line > 0);
         QCOMPARE(base::faults::armedCount(), 0);
+    }
+
+    void givenParametersAreShownFromTheEntryOn()
+    {
+        Subject subject;
+        int count = 2;
+        base::faults::arm("Subject", "Given", 600, "Not possible");
+        subject.Given("t", nullptr, count);
+        QVERIFY(mReports.at(0).dump.contains("<ModuleVariables>\r\n<mCount>3</mCount>\r\n"));
+        QVERIFY(mReports[0].dump.endsWith("<Parameters>\r\n<Text>t</Text>\r\n"
+                                          "<Element>{Can't dump UDT parameters}</Element>\r\n"
+                                          "<Count>2</Count>\r\n</Parameters>"));
+        // As they stood at the moment of failure, with those that the body names behind them.
+        subject.Given("t", nullptr, count);
+        QVERIFY(mReports.at(1).dump.endsWith("<Count>9</Count>\r\n<further>1</further>\r\n</Parameters>"));
+        QCOMPARE(mReports[1].number, 13);
     }
 
     void aFailureInsideTheReportIsSwallowed()
