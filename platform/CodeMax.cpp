@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/CodeMax.h"
 
+#include "base/Clock.h"
 #include "base/Error.h"
 #include "platform/CodeMaxAccessible.h"
 #include "platform/HotKeys.h"
@@ -437,10 +438,28 @@ void CodeMax::keyPressEvent(QKeyEvent *event)
         !text.isEmpty() && text[0].isSurrogate() && !(modifiers & ~Qt::ShiftModifier)) {
         // Scintilla takes no key whose text begins with a surrogate: an emoji would be lost.
         event->accept();
+        noteTyping(false);
         ReplaceSel(text);
         return;
     }
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool deletes = event->key() == Qt::Key_Backspace || event->key() == Qt::Key_Delete;
+    if (isEnter || deletes || (!event->text().isEmpty() && event->text()[0].isPrint())) noteTyping(isEnter);
     edit([&] { QsciScintilla::keyPressEvent(event); });
+}
+
+/// Scintilla takes all that is typed without moving the caret for one undo step, be it an afternoon's work. A pause ends
+/// a step, and a line break is one by itself, as in the visual view.
+void CodeMax::noteTyping(bool isEnter)
+{
+    constexpr qint64 pauseMs = 3000;
+    const qint64 now = base::Clock::instance().nowMs();
+    if (isEnter || mTypedEnter || now - mTypedMs > pauseMs) {
+        send(SCI_BEGINUNDOACTION);
+        send(SCI_ENDUNDOACTION);
+    }
+    mTypedEnter = isEnter;
+    mTypedMs = now;
 }
 
 void CodeMax::keyReleaseEvent(QKeyEvent *event)
@@ -461,6 +480,7 @@ void CodeMax::inputMethodEvent(QInputMethodEvent *event)
     QInputMethodEvent clean(cleaned(event->preeditString()), event->attributes());
     clean.setCommitString(cleaned(event->commitString()), event->replacementStart(), event->replacementLength());
     clean.setAccepted(event->isAccepted());
+    if (!clean.commitString().isEmpty()) noteTyping(false);
     edit([&] { QsciScintilla::inputMethodEvent(&clean); });
     event->setAccepted(clean.isAccepted());
 }

@@ -36,6 +36,8 @@ struct CodeMaxRange
 ///
 /// Signals are raised when an edit is over, never in the middle of it: an event or call that changes the text, however
 /// often, raises `Change` once, and `SelChange` behind it if the selection moved.
+///
+/// Typing is one undo step until the caret moves, a line break is typed, or a pause of more than three seconds.
 class CodeMax : public QsciScintilla
 {
     Q_OBJECT
@@ -162,6 +164,7 @@ private:
     void noteChange(int position, int type, const char *text, int length);
     void tell();
     void tellLater();
+    void noteTyping(bool isEnter);
     long send(unsigned int message, unsigned long wParam = 0, long lParam = 0) const;
     QString textOf(long start, long end) const;
     long byteOf(int offset) const;
@@ -199,6 +202,8 @@ private:
     bool mTellPending = false;
     bool mSilent = false;
     std::pair<long, long> mToldSelection{0, 0};
+    qint64 mTypedMs = 0; // when a key last typed something
+    bool mTypedEnter = false;
 };
 
 template <class Edit> void CodeMax::edit(Edit edit)

@@ -300,6 +300,8 @@ template <class T> DumpValue dumpValue(const T &value)
         return DumpValue::array(1, {{0, int(std::extent_v<T>) - 1}}, std::move(elements));
     } else if (isEngineType(typeid(T)))
         return DumpValue::external(shortTypeName(typeid(T)), false);
+    else if constexpr (std::is_base_of_v<base::RefCounted, T> || std::is_base_of_v<QObject, T>)
+        return DumpValue::object(shortTypeName(typeid(T)));
     else
         return DumpValue::record(shortTypeName(typeid(T)));
 }

@@ -37,6 +37,9 @@ public:
     int Count() const { return 2; }
     QString Item(int index) const { return index == 1 ? "first" : "second"; }
 };
+class Counted : public base::RefCounted
+{
+};
 enum Colour { Red = 3 };
 
 DumpValue numbers(int dimensions, const std::vector<DumpValue::Bounds> &bounds, int count)
@@ -89,6 +92,8 @@ private Q_SLOTS:
         row("empty reference", dumpValue(base::Ref<base::RefCounted>()), "{Nothing}");
         QObject object;
         row("object", dumpValue(&object), "{QObject}");
+        row("object by reference", dumpValue(object), "{QObject}");
+        row("counted object by reference", dumpValue(Counted()), "{Counted}");
         const QMimeData data;
         row("mime data", dumpValue(&data), "{DataObject}");
         row("type with a dump of its own", dumpValue(Own()), "7");
