@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/Clock.h"
+#include "base/Fault.h"
 #include "engine/changes/EditScope.h"
 #include "platform/EngineChangeLog.h"
+#include "support/FailureReport.h"
 #include "undo/ChangeManager.h"
 #include "undo/ScriptedChangeLog.h"
 
@@ -163,6 +165,77 @@ private Q_SLOTS:
         QVERIFY(!manager);
         edit([&] { element("a")->setInnerHTML(QStringLiteral("y")); }); // nobody listens
         QVERIFY(body().contains(QLatin1String("y")));
+    }
+    void theDocumentMayGoWhileItTells_data()
+    {
+        QTest::addColumn<QString>("what");
+        for (const char *what : {"surface", "surface and manager", "another load", "own log", "other's log", "all"})
+            QTest::newRow(what) << QString::fromLatin1(what);
+    }
+    /// Two managers read the same document; the first to be told ends what the row names.
+    void theDocumentMayGoWhileItTells()
+    {
+        QFETCH(QString, what);
+        auto second = std::make_unique<ChangeManager>();
+        second->Initialise(platform::changeDocument(*surface));
+        int told = 0;
+        const auto end = [&] {
+            if (++told > 1) return;
+            if (what == QLatin1String("another load")) surface->setDocumentText(QStringLiteral("<p id=a>new</p>"));
+            if (what == QLatin1String("own log") || what.endsWith(QLatin1String("manager"))) manager.reset();
+            if (what == QLatin1String("other's log")) second.reset();
+            if (what.startsWith(QLatin1String("surface"))) surface.reset();
+            if (what == QLatin1String("all")) {
+                surface.reset();
+                manager.reset();
+                second.reset();
+            }
+        };
+        connect(manager.get(), &ChangeManager::Changed, this, end);
+        connect(second.get(), &ChangeManager::Changed, this, [&] { ++told; });
+        edit([&] { element("a")->setInnerHTML(QStringLiteral("x")); });
+        QVERIFY(told >= 1);
+        // What is left goes on working.
+        for (ChangeManager *left : {manager.get(), second.get()}) {
+            if (!left) continue;
+            left->Flush();
+            left->Undo();
+            left->Flush();
+        }
+        if (!surface) return;
+        if (what == QLatin1String("another load")) QTRY_VERIFY(!surface->isLoading());
+        edit([&] { element("a")->setInnerHTML(QStringLiteral("y")); });
+        QVERIFY(body().contains(QLatin1String("y")));
+    }
+    void anElementsListenerMayEndTheDocument()
+    {
+        int told = 0;
+        connect(manager.get(), &ChangeManager::ElementChanged, this, [&](dom::Element *) {
+            ++told;
+            surface.reset();
+        });
+        edit([&] {
+            element("a")->setInnerHTML(QStringLiteral("x"));
+            element("b")->setInnerHTML(QStringLiteral("y"));
+        });
+        QCOMPARE(told, 2); // the second element is kept for who is told of it
+        QVERIFY(!surface);
+        QCOMPARE(manager->UndoCount(), 2);
+    }
+    void whoAnswersAReportMayEndTheManager()
+    {
+        edit([&] { element("a")->setInnerHTML(QStringLiteral("x")); });
+        edit([&] { element("b")->setInnerHTML(QStringLiteral("y")); });
+        int reports = 0;
+        const auto before = support::setFailurePresenter([&](const support::FailureReport &) {
+            ++reports;
+            manager.reset();
+        });
+        base::faults::arm(QStringLiteral("ChangeManager"), QStringLiteral("ExecChange"), 5, QStringLiteral("torn"));
+        manager->Undo();
+        support::setFailurePresenter(before);
+        QCOMPARE(reports, 1);
+        QVERIFY(!manager);
     }
     void theManagerOutlivesTheDocument()
     {
