@@ -32,12 +32,14 @@ ChangeManager::ChangeManager(QObject *parent)
     : QObject(parent), mUndoStack(std::make_unique<ChangeRecords>()), mRedoStack(std::make_unique<ChangeRecords>()),
       mLastTimeMs(neverMs)
 {
-    Reset();
+    trap(module, "Class_Initialize", this, [&] { Reset(); });
 }
 
 ChangeManager::~ChangeManager()
 {
-    if (!mTerminated) Terminate();
+    trap(module, "Class_Terminate", this, [&] {
+        if (!mTerminated) Terminate();
+    });
 }
 
 void ChangeManager::Initialise(const std::shared_ptr<IChangeDocument> &Doc)
