@@ -438,8 +438,7 @@ bool Vellum5::Locked() const
 void Vellum5::setLocked(bool Locked)
 {
     EditScope scope;
-    trap(module, "Locked", &mParts->state, [&] {
-        Parameters parameters("Locked", Locked);
+    trap(module, "Locked", given(&mParts->state, "Locked", Locked), [&] {
         mParts->state.mLocked = Locked;
         mParts->ed->setReadOnly(Locked);
         mParts->txtHTMLSource->setReadOnly(Locked);

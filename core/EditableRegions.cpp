@@ -7,7 +7,7 @@
 
 using modMain::GetElementClassName;
 using modMain::IsElementEditable;
-using support::Parameters;
+using support::given;
 using support::trap;
 
 namespace {
@@ -47,9 +47,8 @@ bool isMisspellingMarker(const IHTMLElement *e)
 
 IHTMLElement *EditableRegions::GetEditWrapperElement(IHTMLElement *e) const
 {
-    return trap(module, "GetEditWrapperElement", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    return trap(module, "GetEditWrapperElement", given(&mHost, "e", e), [&] {
+        const Element held(e);
         return nearestBelowBody(e, [](IHTMLElement *at) {
             const QString name = at->className();
             return name.contains(QLatin1String("qsedit"), Qt::CaseInsensitive) ||
@@ -62,18 +61,16 @@ IHTMLElement *EditableRegions::GetEditWrapperElement(IHTMLElement *e) const
 
 bool EditableRegions::IsEditableSpan(IHTMLElement *e) const
 {
-    return trap(module, "IsEditableSpan", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    return trap(module, "IsEditableSpan", given(&mHost, "e", e), [&] {
+        const Element held(e);
         return e && hasTag(e, "SPAN") && IsElementEditable(e);
     });
 }
 
 IHTMLElement *EditableRegions::GetEditableSpan(IHTMLElement *e) const
 {
-    return trap(module, "GetEditableSpan", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    return trap(module, "GetEditableSpan", given(&mHost, "e", e), [&] {
+        const Element held(e);
         return nearestBelowBody(e, [](IHTMLElement *at) {
             return hasTag(at, "SPAN") && !at->idAttribute().isEmpty() &&
                    at->className() != QLatin1String(widgetProperty) && !isMisspellingMarker(at) && IsElementEditable(at);
@@ -83,18 +80,16 @@ IHTMLElement *EditableRegions::GetEditableSpan(IHTMLElement *e) const
 
 bool EditableRegions::IsElementInEditableSpan(IHTMLElement *e) const
 {
-    return trap(module, "IsElementInEditableSpan", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    return trap(module, "IsElementInEditableSpan", given(&mHost, "e", e), [&] {
+        const Element held(e);
         return nearestBelowBody(e, [this](IHTMLElement *at) { return IsEditableSpan(at); }) != nullptr;
     });
 }
 
 void EditableRegions::GetEditableSpans(IHTMLElement *e, platform::Collection &Spans) const
 {
-    trap(module, "GetEditableSpans", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    trap(module, "GetEditableSpans", given(&mHost, "e", e), [&] {
+        const Element held(e);
         if (!e) return;
         const auto add = [&Spans](IHTMLElement *span) {
             if (isMisspellingMarker(span) || !IsElementEditable(span)) return;
@@ -110,21 +105,20 @@ void EditableRegions::GetEditableSpans(IHTMLElement *e, platform::Collection &Sp
 
 bool EditableRegions::IsWidgetElement(IHTMLElement *e) const
 {
-    return trap(module, "IsWidgetElement", &mHost,
+    return trap(module, "IsWidgetElement", given(&mHost, "e", e),
                 [&] { return GetElementClassName(e) == QLatin1String(contentWidget); });
 }
 
 bool EditableRegions::IsWidgetPropertyElement(IHTMLElement *e) const
 {
-    return trap(module, "IsWidgetPropertyElement", &mHost,
+    return trap(module, "IsWidgetPropertyElement", given(&mHost, "e", e),
                 [&] { return GetElementClassName(e) == QLatin1String(widgetProperty); });
 }
 
 bool EditableRegions::ContainsWidgetElement(IHTMLElement *e) const
 {
-    return trap(module, "ContainsWidgetElement", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    return trap(module, "ContainsWidgetElement", given(&mHost, "e", e), [&] {
+        const Element held(e);
         if (!e) return false;
         const auto all = e->all();
         for (uint32_t i = 0; i < all->length(); ++i) {
@@ -137,23 +131,21 @@ bool EditableRegions::ContainsWidgetElement(IHTMLElement *e) const
 
 bool EditableRegions::IsInWidget(IHTMLElement *e) const
 {
-    return trap(module, "IsInWidget", &mHost, [&] { return GetWidgetElement(e) != nullptr; });
+    return trap(module, "IsInWidget", given(&mHost, "e", e), [&] { return GetWidgetElement(e) != nullptr; });
 }
 
 IHTMLElement *EditableRegions::GetWidgetElement(IHTMLElement *e) const
 {
-    return trap(module, "GetWidgetElement", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    return trap(module, "GetWidgetElement", given(&mHost, "e", e), [&] {
+        const Element held(e);
         return nearestBelowBody(e, [](IHTMLElement *at) { return isContentWidget(at); });
     });
 }
 
 IHTMLElement *EditableRegions::GetParentAnchor(IHTMLElement *e) const
 {
-    return trap(module, "GetParentAnchor", &mHost, [&] {
-        const Element element(e);
-        Parameters parameters("e", element);
+    return trap(module, "GetParentAnchor", given(&mHost, "e", e), [&] {
+        const Element held(e);
         return nearestBelowBody(e, [](IHTMLElement *at) { return hasTag(at, "A"); });
     });
 }
