@@ -2,6 +2,14 @@
 #include "commands/VirtualCommandManager.h"
 
 #include "base/Error.h"
+#include "support/InstanceCounts.h"
+
+VirtualCommandManager::VirtualCommandManager()
+    : mCounter(std::make_unique<support::InstanceCounter>(support::Component::VirtualCommandManager))
+{
+}
+
+VirtualCommandManager::~VirtualCommandManager() = default;
 
 VirtualCommandManager::Command &VirtualCommandManager::slot(const QString &Name)
 {

@@ -7,6 +7,11 @@
 #include <QObject>
 #include <QString>
 #include <array>
+#include <memory>
+
+namespace support {
+class InstanceCounter;
+}
 
 /// Per command name the flags enabled, checked and visible, plus font name, size and style: what a host's toolbar binds
 /// to. A name gets its slot at its first use, with all flags False; there is room for 101 names.
@@ -18,6 +23,9 @@ class VELLUMKIT_EXPORT VirtualCommandManager : public QObject
     Q_PROPERTY(int FontSize READ FontSize WRITE setFontSize)
     Q_PROPERTY(bool Dirty READ Dirty WRITE setDirty)
 public:
+    VirtualCommandManager();
+    ~VirtualCommandManager() override;
+
     QString Style() const { return mStyle; }
     void setStyle(const QString &Style);
     int FontSize() const { return mFontSize; }
@@ -53,4 +61,5 @@ private:
     int mFontSize = 0;
     QString mStyle;
     bool mDirty = false;
+    std::unique_ptr<support::InstanceCounter> mCounter;
 };

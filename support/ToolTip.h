@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "support/InstanceCounts.h"
 
 #include <QPoint>
 #include <QPointer>
@@ -45,6 +46,7 @@ private:
     QPoint mPosition;
     base::Timer mDelay, mVisible;
     bool mShown = false;
+    InstanceCounter mCounter{Component::ToolTip};
 };
 
 } // namespace support

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "commands/VirtualCommandManager.h"
 #include "support/Debug.h"
 #include "support/FailureTrap.h"
 #include "support/InstanceCounts.h"
 #include "support/LineTable.h"
 #include "support/SettingsStore.h"
+#include "support/ToolTip.h"
+#include "undo/ChangeManager.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -515,6 +518,30 @@ private Q_SLOTS:
         QCOMPARE(memoryName, "#TraceWardInstanceCounting#");
         QCOMPARE(memorySize, 10000);
         QVERIFY(supportVariables().twdSkipInstanceCount[std::size_t(Component::PageMap)]);
+    }
+
+    void classesCountThemselves()
+    {
+        auto tool = std::make_shared<Tool>();
+        twdClient::setConnection(tool);
+        QHash<long, int> counts;
+        twdClient::setMemoryFactory([&](const QString &, int) { return std::make_unique<Memory>(counts); });
+        const auto live = [&](Component component) {
+            return counts.value(supportVariables().twdComponentID[std::size_t(component)]);
+        };
+        {
+            const ToolTip tip;
+            const VirtualCommandManager states, others;
+            const ChangeManager manager; // with a list for each of its two stacks
+            const auto record = base::make<ChangeRecord>();
+            QCOMPARE(live(Component::ToolTip), 1);
+            QCOMPARE(live(Component::VirtualCommandManager), 2);
+            QCOMPARE(live(Component::ChangeManager), 1);
+            QCOMPARE(live(Component::ChangeRecords), 2);
+            QCOMPARE(live(Component::ChangeRecord), 1);
+        }
+        for (const int count : std::as_const(counts)) QCOMPARE(count, 0);
+        QVERIFY(tool->sent.contains("502 VirtualCommandManager,1,5"));
     }
 
     void aCommandLineIsTakenApart()
