@@ -2,6 +2,7 @@
 #include "control/ControlState.h"
 
 #include "commands/VirtualCommandManager.h"
+#include "control/Theme.h"
 #include "undo/ChangeManager.h"
 
 ControlState::ControlState() : mStylesheets(std::make_shared<platform::Collection>()) {}

@@ -11,6 +11,7 @@
 #include <memory>
 
 class ChangeManager;
+class Theme;
 class VirtualCommandManager;
 
 /// Before the first view is shown.
@@ -32,7 +33,7 @@ struct ControlState {
     bool mShowPageMap = false;
     bool mShowTagBar = false;
     bool mBodyMode = false;
-    EditViewEnum mCurrentEditView = EditViewEnum::hvVisualEdit;
+    EditViewEnum mCurrentEditView = noView;
     std::shared_ptr<platform::Collection> mStylesheets; ///< always an object
     bool mShowDetails = false;
     bool mLoadingEd = false;
@@ -55,6 +56,7 @@ struct ControlState {
     bool mEnableLinkClicks = false;
     bool mShowPreviewButton = true;
     int mContextToolbarStyle = 0;
+    std::unique_ptr<Theme> mTheme; ///< Nothing after the end
     bool mThemed = false;
     int mBorderStyle = 1;
     uint mBackColor = 0xFFFFFF; ///< red in the low byte

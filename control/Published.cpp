@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "control/Published.h"
 
+#include "base/Error.h"
 #include "commands/VirtualCommandManager.h"
 #include "control/Vellum5.h"
 #include "platform/ClassFactory.h"
 #include "platform/CodeMax.h"
 #include "platform/ControlTables.h"
 #include "platform/DispatchObject.h"
+#include "platform/DispatchTable.h"
 #include "platform/Interfaces.h"
-#include "platform/SurfaceNumbers.h"
+#include "platform/Published.h"
 
 using platform::Value;
 
@@ -25,51 +27,52 @@ template <auto Get> Value getObject(QObject &object)
     return member ? platform::valueOf(static_cast<QObject *>(member)) : Value::nothing();
 }
 
+/// The collection behind a value; a copy where somebody else owns it. Null for Nothing.
+std::shared_ptr<platform::Collection> collectionIn(const Value &value)
+{
+    const platform::ObjectRef &object = value.toObject();
+    if (object.isNothing()) return nullptr;
+    auto *collection = qobject_cast<platform::Collection *>(object.qobject());
+    if (!collection) throw base::Error(base::errors::typeMismatch, QStringLiteral("Type mismatch"));
+    if (auto shared = collection->weak_from_this().lock()) return shared;
+    auto copy = std::make_shared<platform::Collection>();
+    for (const QVariant &item : *collection) copy->Add(item);
+    return copy;
+}
+
+void publishCommandManager()
+{
+    using M = VirtualCommandManager;
+    using platform::Arguments;
+    auto interface = std::make_unique<platform::Interface>(QStringLiteral("VirtualCommandManager"));
+    platform::InterfaceTable<M>(*interface)
+        .property(1, "Style", [](M &m) { return Value(m.Style()); }, [](M &m, const Value &v) { m.setStyle(v.toString()); })
+        .property(2, "FontSize", [](M &m) { return Value(m.FontSize()); },
+                  [](M &m, const Value &v) { m.setFontSize(v.toInt()); })
+        .property(3, "FontName", [](M &m) { return Value(m.FontName()); },
+                  [](M &m, const Value &v) { m.setFontName(v.toString()); })
+        .indexed(4, "CommandEnabled(Name)", [](M &m, Arguments &a) { return Value(m.CommandEnabled(a[0].toString())); },
+                 [](M &m, Arguments &a, const Value &v) { m.setCommandEnabled(a[0].toString(), v.toBoolean()); })
+        .indexed(5, "CommandChecked(Name)", [](M &m, Arguments &a) { return Value(m.CommandChecked(a[0].toString())); },
+                 [](M &m, Arguments &a, const Value &v) { m.setCommandChecked(a[0].toString(), v.toBoolean()); })
+        .indexed(6, "CommandVisible(Name)", [](M &m, Arguments &a) { return Value(m.CommandVisible(a[0].toString())); },
+                 [](M &m, Arguments &a, const Value &v) { m.setCommandVisible(a[0].toString(), v.toBoolean()); })
+        .method(7, "SetAllDisabled()",
+                [](M &m, Arguments &) {
+                    m.SetAllDisabled();
+                    return Value();
+                })
+        .property(8, "Dirty", [](M &m) { return Value(m.Dirty()); },
+                  [](M &m, const Value &v) { m.setDirty(v.toBoolean()); })
+        .missing(9, "SetCommandState");
+    platform::publish(VirtualCommandManager::staticMetaObject, std::move(interface));
+}
+
 const platform::ClassRegistration registration("VellumKit5.Vellum5", "WYSIWYG HTML editing control", [](QWidget *parent) {
     return static_cast<QObject *>(new Vellum5(parent));
 });
 
-HTMLEditor &surfaceOf(QObject &object)
-{
-    return static_cast<HTMLEditor &>(object);
-}
-
-template <auto Get, auto Set> platform::MemberBinding flag(const char *name)
-{
-    return {name, [](QObject &object) { return Value((surfaceOf(object).*Get)()); },
-            [](QObject &object, const Value &value) { (surfaceOf(object).*Set)(value.toBoolean()); }};
-}
-
-/// The surface's members by the numbers that its users know.
-void publishSurface()
-{
-    using namespace surfacenumbers;
-    static const std::vector<platform::MemberRow> rows = {
-        {memberDocument, "document", "Surface"},
-        {memberBaseURL, "BaseURL", "Surface"},
-        {memberShowDetails, "ShowDetails", "Surface"},
-        {memberShowBorders, "ShowBorders", "Surface"},
-        {memberEditMode, "EditMode", "Surface"},
-        {memberAutoSelectEditableSpans, "AutoSelectEditableSpans", "Surface"},
-        {memberHasFocus, "HasFocus", "Surface"},
-    };
-    platform::publish(
-        HTMLEditor::staticMetaObject, "HTMLEditor", rows,
-        {
-            {"document",
-             [](QObject &object) { return platform::valueOf(static_cast<dom::Node *>(surfaceOf(object).document())); }, {}},
-            {"BaseURL", [](QObject &object) { return Value(surfaceOf(object).baseUrl()); },
-             [](QObject &object, const Value &value) { surfaceOf(object).setBaseUrl(value.toString()); }},
-            flag<&HTMLEditor::showDetails, &HTMLEditor::setShowDetails>("ShowDetails"),
-            flag<&HTMLEditor::showBorders, &HTMLEditor::setShowBorders>("ShowBorders"),
-            {"EditMode", [](QObject &object) { return Value(int(surfaceOf(object).editMode())); },
-             [](QObject &object, const Value &value) {
-                 surfaceOf(object).setEditMode(dom::EditMode(std::clamp(value.toInt(), 0, 2)));
-             }},
-            flag<&HTMLEditor::autoSelectEditableSpans, &HTMLEditor::setAutoSelectEditableSpans>("AutoSelectEditableSpans"),
-            {"HasFocus", [](QObject &object) { return Value(surfaceOf(object).hasFocus()); }, {}},
-        });
-}
+const platform::Publisher publisher(&publishControl);
 
 } // namespace
 
@@ -78,16 +81,21 @@ void publishControl()
     static bool done = false;
     if (std::exchange(done, true)) return;
     platform::registerDocumentTypes();
-    publishSurface();
     platform::publish(
         Vellum5::staticMetaObject, platform::control::interfaceName, platform::control::members(),
         {
             {"DOM", [](QObject &object) { return platform::valueOf(static_cast<dom::Node *>(control(object).DOM())); }, {}},
-            {"CommandManager", &getObject<&Vellum5::CommandManager>, {}},
+            // A host may write what it has read, or its own: nothing comes of it.
+            {"CommandManager", &getObject<&Vellum5::CommandManager>,
+             [](QObject &object, const Value &) { control(object).setCommandManager(nullptr); }},
             {"SourceEditControl", &getObject<&Vellum5::SourceEditControl>, {}},
             {"VisualEditControl", &getObject<&Vellum5::VisualEditControl>, {}},
             {"StyleSheets",
              [](QObject &object) { return platform::valueOf(static_cast<QObject *>(control(object).StyleSheets().get())); },
-             {}},
+             [](QObject &object, const Value &value) { control(object).setStyleSheets(collectionIn(value)); }},
         });
+    platform::publishSurface();
+    platform::publishSourceEditor();
+    publishCommandManager();
+    platform::publishCollection();
 }

@@ -5,7 +5,6 @@
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
 #include "support/FailureTrap.h"
-#include "support/InstanceCounts.h"
 
 using changes::EditScope;
 using support::Parameters;
@@ -21,162 +20,6 @@ constexpr char module[] = "Vellum5";
 ControlState &Vellum5::state() const
 {
     return mParts->state;
-}
-
-// Shell
-
-QString Vellum5::AppName() const
-{
-    return modMain::mAppName;
-}
-
-void Vellum5::setAppName(const QString &AppName)
-{
-    EditScope scope;
-    trap(module, "AppName", &mParts->state, [&] {
-        Parameters parameters("AppName", AppName);
-        modMain::mAppName = AppName;
-        const auto setting = [](const char *name, const char *byDefault) {
-            return modMain::GetAppValue(QLatin1String(name), QLatin1String(byDefault)).toString();
-        };
-        const QString spell = setting("DynamicSpell", "0");
-        mParts->state.mDynamicSpellCheck = PropertyBag::toBoolean(spell);
-        modMain::mAutoFormatHTML = setting("AutoFormatHTML", "True") != QLatin1String("False");
-        mParts->host.setCommandChecked(QStringLiteral("ToolsAutoSpell"), mParts->state.mDynamicSpellCheck);
-        mParts->splitPageMap->setPosition(setting("PageMapWidth", "42").toInt());
-        setShowPageMap(PropertyBag::toBoolean(setting("ShowPageMap", "False")));
-        setShowTagBar(PropertyBag::toBoolean(setting("ShowTagBar", "False")));
-    });
-}
-
-bool Vellum5::Enabled() const
-{
-    return mParts->state.mEnabled;
-}
-
-void Vellum5::setEnabled(bool Enabled)
-{
-    EditScope scope;
-    trap(module, "Enabled", &mParts->state, [&] {
-        mParts->state.mEnabled = Enabled;
-        mParts->ed->setEditMode(Enabled ? dom::EditMode(mParts->state.mEditMode) : dom::EditMode::Disabled);
-        mParts->host.RefreshTools();
-        mParts->txtHTMLSource->setEnabled(Enabled);
-    });
-}
-
-uint Vellum5::BackColor() const
-{
-    return mParts->state.mBackColor;
-}
-
-void Vellum5::setBackColor(uint BackColor)
-{
-    EditScope scope;
-    trap(module, "BackColor", &mParts->state, [&] {
-        mParts->state.mBackColor = BackColor;
-        mParts->strip->setBackColor(QColor(int(BackColor & 0xff), int((BackColor >> 8) & 0xff), int((BackColor >> 16) & 0xff)));
-        tellHost("BackColor");
-    });
-}
-
-int Vellum5::BorderStyle() const
-{
-    return mParts->state.mBorderStyle;
-}
-
-void Vellum5::setBorderStyle(int BorderStyle)
-{
-    EditScope scope;
-    trap(module, "BorderStyle", &mParts->state, [&] {
-        mParts->state.mBorderStyle = BorderStyle;
-        mParts->views.UserControl_Resize();
-        update();
-        tellHost("BorderStyle");
-    });
-}
-
-int Vellum5::ContextToolbarStyle() const
-{
-    return mParts->state.mContextToolbarStyle;
-}
-
-void Vellum5::setContextToolbarStyle(int Style)
-{
-    EditScope scope;
-    mParts->state.mContextToolbarStyle = Style;
-}
-
-bool Vellum5::Terminated() const
-{
-    return mParts->state.mTerminated;
-}
-
-bool Vellum5::Terminating() const
-{
-    return mParts->state.mTerminating;
-}
-
-bool Vellum5::Loaded() const
-{
-    return mParts->state.mLoaded;
-}
-
-QObject *Vellum5::EventProxy()
-{
-    if (!mParts->eventProxy) mParts->eventProxy = std::make_unique<QObject>();
-    return mParts->eventProxy.get();
-}
-
-VirtualCommandManager *Vellum5::CommandManager() const
-{
-    return mParts->state.mCommandManager.get();
-}
-
-QObject *Vellum5::ExternalObject() const
-{
-    return mParts->ed->externalObject();
-}
-
-void Vellum5::setExternalObject(QObject *Object)
-{
-    mParts->ed->setExternalObject(Object);
-}
-
-qulonglong Vellum5::hWnd() const
-{
-    return qulonglong(winId());
-}
-
-qulonglong Vellum5::EditorhWnd() const
-{
-    const bool source = mParts->state.mCurrentEditView == EditViewEnum::hvSourceEdit;
-    return source ? qulonglong(mParts->txtHTMLSource->winId()) : qulonglong(mParts->ed->winId());
-}
-
-qulonglong Vellum5::PageMaphWnd() const
-{
-    return 0;
-}
-
-qulonglong Vellum5::PageTagBarhWnd() const
-{
-    return 0;
-}
-
-CodeMax *Vellum5::SourceEditControl() const
-{
-    return mParts->txtHTMLSource;
-}
-
-HTMLEditor *Vellum5::VisualEditControl() const
-{
-    return mParts->ed;
-}
-
-IHTMLDocument2 *Vellum5::DOM() const
-{
-    return mParts->text.mDoc();
 }
 
 // Document text
@@ -207,26 +50,30 @@ void Vellum5::setBodyText(const QString &Text)
 
 bool Vellum5::BodyMode() const
 {
-    return mParts->state.mBodyMode;
+    return trap(module, "BodyMode", &mParts->state, [&] { return mParts->state.mBodyMode; });
 }
 
 void Vellum5::setBodyMode(bool BodyMode)
 {
     EditScope scope;
-    mParts->state.mBodyMode = BodyMode;
-    tellHost("BodyMode");
+    trap(module, "BodyMode", &mParts->state, [&] {
+        mParts->state.mBodyMode = BodyMode;
+        tellHost("BodyMode");
+    });
 }
 
 QString Vellum5::BaseURL() const
 {
-    return mParts->state.mBaseURL;
+    return trap(module, "BaseURL", &mParts->state, [&] { return mParts->state.mBaseURL; });
 }
 
 void Vellum5::setBaseURL(const QString &BaseURL)
 {
     EditScope scope;
-    mParts->state.mBaseURL = BaseURL;
-    tellHost("BaseURL");
+    trap(module, "BaseURL", &mParts->state, [&] {
+        mParts->state.mBaseURL = BaseURL;
+        tellHost("BaseURL");
+    });
 }
 
 bool Vellum5::Dirty()
@@ -237,12 +84,14 @@ bool Vellum5::Dirty()
 
 std::shared_ptr<platform::Collection> Vellum5::StyleSheets() const
 {
-    return mParts->state.mStylesheets;
+    return trap(module, "StyleSheets", &mParts->state, [&] { return mParts->state.mStylesheets; });
 }
 
 void Vellum5::setStyleSheets(std::shared_ptr<platform::Collection> StyleSheets)
 {
-    if (StyleSheets) mParts->state.mStylesheets = std::move(StyleSheets);
+    trap(module, "StyleSheets", &mParts->state, [&] {
+        if (StyleSheets) mParts->state.mStylesheets = std::move(StyleSheets);
+    });
 }
 
 void Vellum5::LoadFile(const QString &Filename)
@@ -266,7 +115,7 @@ void Vellum5::Navigate(const QString &URL, int Flags, const QString &TargetFrame
 
 bool Vellum5::Loading() const
 {
-    return mParts->text.Loading();
+    return trap(module, "Loading", &mParts->state, [&] { return mParts->text.Loading(); });
 }
 
 void Vellum5::WaitUntilLoaded()
@@ -289,32 +138,32 @@ void Vellum5::SetChangeKey(const QString &ChangeKey)
 
 bool Vellum5::AutoFormatHTML() const
 {
-    return modMain::mAutoFormatHTML;
+    return trap(module, "AutoFormatHTML", &mParts->state, [&] { return modMain::mAutoFormatHTML; });
 }
 
 void Vellum5::setAutoFormatHTML(bool AutoFormat)
 {
-    modMain::mAutoFormatHTML = AutoFormat;
+    trap(module, "AutoFormatHTML", &mParts->state, [&] { modMain::mAutoFormatHTML = AutoFormat; });
 }
 
 bool Vellum5::AutoFormatRemoveBlankLines() const
 {
-    return mParts->state.mAutoFormatRemoveBlankLines;
+    return trap(module, "AutoFormatRemoveBlankLines", &mParts->state, [&] { return mParts->state.mAutoFormatRemoveBlankLines; });
 }
 
 void Vellum5::setAutoFormatRemoveBlankLines(bool Remove)
 {
-    mParts->state.mAutoFormatRemoveBlankLines = Remove;
+    trap(module, "AutoFormatRemoveBlankLines", &mParts->state, [&] { mParts->state.mAutoFormatRemoveBlankLines = Remove; });
 }
 
 int Vellum5::WrapCharacters() const
 {
-    return mParts->state.mWrapCharacters;
+    return trap(module, "WrapCharacters", &mParts->state, [&] { return mParts->state.mWrapCharacters; });
 }
 
 void Vellum5::setWrapCharacters(int Characters)
 {
-    mParts->state.mWrapCharacters = Characters;
+    trap(module, "WrapCharacters", &mParts->state, [&] { mParts->state.mWrapCharacters = Characters; });
 }
 
 QString Vellum5::FormatHTMLString(const QString &Text, bool IsBody)
@@ -326,7 +175,7 @@ QString Vellum5::FormatHTMLString(const QString &Text, bool IsBody)
 
 int Vellum5::EditView() const
 {
-    return int(mParts->views.EditView());
+    return trap(module, "EditView", &mParts->state, [&] { return int(mParts->views.EditView()); });
 }
 
 void Vellum5::setEditView(int View)
@@ -337,17 +186,17 @@ void Vellum5::setEditView(int View)
 
 bool Vellum5::DontPostWhenEditViewChanges() const
 {
-    return mParts->state.DontPostWhenEditViewChanges;
+    return trap(module, "DontPostWhenEditViewChanges", &mParts->state, [&] { return mParts->state.DontPostWhenEditViewChanges; });
 }
 
 void Vellum5::setDontPostWhenEditViewChanges(bool DontPost)
 {
-    mParts->state.DontPostWhenEditViewChanges = DontPost;
+    trap(module, "DontPostWhenEditViewChanges", &mParts->state, [&] { mParts->state.DontPostWhenEditViewChanges = DontPost; });
 }
 
 bool Vellum5::ShowFlatStrip() const
 {
-    return mParts->state.mShowFlatStrip;
+    return trap(module, "ShowFlatStrip", &mParts->state, [&] { return mParts->state.mShowFlatStrip; });
 }
 
 void Vellum5::setShowFlatStrip(bool Show)
@@ -358,7 +207,7 @@ void Vellum5::setShowFlatStrip(bool Show)
 
 bool Vellum5::ShowPreviewButton() const
 {
-    return mParts->state.mShowPreviewButton;
+    return trap(module, "ShowPreviewButton", &mParts->state, [&] { return mParts->state.mShowPreviewButton; });
 }
 
 void Vellum5::setShowPreviewButton(bool Show)
@@ -369,7 +218,7 @@ void Vellum5::setShowPreviewButton(bool Show)
 
 bool Vellum5::ShowPageMap() const
 {
-    return mParts->state.mShowPageMap;
+    return trap(module, "ShowPageMap", &mParts->state, [&] { return mParts->state.mShowPageMap; });
 }
 
 void Vellum5::setShowPageMap(bool Show)
@@ -380,7 +229,7 @@ void Vellum5::setShowPageMap(bool Show)
 
 bool Vellum5::ShowTagBar() const
 {
-    return mParts->state.mShowTagBar;
+    return trap(module, "ShowTagBar", &mParts->state, [&] { return mParts->state.mShowTagBar; });
 }
 
 void Vellum5::setShowTagBar(bool Show)
@@ -391,7 +240,7 @@ void Vellum5::setShowTagBar(bool Show)
 
 bool Vellum5::ShowPropertySheet() const
 {
-    return mParts->state.mShowPropertySheet;
+    return trap(module, "ShowPropertySheet", &mParts->state, [&] { return mParts->state.mShowPropertySheet; });
 }
 
 void Vellum5::setShowPropertySheet(bool Show)
@@ -402,7 +251,7 @@ void Vellum5::setShowPropertySheet(bool Show)
 
 bool Vellum5::ShowDetails() const
 {
-    return mParts->state.mShowDetails;
+    return trap(module, "ShowDetails", &mParts->state, [&] { return mParts->state.mShowDetails; });
 }
 
 void Vellum5::setShowDetails(bool Show)
@@ -415,7 +264,7 @@ void Vellum5::setShowDetails(bool Show)
 
 int Vellum5::EditMode() const
 {
-    return mParts->state.mEditMode;
+    return trap(module, "EditMode", &mParts->state, [&] { return mParts->state.mEditMode; });
 }
 
 void Vellum5::setEditMode(int Mode)
@@ -432,7 +281,7 @@ void Vellum5::setEditMode(int Mode)
 
 bool Vellum5::Locked() const
 {
-    return mParts->state.mLocked;
+    return trap(module, "Locked", &mParts->state, [&] { return mParts->state.mLocked; });
 }
 
 void Vellum5::setLocked(bool Locked)
@@ -447,35 +296,39 @@ void Vellum5::setLocked(bool Locked)
 
 bool Vellum5::AutoSelectEditableSpans() const
 {
-    return mParts->ed->autoSelectEditableSpans();
+    return trap(module, "AutoSelectEditableSpans", &mParts->state, [&] { return mParts->ed->autoSelectEditableSpans(); });
 }
 
 void Vellum5::setAutoSelectEditableSpans(bool AutoSelect)
 {
     EditScope scope;
-    mParts->ed->setAutoSelectEditableSpans(AutoSelect);
-    tellHost("AutoSelectEditableSpans");
+    trap(module, "AutoSelectEditableSpans", &mParts->state, [&] {
+        mParts->ed->setAutoSelectEditableSpans(AutoSelect);
+        tellHost("AutoSelectEditableSpans");
+    });
 }
 
 bool Vellum5::EnableLinkClicks() const
 {
-    return mParts->state.mEnableLinkClicks;
+    return trap(module, "EnableLinkClicks", &mParts->state, [&] { return mParts->state.mEnableLinkClicks; });
 }
 
 void Vellum5::setEnableLinkClicks(bool Enable)
 {
-    mParts->state.mEnableLinkClicks = Enable;
-    tellHost("EnableLinkClicks");
+    trap(module, "EnableLinkClicks", &mParts->state, [&] {
+        mParts->state.mEnableLinkClicks = Enable;
+        tellHost("EnableLinkClicks");
+    });
 }
 
 int Vellum5::ChangeDelay() const
 {
-    return mParts->state.ChangeDelay;
+    return trap(module, "ChangeDelay", &mParts->state, [&] { return mParts->state.ChangeDelay; });
 }
 
 void Vellum5::setChangeDelay(int Milliseconds)
 {
-    mParts->state.ChangeDelay = Milliseconds;
+    trap(module, "ChangeDelay", &mParts->state, [&] { mParts->state.ChangeDelay = Milliseconds; });
 }
 
 void Vellum5::CommitEdit()
@@ -486,7 +339,7 @@ void Vellum5::CommitEdit()
 
 bool Vellum5::HasFocus() const
 {
-    return mParts->ed->hasFocus();
+    return trap(module, "HasFocus", &mParts->state, [&] { return mParts->ed->hasFocus(); });
 }
 
 void Vellum5::SetFocusEx()
@@ -581,4 +434,26 @@ bool Vellum5::RedoEnabled() const
 {
     EditScope scope;
     return mParts->changes.RedoEnabled();
+}
+
+// Page map
+
+bool Vellum5::PageMapDragInProgress() const
+{
+    return trap(module, "PageMapDragInProgress", &mParts->state, [&] { return mParts->state.PageMapDragInProgress; });
+}
+
+void Vellum5::setPageMapDragInProgress(bool InProgress)
+{
+    trap(module, "PageMapDragInProgress", &mParts->state, [&] { mParts->state.PageMapDragInProgress = InProgress; });
+}
+
+bool Vellum5::LockPageMapAndBarRefresh() const
+{
+    return trap(module, "LockPageMapAndBarRefresh", &mParts->state, [&] { return mParts->state.LockPageMapAndBarRefresh; });
+}
+
+void Vellum5::setLockPageMapAndBarRefresh(bool Lock)
+{
+    trap(module, "LockPageMapAndBarRefresh", &mParts->state, [&] { mParts->state.LockPageMapAndBarRefresh = Lock; });
 }

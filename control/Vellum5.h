@@ -70,6 +70,9 @@ class VELLUMKIT_EXPORT Vellum5 : public QWidget
     Q_PROPERTY(bool HasFocus READ HasFocus)
     Q_PROPERTY(bool UndoEnabled READ UndoEnabled)
     Q_PROPERTY(bool RedoEnabled READ RedoEnabled)
+    // Page map
+    Q_PROPERTY(bool PageMapDragInProgress READ PageMapDragInProgress WRITE setPageMapDragInProgress)
+    Q_PROPERTY(bool LockPageMapAndBarRefresh READ LockPageMapAndBarRefresh WRITE setLockPageMapAndBarRefresh)
 
 public:
     /// A control that never had a property bag; its properties have their initial values.
@@ -87,20 +90,29 @@ public:
     /// The word under which the settings are kept; the settings are read anew.
     void setAppName(const QString &AppName);
     bool Enabled() const;
-    /// COMPAT: hides `QWidget::setEnabled`; through a `QWidget` pointer the widget's own state follows the same way.
+    /// False takes the caret from the surface and disables the source editor; the tabs stay at hand. `isEnabled` always
+    /// answers what `Enabled` does, unless a parent is disabled, which doesn't count as `Enabled` False. Called through a
+    /// `QWidget` pointer, or as its `setDisabled`, it does the same and disables the whole widget, tabs too.
     void setEnabled(bool Enabled);
+    /// Red in the low byte, or the number of a system colour with the highest bit set. Kept in the bag, but each load
+    /// shows white.
     uint BackColor() const;
     void setBackColor(uint BackColor);
+    /// A `VellumBorderStyleEnum`.
     int BorderStyle() const;
     void setBorderStyle(int BorderStyle);
+    /// A `ContextToolBarStyleEnum`; 3 is taken too.
     int ContextToolbarStyle() const;
     void setContextToolbarStyle(int Style);
     Q_INVOKABLE void Terminate();
     bool Terminated() const;
     bool Terminating() const;
     bool Loaded() const;
+    /// Made at the first question; tells of `ToolsRefreshed`.
     QObject *EventProxy();
+    /// Nothing after `Terminate`. Writing it does nothing.
     VirtualCommandManager *CommandManager() const;
+    void setCommandManager(VirtualCommandManager *);
     QObject *ExternalObject() const;
     void setExternalObject(QObject *Object);
     qulonglong hWnd() const;
@@ -191,6 +203,12 @@ public:
     Q_INVOKABLE void RunCommandEx(const QString &CommandName, dom::Element *SpecificElement);
     Q_INVOKABLE void ForceElementChange(dom::Element *Element);
 
+    // Page map
+    bool PageMapDragInProgress() const;
+    void setPageMapDragInProgress(bool InProgress);
+    bool LockPageMapAndBarRefresh() const;
+    void setLockPageMapAndBarRefresh(bool Lock);
+
     // Undo
     Q_INVOKABLE void StartUndoBlock(bool Merge, bool PrivateBlock);
     Q_INVOKABLE void EndUndoBlock(bool Deferred);
@@ -267,9 +285,11 @@ private:
     void UserControl_Hide();
     void UserControl_Terminate();
     bool IsUserMode() const;
+    void letEnabled(bool Enabled);
     void OutputDebugString(const QString &Text) const;
     void tellHost(const char *Name);
     void wireChildren();
 
     std::unique_ptr<Parts> mParts;
+    bool mLettingEnabled = false;
 };

@@ -2,6 +2,8 @@
 #include "control/Vellum5.h"
 
 #include "control/Published.h"
+#include "control/SpellImage.h"
+#include "control/Theme.h"
 #include "control/Vellum5Parts.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
@@ -12,12 +14,7 @@
 #include "support/InstanceCounts.h"
 #include "support/WindowPositionStore.h"
 
-#include <QStyleOption>
-#include <QStylePainter>
-
 #include <QCoreApplication>
-#include <QFileInfo>
-#include <QRegularExpression>
 
 using changes::EditScope;
 using support::trap;
@@ -146,8 +143,8 @@ void Vellum5::Initialise()
     trap(module, "Initialise", &mParts->state, [&] {
         ControlState &state = mParts->state;
         if (!IsUserMode() || state.mInitialised) return;
-        // The style draws the frame; where it draws none there is nothing to be themed.
-        state.mThemed = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this) > 0;
+        state.mTheme = std::make_unique<Theme>(*this);
+        state.mThemed = state.mTheme->isActive();
         modMain::mAutoFormatHTML = true;
         state.mLoadingEd = true;
         if (modMain::mAppName.isEmpty()) modMain::mAppName = QStringLiteral("BrimVellumPad");
@@ -158,13 +155,10 @@ void Vellum5::Initialise()
         mParts->host.setCommandChecked(QStringLiteral("ToolsAutoSpell"), state.mDynamicSpellCheck);
         state.mCurrentEditView = noView;
         ++modMain::mInstanceCount;
+        mParts->isCounted = true;
         state.mStylesheets = std::make_shared<platform::Collection>();
         mParts->ed->setShowDetails(state.mShowDetails);
-        QString path = support::moduleFileName() + QStringLiteral("/waveyred.gif");
-        static const QRegularExpression developmentHost(QStringLiteral("vb.?\\.exe/waveyred\\.gif$"));
-        if (developmentHost.match(path.toLower()).hasMatch())
-            path = QCoreApplication::applicationDirPath() + QStringLiteral("\\VellumKit5.ocx/waveyred.gif");
-        state.mSpellImagePath = path;
+        state.mSpellImagePath = spellImagePath(support::moduleFileName(), QCoreApplication::applicationDirPath());
         setShowPropertySheet(state.mShowPropertySheet);
         HotKeys::global().add(137, QKeySequence(Qt::CTRL | Qt::Key_A));
         HotKeys::global().removeAll(178);
@@ -212,9 +206,9 @@ void Vellum5::UserControl_ReadProperties(PropertyBag &Bag)
         state.mShowPreviewButton = flag("ShowPreviewButton", true);
         // COMPAT: the colour is kept in the bag and never read; every load shows white.
         setBackColor(white);
-        setBorderStyle(Bag.ReadProperty(QStringLiteral("BorderStyle"), 1).toInt());
+        setBorderStyle(PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("BorderStyle"), 1)));
         mParts->ed->setAutoSelectEditableSpans(flag("AutoSelectEditableSpans", false));
-        state.mEditMode = std::clamp(Bag.ReadProperty(QStringLiteral("EditMode"), 1).toInt(), 0, 2);
+        state.mEditMode = std::clamp(PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("EditMode"), 1)), 0, 2);
         mParts->ed->setEditMode(dom::EditMode(state.mEditMode));
         mParts->strip->setVisible(state.mShowFlatStrip);
         mParts->strip->setTabVisible(QStringLiteral("preview"), state.mShowPreviewButton);
@@ -274,6 +268,7 @@ void Vellum5::Terminate()
         if (state.mTerminating || state.mTerminated) return;
         state.mTerminating = true;
         mParts->text.ResetNavSound();
+        state.mTheme.reset();
         mParts->events.timChange.setEnabled(false);
         mParts->timSpellCheck.setEnabled(false);
         state.mStylesheets = std::make_shared<platform::Collection>();
@@ -296,7 +291,7 @@ void Vellum5::UserControl_Terminate()
                                              "- calling from UserControl_Terminate"));
             Terminate();
         }
-        if (mParts->state.mInitialised) --modMain::mInstanceCount;
+        if (mParts->isCounted) --modMain::mInstanceCount;
         OutputDebugString(QStringLiteral("UserControl_Terminate completed"));
     });
     // Children die before the concerns that they would call.
@@ -343,19 +338,21 @@ void Vellum5::hideEvent(QHideEvent *)
 
 void Vellum5::paintEvent(QPaintEvent *)
 {
-    if (!mParts->state.mThemed || mParts->state.mBorderStyle != 1) return;
-    QStylePainter painter(this);
-    QStyleOptionFrame option;
-    option.initFrom(this);
-    option.frameShape = QFrame::StyledPanel;
-    option.lineWidth = 1;
-    option.state |= QStyle::State_Sunken;
-    painter.drawPrimitive(QStyle::PE_Frame, option);
+    trap(module, "UserControl_Paint", &mParts->state, [&] {
+        const ControlState &state = mParts->state;
+        if (state.mThemed && state.mBorderStyle == 1 && state.mTheme) state.mTheme->paintEditBorder();
+    });
 }
 
 void Vellum5::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
+    // Called as a widget. A parent that is disabled takes its children along, but that is no word of theirs.
+    const bool enabled = !testAttribute(Qt::WA_ForceDisabled);
+    if (event->type() == QEvent::EnabledChange && !mLettingEnabled && enabled != mParts->state.mEnabled) {
+        EditScope scope;
+        letEnabled(enabled);
+    }
     if (event->type() == QEvent::StyleChange || event->type() == QEvent::LayoutDirectionChange)
         mParts->views.UserControl_Resize();
 }
@@ -408,5 +405,7 @@ void ControlHost::RefreshTools()
         state.mCommandManager->setCommandEnabled(QStringLiteral("EditUndo"), UndoEnabled() && !state.mLocked);
         state.mCommandManager->setCommandEnabled(QStringLiteral("EditRedo"), RedoEnabled() && !state.mLocked);
         Q_EMIT mControl.ToolsRefreshed();
+        // Who was told may have ended the control, and its proxy with it.
+        if (mControl.parts().eventProxy) Q_EMIT mControl.parts().eventProxy->ToolsRefreshed();
     });
 }

@@ -5,6 +5,7 @@
 #include "commands/VirtualCommandManager.h"
 #include "control/Changes.h"
 #include "control/DocumentText.h"
+#include "control/EventProxy.h"
 #include "control/SurfaceEvents.h"
 #include "control/Vellum5.h"
 #include "control/Views.h"
@@ -12,6 +13,7 @@
 #include "core/Host.h"
 #include "platform/CodeMax.h"
 #include "support/Debug.h"
+#include "support/InstanceCounts.h"
 #include "undo/ChangeManager.h"
 #include "widgets/Container.h"
 #include "widgets/FlatStrip.h"
@@ -58,6 +60,7 @@ private:
 struct Vellum5::Parts {
     explicit Parts(Vellum5 &control);
 
+    support::InstanceCounter counter{support::Component::Vellum5}; // the trace tool's, for as long as the control lives
     ControlState state;
     ControlHost host;
     support::DebugOutput debug{"Vellum5"};
@@ -69,8 +72,8 @@ struct Vellum5::Parts {
     CodeMax *txtHTMLSource;
     FlatStrip *strip;
     base::Timer timSpellCheck;
-    std::unique_ptr<QObject> eventProxy;
-    QPointer<QObject> externalObject;
+    std::unique_ptr<::EventProxy> eventProxy;
+    bool isCounted = false; ///< in `modMain::mInstanceCount`
     // Concerns
     EditableRegions regions;
     DocumentText text;

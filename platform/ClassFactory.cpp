@@ -85,7 +85,7 @@ QObject *ClassFactory::createInstance(QWidget *parent) const
     return object;
 }
 
-void ClassFactory::lockServer(bool lock)
+void ClassFactory::lockServer(bool lock) const
 {
     locks += lock ? 1 : -1;
 }

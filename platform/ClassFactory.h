@@ -16,18 +16,20 @@ class QWidget;
 /// doesn't link the library finds it; `DllGetClassObject` hands out a factory.
 namespace platform {
 
-/// Makes objects of one public class.
+/// Makes objects of one public class. What a host calls is virtual: one that has found the library by its registration
+/// and loaded it doesn't link it.
 class ClassFactory
 {
 public:
     using Creator = std::function<QObject *(QWidget *parent)>;
 
+    virtual ~ClassFactory() = default;
     /// "VellumKit5.Vellum5"
     const QString &programId() const { return mProgramId; }
     /// A new object, owned by `parent` if there is one, else by the caller. The library can't be unloaded while it lives.
-    QObject *createInstance(QWidget *parent = nullptr) const;
+    virtual QObject *createInstance(QWidget *parent = nullptr) const;
     /// Keeps the library loaded, as often as it is called with True and not yet with False.
-    static void lockServer(bool lock);
+    virtual void lockServer(bool lock) const;
 
     /// `programId` is a literal. A class registered again replaces its creator.
     static void registerClass(const char *programId, const char *description, Creator creator);

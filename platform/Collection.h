@@ -9,12 +9,13 @@
 #include <QStringList>
 #include <QVariant>
 #include <QVariantList>
+#include <memory>
 
 namespace platform {
 
 /// An ordered list of values, each with an optional key: what late-bound callers hand lists over in. Positions count
 /// from 1. Keys are found whatever their case.
-class VELLUMKIT_EXPORT Collection : public QObject
+class VELLUMKIT_EXPORT Collection : public QObject, public std::enable_shared_from_this<Collection>
 {
     Q_OBJECT
     Q_PROPERTY(int Count READ Count)

@@ -167,4 +167,21 @@ Member memberFromSignature(int id, const QString &signature, MemberKind kind)
     return member;
 }
 
+Member missingMember(int id, const char *name)
+{
+    Member member;
+    member.id = id;
+    member.name = QString::fromLatin1(name);
+    member.isMissing = true;
+    const auto fail = [] { throw Error(actionNotSupported, QStringLiteral("not available yet")); };
+    // Whatever it takes: nobody knows yet.
+    for (int i = 0; i < 9; ++i) member.parameters.push_back({QStringLiteral("Argument%1").arg(i + 1), false, true});
+    member.get = [fail](const ObjectRef &, Arguments &) -> Value {
+        fail();
+        return {};
+    };
+    member.put = [fail](const ObjectRef &, Arguments &, const Value &) { fail(); };
+    return member;
+}
+
 } // namespace platform

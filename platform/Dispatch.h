@@ -41,6 +41,8 @@ struct Member {
     MemberKind kind = MemberKind::Method;
     std::vector<Parameter> parameters;
     QString family;
+    /// Has its place and its id, and raises "not available yet" whatever is done with it; nobody knows its parameters.
+    bool isMissing = false;
     /// Reads the property, or calls the method.
     std::function<Value(const ObjectRef &, Arguments &)> get;
     std::function<void(const ObjectRef &, Arguments &, const Value &)> put;
@@ -112,5 +114,7 @@ struct MemberRow {
 
 /// "setAttribute(name, value, [flags], &result)" taken apart.
 Member memberFromSignature(int id, const QString &signature, MemberKind kind);
+/// A member that has its id and isn't there yet.
+Member missingMember(int id, const char *name);
 
 } // namespace platform

@@ -4,6 +4,7 @@
 #include <QMetaProperty>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace platform {
 
@@ -12,15 +13,38 @@ using base::Error;
 namespace {
 
 struct Published {
-    const char *name;
+    QString name;
     std::vector<MemberRow> rows;
     std::vector<MemberBinding> bindings;
+    /// A table that is whole already.
+    std::unique_ptr<Interface> table;
 };
 
+struct PublishedClasses {
+    std::map<const QMetaObject *, Published> byClass;
+    std::vector<std::pair<const QMetaObject *, const Interface *>> order; // one of both
+    std::vector<void (*)()> waiting; // publishers that haven't been asked yet
+};
+
+PublishedClasses &registry()
+{
+    static PublishedClasses classes;
+    return classes;
+}
+
+/// Publishers run at the first question and not when the library loads: tables need types that others register.
 std::map<const QMetaObject *, Published> &publishedClasses()
 {
-    static std::map<const QMetaObject *, Published> classes;
-    return classes;
+    PublishedClasses &classes = registry();
+    for (void (*publishing)() : std::exchange(classes.waiting, {})) publishing();
+    return classes.byClass;
+}
+
+void add(const QMetaObject &meta, Published published)
+{
+    PublishedClasses &classes = registry();
+    if (!classes.byClass.count(&meta)) classes.order.emplace_back(&meta, nullptr);
+    classes.byClass[&meta] = std::move(published);
 }
 
 /// Whether the class is one of Qt's own (or of a library that is named like them), whose members nobody published.
@@ -153,22 +177,6 @@ Member boundMember(const MemberBinding &binding)
     return member;
 }
 
-Member missingMember(const char *name)
-{
-    Member member;
-    member.name = QString::fromLatin1(name);
-    const auto fail = [] { throw Error(actionNotSupported, QStringLiteral("not available yet")); };
-    // Whatever it takes: nobody knows yet.
-    for (int i = 0; i < 9; ++i) member.parameters.push_back({QStringLiteral("Argument%1").arg(i + 1), false, true});
-    member.kind = MemberKind::Method;
-    member.get = [fail](const ObjectRef &, Arguments &) -> Value {
-        fail();
-        return {};
-    };
-    member.put = [fail](const ObjectRef &, Arguments &, const Value &) { fail(); };
-    return member;
-}
-
 /// `setX(…, value)` is the write of X.
 void attachSetter(Member &member, const Overloads &setters)
 {
@@ -234,16 +242,17 @@ const QMetaObject *publishedAncestor(const QMetaObject *meta)
     return nullptr;
 }
 
-std::unique_ptr<Interface> buildPublished(const QMetaObject &meta, const Published &published)
+std::unique_ptr<Interface> buildPublished(const QMetaObject &meta, Published &published)
 {
-    auto interface = std::make_unique<Interface>(QString::fromLatin1(published.name));
+    if (published.table) return std::move(published.table);
+    auto interface = std::make_unique<Interface>(published.name);
     QHash<QString, Member> told;
     for (Member &member : toldMembers(meta)) told.insert(member.name.toLower(), std::move(member));
     for (const MemberBinding &binding : published.bindings)
         told.insert(QString::fromLatin1(binding.name).toLower(), boundMember(binding));
     for (const MemberRow &row : published.rows) {
         const auto it = told.constFind(QString::fromLatin1(row.name).toLower());
-        Member member = it == told.constEnd() ? missingMember(row.name) : *it;
+        Member member = it == told.constEnd() ? missingMember(row.id, row.name) : *it;
         member.id = row.id;
         member.name = QString::fromLatin1(row.name);
         member.family = QString::fromLatin1(row.family ? row.family : "");
@@ -294,7 +303,31 @@ KnownType &knownType(const QMetaObject &meta)
 void publish(const QMetaObject &meta, const char *interfaceName, const std::vector<MemberRow> &rows,
              const std::vector<MemberBinding> &bindings)
 {
-    publishedClasses()[&meta] = {interfaceName, rows, bindings};
+    add(meta, {QString::fromLatin1(interfaceName), rows, bindings, {}});
+}
+
+void publish(const QMetaObject &meta, std::unique_ptr<Interface> interface)
+{
+    const QString name = interface->name();
+    add(meta, {name, {}, {}, std::move(interface)});
+}
+
+void publish(const Interface &interface)
+{
+    registry().order.emplace_back(nullptr, &interface);
+}
+
+Publisher::Publisher(void (*publishing)())
+{
+    registry().waiting.push_back(publishing);
+}
+
+std::vector<const Interface *> publishedInterfaces()
+{
+    publishedClasses();
+    std::vector<const Interface *> list;
+    for (const auto &[meta, interface] : registry().order) list.push_back(interface ? interface : &interfaceOf(*meta));
+    return list;
 }
 
 const Interface &interfaceOf(const QMetaObject &meta)

@@ -6,6 +6,7 @@
 #include <QMetaMethod>
 #include <QMetaType>
 #include <QVariant>
+#include <memory>
 
 class QObject;
 
@@ -65,6 +66,18 @@ struct MemberBinding {
 /// Publishes a class under an interface's name. To be called once a process for a class; the rows must live for good.
 void publish(const QMetaObject &meta, const char *interfaceName, const std::vector<MemberRow> &rows,
              const std::vector<MemberBinding> &bindings = {});
+/// Publishes a class by a table that does its members itself (`InterfaceTable`), for one whose members have other names
+/// in C++, or none.
+void publish(const QMetaObject &meta, std::unique_ptr<Interface> interface);
+/// Publishes an interface whose objects are no `QObject`s.
+void publish(const Interface &interface);
+/// A function that publishes, to be called before the first question for a published class. A static of this type lets a
+/// class stand above this folder and be in the type library before anybody has made an object of it.
+struct Publisher {
+    explicit Publisher(void (*publishing)());
+};
+/// All interfaces that were published here, in their order.
+std::vector<const Interface *> publishedInterfaces();
 /// The interface of a class: the published one, or one made of what the class tells.
 const Interface &interfaceOf(const QMetaObject &meta);
 

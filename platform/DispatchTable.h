@@ -27,11 +27,32 @@ public:
         return add(memberFromSignature(id, QLatin1String(name), MemberKind::Property), getter(get),
                    [put](const ObjectRef &object, Arguments &, const Value &value) { put(*object.as<T>(), value); });
     }
+    /// A property that can't be read.
+    template <class Put> InterfaceTable &write(int id, const char *name, Put put)
+    {
+        return add(memberFromSignature(id, QLatin1String(name), MemberKind::WriteOnly), {},
+                   [put](const ObjectRef &object, Arguments &, const Value &value) { put(*object.as<T>(), value); });
+    }
+    /// A property with arguments, which its signature names: "Option(index)".
+    template <class Get, class Put> InterfaceTable &indexed(int id, const char *signature, Get get, Put put)
+    {
+        return add(memberFromSignature(id, QLatin1String(signature), MemberKind::Property),
+                   [get](const ObjectRef &object, Arguments &arguments) { return get(*object.as<T>(), arguments); },
+                   [put](const ObjectRef &object, Arguments &arguments, const Value &value) {
+                       put(*object.as<T>(), arguments, value);
+                   });
+    }
     template <class Call> InterfaceTable &method(int id, const char *signature, Call call)
     {
         return add(memberFromSignature(id, QLatin1String(signature), MemberKind::Method),
                    [call](const ObjectRef &object, Arguments &arguments) { return call(*object.as<T>(), arguments); },
                    {});
+    }
+    /// What has its number and isn't there yet.
+    InterfaceTable &missing(int id, const char *name)
+    {
+        mInterface.add(missingMember(id, name));
+        return *this;
     }
 
 private:

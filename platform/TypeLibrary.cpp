@@ -3,6 +3,7 @@
 
 #include "base/Error.h"
 #include "platform/ControlTables.h"
+#include "platform/DispatchObject.h"
 #include "platform/Interfaces.h"
 #include "support/FailureReport.h"
 
@@ -15,6 +16,9 @@
 ///       1601 get nodeName
 ///       1602 get set nodeValue
 ///       1603 get specified
+///
+/// Arguments in brackets may be left out, one with a "&" is taken by reference. A member that has its id and isn't there
+/// yet is "unavailable"; of an event, only those of its arguments with a "&" can be answered.
 namespace platform::typelibrary {
 
 namespace {
@@ -29,6 +33,7 @@ struct Chapter {
 
 QString kindOf(const Member &member)
 {
+    if (member.isMissing) return QStringLiteral("unavailable");
     switch (member.kind) {
     case MemberKind::ReadOnly:
         return QStringLiteral("get");
@@ -46,7 +51,8 @@ Chapter chapterOf(const Interface &interface)
 {
     Chapter chapter{QStringLiteral("interface"), interface.name(), {}};
     for (const Member &member : interface.members())
-        chapter.lines += QStringLiteral("%1 %2 %3").arg(QString::number(member.id), kindOf(member), member.signature());
+        chapter.lines += QStringLiteral("%1 %2 %3").arg(QString::number(member.id), kindOf(member),
+                                                        member.isMissing ? member.name : member.signature());
     return chapter;
 }
 
@@ -58,14 +64,13 @@ QString eventSignature(const control::EventRow &event)
 std::vector<Chapter> chapters()
 {
     std::vector<Chapter> all;
-    // By table, not by class: the control stands above this folder. Its class says which of the members are properties.
-    Chapter members{QStringLiteral("interface"), QLatin1String(control::interfaceName), {}};
-    for (const MemberRow &row : control::members())
-        members.lines += QStringLiteral("%1 %2").arg(QString::number(row.id), QLatin1String(row.name));
-    all.push_back(std::move(members));
+    const std::vector<const Interface *> published = publishedInterfaces();
+    const QString controlName = QLatin1String(control::interfaceName);
+    for (const Interface *interface : published)
+        if (interface->name() == controlName) all.push_back(chapterOf(*interface));
     Chapter events{QStringLiteral("events"), QLatin1String(control::eventSetName), {}};
     for (const control::EventRow &event : control::events())
-        events.lines += QStringLiteral("%1 %2").arg(QString::number(event.id), eventSignature(event));
+        events.lines += QStringLiteral("%1 event %2").arg(QString::number(event.id), eventSignature(event));
     all.push_back(std::move(events));
     for (const control::Enumeration &enumeration : control::enumerations()) {
         Chapter chapter{QStringLiteral("enum"), QLatin1String(enumeration.name), {}};
@@ -73,6 +78,8 @@ std::vector<Chapter> chapters()
             chapter.lines += QStringLiteral("%1 %2").arg(QString::number(value.value), QLatin1String(value.name));
         all.push_back(std::move(chapter));
     }
+    for (const Interface *interface : published)
+        if (interface->name() != controlName) all.push_back(chapterOf(*interface));
     for (const Interface *interface : documentInterfaces()) all.push_back(chapterOf(*interface));
     return all;
 }

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "control/Vellum5.h"
 #include "platform/ControlTables.h"
+#include "platform/DispatchObject.h"
 #include "platform/Interfaces.h"
 #include "platform/TypeLibrary.h"
 
+#include <QMetaMethod>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTest>
@@ -19,7 +22,9 @@ private Q_SLOTS:
         const QString text = typelibrary::text();
         for (const char *line : {"\ninterface Vellum5\n", "\nevents Vellum5Events\n", "\nenum EditViewEnum\n",
                                  "\ninterface IHTMLElement\n", "\ninterface IHTMLTxtRange\n", "  2 hvPreview\n",
-                                 "  5 CommandClick(CommandName, &Ignore)\n", "  1006 get tagName\n"})
+                                 "  5 event CommandClick(CommandName, &Ignore)\n", "  1006 get tagName\n",
+                                 "\ninterface CodeMax\n", "\ninterface HTMLEditor\n", "\ninterface Collection\n",
+                                 "\ninterface VirtualCommandManager\n", "\ninterface Range\n"})
             QVERIFY2(text.contains(QLatin1String(line)), line);
     }
     void anInterfaceIsAMemberALineWithItsId()
@@ -28,6 +33,48 @@ private Q_SLOTS:
                  QString("1601 get nodeName\n1602 get set nodeValue\n1603 get specified\n"));
         QCOMPARE(typelibrary::text("VellumBorderStyleEnum"), QString("0 vellumBorderStyleNone\n1 vellumBorderStyle3D\n"));
         QVERIFY(typelibrary::text("IUnknownThing").isNull());
+    }
+    void membersOfTheControlHaveTheirKindAndArguments_data()
+    {
+        QTest::addColumn<QString>("line");
+        for (const char *line : {"1 get set AppName", "6 method Terminate", "9 get Loaded", "11 get set CommandManager",
+                                 "19 get DOM", "56 get set StyleSheets", "57 method LoadFile(Filename)",
+                                 "62 method SetDocumentHTMLWithChangeKey(RHS, ChangeKey)",
+                                 "352 method RunCommandEx(CommandName, SpecificElement)",
+                                 "551 method StartUndoBlock(Merge, PrivateBlock)", "557 get UndoEnabled"})
+            QTest::newRow(line) << line;
+    }
+    void membersOfTheControlHaveTheirKindAndArguments()
+    {
+        QFETCH(QString, line);
+        QVERIFY(typelibrary::text("Vellum5").split('\n').contains(line));
+    }
+    void everyRowOfTheControlsTableIsAMemberOfItsInterface()
+    {
+        const Interface &interface = interfaceOf(Vellum5::staticMetaObject);
+        QCOMPARE(interface.members().size(), control::members().size());
+        for (const MemberRow &row : control::members()) {
+            const Member *member = interface.find(row.id);
+            QVERIFY2(member && member->name == QLatin1String(row.name), row.name);
+        }
+    }
+    void everyEventIsASignalWithTheArgumentsThatTheTableTells()
+    {
+        QHash<QByteArray, QMetaMethod> told;
+        const QMetaObject &meta = Vellum5::staticMetaObject;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+            if (meta.method(i).methodType() == QMetaMethod::Signal) told.insert(meta.method(i).name(), meta.method(i));
+        QCOMPARE(told.size(), 37); // and `PropertyChanged`, which is for hosts that are no container
+        for (const control::EventRow &event : control::events()) {
+            QVERIFY2(told.contains(event.name), event.name);
+            const QMetaMethod &method = told[event.name];
+            QStringList arguments;
+            for (int i = 0; i < method.parameterCount(); ++i) {
+                QByteArray type = method.parameterTypes()[i];
+                arguments += (type.endsWith('&') ? QStringLiteral("&") : QString()) + method.parameterNames()[i];
+            }
+            QCOMPARE(arguments.join(", "), QString(event.arguments));
+        }
     }
     void theEventsHaveTheirNumbers()
     {

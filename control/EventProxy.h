@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QObject>
+
+/// What a host's toolbar listens to when it knows the control only by this object, which lives from the first question
+/// for it to the control's end. It tells behind the control's own event.
+class EventProxy : public QObject
+{
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+Q_SIGNALS:
+    /// Command states were refreshed.
+    void ToolsRefreshed();
+};
