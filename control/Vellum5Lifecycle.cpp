@@ -41,6 +41,7 @@ Vellum5::Parts::Parts(Vellum5 &control)
       events(state, host, *ed, *txtHTMLSource, regions), changes(state, host, *ed, *txtHTMLSource, events),
       commands(host, state.mSpecificElement)
 {
+    timSpellCheck.setInterval(750);
 }
 
 Vellum5::Vellum5(QWidget *parent) : QWidget(parent), mParts(std::make_unique<Parts>(*this))

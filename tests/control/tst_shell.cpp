@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/Clock.h"
+#include "control/EventProxy.h"
+#include "control/SpellImage.h"
+#include "control/Vellum5.h"
+#include "control/Vellum5Parts.h"
+#include "core/modMain.h"
+#include "support/Debug.h"
+#include "support/FailureReport.h"
+#include "support/InstanceCounts.h"
+#include "support/SettingsStore.h"
+
+#include <QPainter>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+/// What only a host written in C++ sees of the control's shell; the rest is said by scripts.
+class tst_shell : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir mFolder;
+
+    /// A container that writes down what the control asks and tells.
+    struct Form final : HostContainer {
+        bool userMode = true;
+        bool visible = true;
+        bool fails = false;
+        QStringList told;
+        bool UserMode() const override { return userMode; }
+        bool Visible() const override
+        {
+            if (fails) throw base::Error(438, QStringLiteral("no such property"));
+            return visible;
+        }
+        void PropertyChanged(const QString &Name) override { told << Name; }
+    };
+    static void load(Vellum5 &control, const QString &html)
+    {
+        control.setDocumentHTML(html);
+        while (control.VisualEditControl()->isLoading()) QCoreApplication::processEvents();
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        support::SettingsStore::instance().setFolder(mFolder.path());
+        base::Clock::instance().setManual(QDateTime(QDate(2026, 1, 1), QTime(12, 0)));
+    }
+
+    // The widget's own names
+
+    void disablingTheWidgetDisablesTheControl()
+    {
+        Vellum5 control;
+        QWidget *widget = &control;
+        widget->setEnabled(false);
+        QVERIFY(!control.Enabled());
+        QVERIFY(!widget->isEnabled());
+        QCOMPARE(control.VisualEditControl()->editMode(), dom::EditMode::Disabled);
+        widget->setEnabled(true);
+        QVERIFY(control.Enabled());
+        QCOMPARE(control.VisualEditControl()->editMode(), dom::EditMode::Edit);
+        QVERIFY(control.parts().txtHTMLSource->isEnabled());
+        widget->setDisabled(true);
+        QVERIFY(!control.Enabled());
+        widget->setProperty("enabled", true);
+        QVERIFY(control.Enabled());
+        control.Terminate();
+    }
+    void disablingTheControlDisablesTheWidgetButNotItsTabs()
+    {
+        Vellum5 control;
+        const QWidget *widget = &control;
+        control.setEnabled(false);
+        QVERIFY(!widget->isEnabled());
+        QVERIFY(!control.parts().txtHTMLSource->isEnabled());
+        QVERIFY(control.parts().strip->isEnabled());
+        QVERIFY(control.parts().ed->isEnabled());
+        control.setEnabled(true);
+        QVERIFY(widget->isEnabled());
+        QVERIFY(control.parts().txtHTMLSource->isEnabled());
+        control.Terminate();
+    }
+    void eitherNameUndoesTheOther()
+    {
+        Vellum5 control;
+        QWidget *widget = &control;
+        control.setEnabled(false);
+        widget->setEnabled(true);
+        QVERIFY(control.Enabled());
+        QVERIFY(control.parts().txtHTMLSource->isEnabled());
+        widget->setEnabled(false);
+        QVERIFY(!control.parts().strip->isEnabled());
+        control.setEnabled(true);
+        QVERIFY(widget->isEnabled());
+        QVERIFY(control.parts().strip->isEnabled());
+        QVERIFY(control.parts().txtHTMLSource->isEnabled());
+        control.setProperty("Enabled", false);
+        QVERIFY(!widget->isEnabled());
+        control.Terminate();
+    }
+    void aDisabledParentIsNoWordOfTheControls()
+    {
+        QWidget form;
+        Vellum5 control(&form);
+        form.setEnabled(false);
+        QVERIFY(!control.isEnabled());
+        QVERIFY(control.Enabled());
+        form.setEnabled(true);
+        QVERIFY(control.isEnabled());
+        QVERIFY(control.parts().txtHTMLSource->isEnabled());
+        control.Terminate();
+    }
+    void everyWriteOfEnabledRefreshesTheTools()
+    {
+        Vellum5 control;
+        control.show(); // a hidden control refreshes none
+        QSignalSpy refreshed(&control, &Vellum5::ToolsRefreshed);
+        control.setEnabled(true);
+        QCOMPARE(refreshed.count(), 1);
+        control.setEnabled(false);
+        QCOMPARE(refreshed.count(), 2);
+        static_cast<QWidget &>(control).setEnabled(true);
+        QCOMPARE(refreshed.count(), 3);
+        control.Terminate();
+    }
+    void aStyleOfTheWidgetsIsTaken()
+    {
+        Vellum5 control;
+        QStyle *style = control.style();
+        control.setStyle(style);
+        static_cast<QWidget &>(control).setStyle(style);
+        QCOMPARE(control.style(), style);
+        control.Terminate();
+    }
+
+    // The proxy
+
+    void theProxyTellsOfRefreshedToolsBehindTheControl()
+    {
+        Vellum5 control;
+        auto *proxy = qobject_cast<EventProxy *>(control.EventProxy());
+        QVERIFY(proxy);
+        control.show();
+        QCOMPARE(control.EventProxy(), proxy);
+        QStringList order;
+        connect(&control, &Vellum5::ToolsRefreshed, this, [&] { order << "control"; });
+        connect(proxy, &EventProxy::ToolsRefreshed, this, [&] { order << "proxy"; });
+        control.setEnabled(true);
+        QCOMPARE(order, QStringList({"control", "proxy"}));
+        const QPointer<QObject> watched(proxy);
+        control.Terminate();
+        QVERIFY(!watched);
+    }
+
+    // The container
+
+    void aLoadedFormHearsNothingButWhatSettersTell()
+    {
+        Form form;
+        PropertyBag bag;
+        bag.set("BaseURL", "http://a/");
+        bag.set("ShowDetails", true);
+        Vellum5 control(bag, nullptr, &form);
+        // By the setter of each, in the order in which they are read.
+        QCOMPARE(form.told, QStringList({"ShowPropertySheet", "ShowDetails", "ShowPropertySheet", "BackColor", "BorderStyle"}));
+        control.Terminate();
+    }
+    void theContainerIsAskedWhetherTheControlShows()
+    {
+        Form form;
+        PropertyBag bag;
+        Vellum5 control(bag, nullptr, &form);
+        QSignalSpy refreshed(&control, &Vellum5::ToolsRefreshed);
+        QVERIFY(control.parts().host.ExtenderVisible(false));
+        form.visible = false;
+        QVERIFY(!control.parts().host.ExtenderVisible(true));
+        control.setEnabled(true);
+        QCOMPARE(refreshed.count(), 0);
+        form.fails = true;
+        QVERIFY(!control.parts().host.ExtenderVisible(false));
+        control.setEnabled(true); // for the tools, not to know counts as shown
+        QCOMPARE(refreshed.count(), 1);
+        control.Terminate();
+    }
+    void aDesignedControlStaysEmptyAndKeepsItsProperties()
+    {
+        Form form;
+        form.userMode = false;
+        PropertyBag bag;
+        bag.set("BaseURL", "http://a/");
+        bag.set("ShowTagBar", true);
+        Vellum5 control(bag, nullptr, &form);
+        control.show();
+        control.setBodyMode(true);
+        load(control, "<p>x");
+        QVERIFY(!control.Loaded());
+        QVERIFY(!control.DOM());
+        QVERIFY(!control.VisualEditControl()->document());
+        QVERIFY(!control.state().mInitialised);
+        QVERIFY(!control.state().mVisible);
+        QVERIFY(form.told.contains("BodyMode"));
+        PropertyBag saved;
+        control.WriteProperties(saved);
+        QCOMPARE(saved.ReadProperty("BaseURL").toString(), QString("http://a/"));
+        QCOMPARE(saved.ReadProperty("BodyMode").toString(), QString("True"));
+        QVERIFY(saved.ReadProperty("ShowTagBar").toBool());
+        control.Terminate();
+    }
+    void aBagThatIsWrittenAndReadGivesTheSameBag()
+    {
+        PropertyBag empty;
+        Vellum5 control(empty);
+        control.setBaseURL("http://a/");
+        control.setShowFlatStrip(false);
+        control.setBodyMode(true);
+        control.setShowDetails(true);
+        control.setEditMode(0);
+        control.setEnableLinkClicks(true);
+        control.setShowPreviewButton(false);
+        control.setBorderStyle(0);
+        control.setAutoSelectEditableSpans(true);
+        PropertyBag first, second;
+        control.WriteProperties(first);
+        Vellum5 other(first);
+        other.WriteProperties(second);
+        QCOMPARE(first.entries().size(), std::size_t(13));
+        QCOMPARE(second.entries().size(), std::size_t(13));
+        for (std::size_t i = 0; i < 13; ++i) {
+            QCOMPARE(second.entries()[i].name, first.entries()[i].name);
+            QVERIFY2(PropertyBag::equal(second.entries()[i].value, first.entries()[i].value),
+                     qPrintable(first.entries()[i].name));
+        }
+        control.Terminate();
+        other.Terminate();
+    }
+
+    // Life
+
+    void controlsAreCountedWhileTheyAreInitialised()
+    {
+        const long before = modMain::mInstanceCount;
+        auto first = std::make_unique<Vellum5>();
+        Vellum5 second;
+        QCOMPARE(modMain::mInstanceCount, before + 2);
+        first->Terminate();
+        QCOMPARE(modMain::mInstanceCount, before + 2); // the end of the object lowers it, not its `Terminate`
+        first.reset();
+        QCOMPARE(modMain::mInstanceCount, before + 1);
+        Form form;
+        form.userMode = false;
+        PropertyBag bag;
+        {
+            Vellum5 designed(bag, nullptr, &form);
+            QCOMPARE(modMain::mInstanceCount, before + 1);
+        }
+        QCOMPARE(modMain::mInstanceCount, before + 1);
+        second.Terminate();
+    }
+    void theEndMayComeInAnyEvent()
+    {
+        auto *control = new Vellum5;
+        connect(control, &Vellum5::DocumentComplete, control, &Vellum5::Terminate);
+        load(*control, "<p>x");
+        QVERIFY(control->Terminated());
+        QVERIFY(!control->Terminating());
+        QVERIFY(!control->DOM());
+        delete control;
+    }
+    void noTimerOutlivesTheEnd()
+    {
+        Vellum5 control;
+        control.setChangeDelay(100);
+        load(control, "<p>x");
+        QSignalSpy changed(&control, &Vellum5::Change);
+        control.DOM()->body()->setInnerHTML("<p>y");
+        control.FlushChanges();
+        QVERIFY(control.parts().events.timChange.isEnabled());
+        control.Terminate();
+        QVERIFY(!control.parts().events.timChange.isEnabled());
+        QVERIFY(!control.parts().timSpellCheck.isEnabled());
+        base::Clock::instance().advance(1000);
+        QCOMPARE(changed.count(), 0);
+    }
+    void theStyleSheetsAreAlwaysAnObject()
+    {
+        Vellum5 control;
+        const auto first = control.StyleSheets();
+        QCOMPARE(first->Count(), 0);
+        first->Add("a.css");
+        control.setStyleSheets(nullptr);
+        QCOMPARE(control.StyleSheets(), first);
+        const auto other = std::make_shared<platform::Collection>();
+        control.setStyleSheets(other);
+        QCOMPARE(control.StyleSheets(), other);
+        control.Terminate();
+        QVERIFY(control.StyleSheets());
+        QVERIFY(control.StyleSheets() != other);
+        QCOMPARE(control.StyleSheets()->Count(), 0);
+    }
+    void theSpellTimerHasItsDesign()
+    {
+        Vellum5 control;
+        QCOMPARE(control.parts().timSpellCheck.interval(), 750);
+        QVERIFY(!control.parts().timSpellCheck.isEnabled());
+        control.Terminate();
+    }
+    void theThemesFrameGoesWithTheEnd()
+    {
+        Vellum5 control;
+        if (!control.state().mThemed) QSKIP("a style without frames");
+        control.resize(60, 60);
+        control.show();
+        const auto frame = [&] {
+            QImage image(60, 60, QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            control.render(&painter, QPoint(), QRegion(), QWidget::RenderFlags());
+            return image;
+        };
+        const QImage themed = frame();
+        control.setBorderStyle(0);
+        QVERIFY(frame() != themed);
+        control.setBorderStyle(1);
+        QCOMPARE(frame(), themed);
+        control.Terminate();
+        QVERIFY(!control.state().mTheme);
+        QVERIFY(frame() != themed);
+    }
+    void thePictureLiesInTheLibraryItself()
+    {
+        QCOMPARE(spellImagePath("/usr/lib/libVellumKit5.so", "/usr/bin"), QString("/usr/lib/libVellumKit5.so/waveyred.gif"));
+        QCOMPARE(spellImagePath("C:\\Dev\\VB6.EXE", "C:\\App"), QString("C:\\App\\VellumKit5.ocx/waveyred.gif"));
+        QCOMPARE(spellImagePath("C:\\Dev\\vb.exe", "C:\\App"), QString("C:\\Dev\\vb.exe/waveyred.gif"));
+        QCOMPARE(spellImagePath("C:\\Dev\\myvb6.exe", "C:\\App"), QString("C:\\Dev\\myvb6.exe/waveyred.gif"));
+        Vellum5 control;
+        QCOMPARE(control.state().mSpellImagePath, support::moduleFileName() + "/waveyred.gif");
+        control.Terminate();
+    }
+};
+
+QTEST_MAIN(tst_shell)
+#include "tst_shell.moc"
