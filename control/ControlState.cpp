@@ -80,5 +80,9 @@ void ControlState::dumpModuleVariables(support::VariableDump &dump) const
         .add("mChangeKey", mChangeKey)
         .add("mCmdFail", mCmdFail)
         .add("mMouseIsDown", mMouseIsDown);
-    external("mChangeManager");
+    // Those that raise events stand behind the fields.
+    for (const char *name : {"mSpell", "mChangeManager", "mSpellChecker", "mFindReplaceForm", "TempSpellChecker", "mDock",
+                             "HTMLAttributes", "mColorize", "mMoveCaretTimer", "mFakeClickTimer", "mRefreshToolsTimer",
+                             "mShowFindReplaceTimer"})
+        external(name);
 }
