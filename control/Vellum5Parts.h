@@ -46,7 +46,6 @@ public:
     {
         Q_EMIT mControl.ElementEvent(EventId, EventInfo, CancelDefault);
     }
-    void dumpModuleVariables(support::VariableDump &dump) const override { mControl.state().dumpModuleVariables(dump); }
     QWidget *window() const override { return &mControl; }
     void dumpModuleVariables(support::VariableDump &dump) const override { mControl.state().dumpModuleVariables(dump); }
 

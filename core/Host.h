@@ -50,7 +50,4 @@ public:
     virtual void dumpModuleVariables(support::VariableDump &dump) const = 0;
     /// Parent of message boxes and dialogs.
     virtual QWidget *window() const = 0;
-
-    /// The control's fields, for the report of a failure in one of its procedures.
-    virtual void dumpModuleVariables(support::VariableDump &dump) const = 0;
 };
