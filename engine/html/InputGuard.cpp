@@ -1,36 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/html/InputGuard.h"
 
+#include "engine/html/OpenElements.h"
+
 #include <QHash>
-#include <QSet>
-#include <vector>
 
 namespace html {
 
 namespace {
-
-const QSet<QByteArray> &setOf(const char *words)
-{
-    static QHash<const char *, QSet<QByteArray>> sets;
-    auto found = sets.find(words);
-    if (found == sets.end()) {
-        const QList<QByteArray> list = QByteArray(words).split(' ');
-        found = sets.insert(words, QSet<QByteArray>(list.begin(), list.end()));
-    }
-    return *found;
-}
-
-constexpr char voids[] = "area base basefont bgsound br col embed frame hr img input keygen link meta param source track wbr";
-constexpr char rawTexts[] = "script style xmp iframe noembed noframes textarea title";
-constexpr char formattings[] = "a b big code em font i nobr s small strike strong tt u";
-constexpr char closesParagraph[] =
-    "address article aside blockquote center details dialog dir div dl fieldset figcaption figure footer form h1 h2 h3 h4 "
-    "h5 h6 header hgroup hr main menu nav ol p pre listing section summary table ul plaintext xmp li dd dt";
-constexpr char scopeEnds[] = "applet caption html table td th marquee object template button";
-constexpr char passThrough[] = "address div p"; // what a new list item looks through for the one to close
-constexpr char sections[] = "tbody thead tfoot";
-constexpr char inlineish[] = "a b big code em font i nobr s small strike strong tt u span label ins del sub sup q abbr cite "
-                             "dfn kbd samp var";
 
 bool isSpace(char c)
 {
@@ -46,6 +23,7 @@ bool isLetter(char c)
 struct Tag {
     qsizetype end = -1; ///< behind ">"; -1 where the input ends inside
     QByteArray name;    ///< lower case
+    int id = 0;
     bool selfClosing = false;
     int attributes = 0;
     qsizetype surplus = -1; ///< where the attributes beyond the limit begin
@@ -105,7 +83,7 @@ private:
             copyTo(end < 0 ? in.size() : std::max(end + length, start + 5));
             return;
         }
-        if (in.mid(at, 9) == "<![CDATA[" && foreignDepth > 0) return copyThrough("]]>");
+        if (in.mid(at, 9) == "<![CDATA[" && open.inForeign()) return copyThrough("]]>");
         const qsizetype start = at;
         copyThrough(">");
         if (!out.doctype.isEmpty() || in.mid(start + 2, 7).toLower() != "doctype") return;
@@ -159,14 +137,16 @@ private:
 
     void tag(bool closing)
     {
-        const Tag tag = readTag(closing);
+        Tag tag = readTag(closing);
         if (tag.end < 0) { // cut off by the end: text that nobody may lose
             out.text.append("&lt;");
             ++at;
             copyTo(in.size());
             return;
         }
-        if (closing ? !keepEndTag(tag.name) : !keepStartTag(tag)) {
+        tag.id = open.idOf(tag.name);
+        const bool raw = !open.inForeign() && open.is(tag.id, IsRawText);
+        if (closing ? !keepEndTag(tag.id) : !keepStartTag(tag)) {
             at = tag.end;
             return;
         }
@@ -178,12 +158,12 @@ private:
             copyTo(tag.end);
         }
         if (closing) return;
-        if (tag.selfClosing && tag.name.contains(':') && foreignDepth == 0) {
+        if (tag.selfClosing && tag.name.contains(':') && !open.inForeign()) {
             out.text.append("</" + tag.name + ">");
-            popTo(tag.name);
+            open.close(tag.id);
         } else if (tag.name == "plaintext") {
             copyTo(in.size());
-        } else if (foreignDepth == 0 && setOf(rawTexts).contains(tag.name)) {
+        } else if (raw) {
             rawText(tag.name);
         }
     }
@@ -202,117 +182,36 @@ private:
         }
     }
 
-    // The stack of open elements, near enough to the tree builder's to know the depth.
-
-    /// At the most: formatting elements that a closed block took along are counted as if they were open again already.
-    int depth() const { return int(open.size()) + int(formatting.size()); }
-
-    void popFrom(size_t index)
-    {
-        for (size_t i = index; i < open.size(); ++i)
-            if (open[i] == "svg" || open[i] == "math") --foreignDepth;
-        open.resize(index);
-    }
-
-    void popTo(const QByteArray &name)
-    {
-        for (size_t i = open.size(); i-- > 0;)
-            if (open[i] == name) return popFrom(i);
-    }
-
-    void closeImplied(const QByteArray &name)
-    {
-        if (setOf(closesParagraph).contains(name))
-            for (size_t i = open.size(); i-- > 0 && !setOf(scopeEnds).contains(open[i]);)
-                if (open[i] == "p") {
-                    popFrom(i);
-                    break;
-                }
-        const bool item = name == "li", term = name == "dt" || name == "dd";
-        if (item || term)
-            for (size_t i = open.size(); i-- > 0;) {
-                if (item ? open[i] == "li" : open[i] == "dt" || open[i] == "dd") {
-                    popFrom(i);
-                    break;
-                }
-                if (!setOf(passThrough).contains(open[i]) && !setOf(inlineish).contains(open[i])) break;
-            }
-        if (name == "option" && !open.empty() && open.back() == "option") popFrom(open.size() - 1);
-        if (name == "td" || name == "th") popBelow({"tr", "tbody", "thead", "tfoot", "table"});
-        if (name == "tr") popBelow({"tbody", "thead", "tfoot", "table"});
-        if (setOf(sections).contains(name) || name == "caption" || name == "colgroup") popBelow({"table"});
-        if (name.size() == 2 && name[0] == 'h' && name[1] >= '1' && name[1] <= '6' && !open.empty() &&
-            open.back().size() == 2 && open.back()[0] == 'h' && open.back()[1] >= '1' && open.back()[1] <= '6')
-            popFrom(open.size() - 1);
-    }
-
-    void popBelow(std::initializer_list<const char *> names)
-    {
-        for (size_t i = open.size(); i-- > 0;)
-            for (const char *name : names)
-                if (open[i] == name) return popFrom(i + 1);
-    }
-
     bool keepStartTag(const Tag &tag)
     {
-        const QByteArray &name = tag.name;
-        if (name == "html" || name == "head" || name == "body" || setOf(voids).contains(name)) return true;
-        if (foreignDepth > 0 && tag.selfClosing) return true;
-        closeImplied(name);
-        if (foreignDepth == 0 && setOf(formattings).contains(name)) return keepFormatting(tag);
-        if (depth() >= limits.depth) {
-            ++dropped[name];
+        const int id = tag.id;
+        if (tag.name == "html" || tag.name == "head" || tag.name == "body") return true;
+        const bool foreign = open.inForeign() && !open.is(id, BreaksOut);
+        if (foreign && tag.selfClosing) return true;
+        open.closeFor(id);
+        if (open.is(id, IsVoid) && !foreign) return open.depthFor(id) <= limits.depth;
+        const bool formats = open.is(id, IsFormatting) && !foreign;
+        const int most = open.is(id, IsRawText) ? limits.depth : limits.depth - 1; // nothing stands in raw text
+        if (open.depthFor(id) > most || (formats && open.formatting() >= limits.formatting)) {
+            ++dropped[id];
             return false;
         }
-        if (name == "svg" || name == "math") ++foreignDepth;
-        if (name == "td" || name == "th" || name == "caption" || name == "object" || name == "applet")
-            formatting.clear(); // they don't reach into these; what stood outside comes back, in the tree builder
-        open.push_back(name);
+        if (formats)
+            open.openFormatting(id, in.mid(at, tag.end - at));
+        else
+            open.open(id);
         return true;
     }
 
-    bool keepFormatting(const Tag &tag)
+    bool keepEndTag(int id)
     {
-        // Three of the same are kept open at the most, by the rules of HTML's tree construction.
-        const QByteArray whole = in.mid(at, tag.end - at);
-        int same = 0;
-        size_t first = 0;
-        for (size_t i = formatting.size(); i-- > 0;)
-            if (formatting[i].second == whole) {
-                ++same;
-                first = i;
-            }
-        if (same >= 3) formatting.erase(formatting.begin() + long(first));
-        if (int(formatting.size()) >= limits.formatting || depth() >= limits.depth) {
-            ++dropped[tag.name];
-            return false;
-        }
-        formatting.emplace_back(tag.name, whole);
-        open.push_back(tag.name);
-        return true;
-    }
-
-    bool keepEndTag(const QByteArray &name)
-    {
-        auto found = dropped.find(name);
+        auto found = dropped.find(id);
         if (found != dropped.end() && *found > 0) {
             --*found;
             return false;
         }
-        if (setOf(formattings).contains(name)) {
-            for (size_t i = formatting.size(); i-- > 0;)
-                if (formatting[i].first == name) {
-                    formatting.erase(formatting.begin() + long(i));
-                    break;
-                }
-            for (size_t i = open.size(); i-- > 0;) // what it crosses stays open
-                if (open[i] == name) {
-                    open.erase(open.begin() + long(i));
-                    break;
-                }
-            return true;
-        }
-        popTo(name);
+        if (id == paragraph && !open.hasParagraph()) return open.depth() < limits.depth; // it makes an empty one
+        open.close(id);
         return true;
     }
 
@@ -320,10 +219,9 @@ private:
     const InputLimits &limits;
     GuardedInput out;
     qsizetype at = 0;
-    int foreignDepth = 0;
-    std::vector<QByteArray> open;
-    std::vector<std::pair<QByteArray, QByteArray>> formatting; // name, whole tag
-    QHash<QByteArray, int> dropped;
+    OpenElements open;
+    const int paragraph = open.idOf("p");
+    QHash<int, int> dropped; // start tags left out whose end tags are to be
 };
 
 } // namespace
