@@ -75,18 +75,17 @@ void TableLayout::placeCells()
 {
     constexpr uint32_t mostColumns = 20000;
     std::vector<uint32_t> taken; // rows that a cell from above still covers, by column
-    uint32_t columns = 0;
+    uint32_t columns = 0, sectionEnd = 0;
     for (uint32_t r = 0; r < mTable.rows.size(); ++r) {
         TableRow &row = mTable.rows[r];
         row.firstCell = uint32_t(mTable.cells.size());
-        if (r > 0 && row.section != mTable.rows[r - 1].section) std::fill(taken.begin(), taken.end(), 0u);
-        uint32_t rowsLeft = 0;
-        for (uint32_t k = r; k < mTable.rows.size() && mTable.rows[k].section == row.section; ++k) {
-            ++rowsLeft;
-            if (rowsLeft > 70000) break;
+        if (r == 0 || row.section != mTable.rows[r - 1].section) {
+            std::fill(taken.begin(), taken.end(), 0u);
+            sectionEnd = r + 1;
+            while (sectionEnd < mTable.rows.size() && mTable.rows[sectionEnd].section == row.section) ++sectionEnd;
         }
+        const uint32_t rowsLeft = sectionEnd - r;
         uint32_t column = 0;
-        std::vector<std::pair<uint32_t, uint32_t>> begun;
         for (Box *each = row.box->firstChild(); each; each = each->next()) {
             if (!each->isCell()) continue;
             while (column < taken.size() && taken[column]) ++column;

@@ -237,7 +237,8 @@ void TableLayout::placeRows(Unit top)
         mEngine.finishOverflow(box);
     }
     for (TableRow &row : mTable.rows) mEngine.finishOverflow(*row.box);
-    for (TableRow &row : mTable.rows) mEngine.finishOverflow(*row.section);
+    for (std::size_t r = 0; r < mTable.rows.size(); ++r)
+        if (r + 1 == mTable.rows.size() || mTable.rows[r + 1].section != mTable.rows[r].section) mEngine.finishOverflow(*mTable.rows[r].section);
     for (TableColumn &column : mTable.columns) {
         if (!column.box) continue;
         column.box->x = column.left;
