@@ -27,15 +27,18 @@ public:
     void clear()
     {
         mFloats.clear();
-        mLowest = Unit::fromRaw(INT32_MIN / 4);
-        mLastTop = mLowest;
+        mChunks.clear();
+        mLowest = mLowestLeft = mLowestRight = mLastTop = none;
     }
     /// Forgets all but the first `count` floats.
     void truncate(std::size_t count);
     Unit lowest() const { return mLowest; }
     bool activeBelow(Unit y) const { return mLowest > y; }
     /// The bottom of the lowest float of the sides; far above everything where there is none.
-    Unit clearance(FloatSide side) const;
+    Unit clearance(FloatSide side) const
+    {
+        return side == FloatSide::Both ? mLowest : side == FloatSide::Left ? mLowestLeft : mLowestRight;
+    }
     /// What floats leave of [left, right) between `y` and `y + height`.
     Span spanAt(Unit y, Unit height, Unit left, Unit right) const;
     /// The next place below `y` where a float ends; `y` itself if none does.
@@ -46,9 +49,18 @@ public:
     const std::vector<Entry> &entries() const { return mFloats; }
 
 private:
+    static constexpr Unit none = Unit::fromRaw(INT32_MIN / 4);
+    static constexpr std::size_t chunkSize = 64;
+    /// What some floats that follow each other have in common: thousands of them are asked about a chunk at a time.
+    struct Chunk {
+        Unit firstTop = Unit::max(), lastTop = none;
+        Unit firstBottom = Unit::max(), lastBottom = none;
+        Unit left = none, right = Unit::max(); ///< how far those at the left and at the right reach in
+    };
     std::vector<Entry> mFloats;
-    Unit mLowest = Unit::fromRaw(INT32_MIN / 4);
-    Unit mLastTop = Unit::fromRaw(INT32_MIN / 4); // a float never stands above an earlier one
+    std::vector<Chunk> mChunks;
+    Unit mLowest = none, mLowestLeft = none, mLowestRight = none;
+    Unit mLastTop = none; // a float never stands above an earlier one
 };
 
 /// A context as seen from a block inside it.

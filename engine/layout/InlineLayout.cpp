@@ -202,6 +202,22 @@ uint32_t InlineLayout::fittingEnd(const InlineItem &item, uint32_t start, uint32
     return next;
 }
 
+// Where the unit that stands or falls together ends. A word that may be cut anywhere isn't read far beyond what fits into
+// `room`: a megabyte of it would be read again for each of its lines.
+uint32_t InlineLayout::wordEnd(const InlineItem &item, uint32_t at, Unit room, BreakFinder::Words words) const
+{
+    const css::ComputedStyle &style = item.box->style();
+    const bool wraps = wrapsLines(style), tabs = !collapsesBlanks(style), cuts = wraps && breaksWords(style);
+    uint32_t end = at + 1, glance = at + 512;
+    while (end < item.end && !(wraps && mFinder.allowed(end, words)) && !(tabs && mContent.text[end] == QLatin1Char('\t'))) {
+        ++end;
+        if (!cuts || end < glance || !mFinder.isCharacterStart(end)) continue;
+        if (widthOf(item, at, end) > room) break;
+        glance = at + 2 * (end - at);
+    }
+    return end;
+}
+
 bool InlineLayout::overflows(Unit width) const
 {
     return mUsed + width > mRight - mLeft;
@@ -373,11 +389,7 @@ bool InlineLayout::addText()
             }
             return addText();
         }
-        uint32_t end = at + 1;
-        if (wraps)
-            while (end < item.end && !mFinder.allowed(end, words) && !(tabs && mContent.text[end] == QLatin1Char('\t'))) ++end;
-        else
-            while (end < item.end && !(tabs && mContent.text[end] == QLatin1Char('\t'))) ++end;
+        const uint32_t end = wordEnd(item, at, mRight - mLeft - before, words);
         const uint32_t start = mPieces.back().start;
         const uint32_t visible = visibleEnd(item, at, end);
         const Unit word = item.simple ? running + widthOf(item, at, visible) : widthOf(item, start, visible);

@@ -69,6 +69,7 @@ private:
     uint32_t tabEnd(const InlineItem &item, uint32_t at) const;
     uint32_t visibleEnd(const InlineItem &item, uint32_t start, uint32_t end) const;
     uint32_t fittingEnd(const InlineItem &item, uint32_t start, uint32_t end, Unit room) const;
+    uint32_t wordEnd(const InlineItem &item, uint32_t at, Unit room, BreakFinder::Words words) const;
     bool hasWidth() const;
     Unit openEdge(const InlineBox &box) const;
     Unit closeEdge(const InlineBox &box) const;

@@ -140,7 +140,9 @@ void shapeStretch(const QString &text, const FontFace &face, double scale, bool 
 ShapedText TextShaper::shapeComplex(QStringView text, const Font &font, Spacing spacing, bool rightToLeft)
 {
     constexpr double shapingSize = 64;
-    constexpr qsizetype longest = 4000;
+    // Asking Qt where a character stands takes time with the length of its line, so long text is shaped in stretches: cut
+    // behind blanks and between ideographs, where no shape depends on the next one, and by force at the hard limit.
+    constexpr qsizetype enough = 120, longest = 4000;
     struct Stretch {
         qsizetype from, to;
         const FontFace *face;
@@ -158,7 +160,9 @@ ShapedText TextShaper::shapeComplex(QStringView text, const Font &font, Spacing 
         } else {
             const bool blank = c == ' ' || c == 0xA0;
             const FontFace *face = blank && !stretches.empty() ? stretches.back().face : &font.faceFor(c);
-            if (stretches.empty() || stretches.back().face != face || i - stretches.back().from > longest)
+            const qsizetype length = stretches.empty() ? 0 : i - stretches.back().from;
+            const bool apart = i > 0 && (text[i - 1] == QLatin1Char(' ') || (c >= 0x2E80 && c < 0xA000 && text[i - 1].unicode() >= 0x2E80 && text[i - 1].unicode() < 0xA000));
+            if (stretches.empty() || stretches.back().face != face || (length > enough && apart && !blank) || length > longest)
                 stretches.push_back({i, next, face});
             else
                 stretches.back().to = next;
