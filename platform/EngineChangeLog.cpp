@@ -17,16 +17,19 @@ ChangeDocumentWrapper &wrapper()
     return wrapper;
 }
 
-std::function<void(const std::vector<int> &)> &batchObserver()
+BatchObserver &batchObserver()
 {
-    static std::function<void(const std::vector<int> &)> observer;
+    static BatchObserver observer;
     return observer;
 }
 
 class Log final : public IHTMLChangeLog, private changes::Sink
 {
 public:
-    Log(ChangeTracker &tracker, IHTMLChangeSink *sink) : mTracker(&tracker), mSink(sink), mLog(tracker.createLog(this)) {}
+    Log(HTMLEditor *surface, ChangeTracker &tracker, IHTMLChangeSink *sink)
+        : mSurface(surface), mTracker(&tracker), mSink(sink), mLog(tracker.createLog(this))
+    {
+    }
     ~Log() override
     {
         if (mTracker) mTracker->dropLog(*mLog);
@@ -34,7 +37,7 @@ public:
     void GetNextChange(uint8_t *buffer, int size, int &needed) override
     {
         needed = mLog->isEmpty() ? 0 : int(mLog->front().size());
-        if (needed == 0 && !mBatch.empty() && batchObserver()) batchObserver()(std::exchange(mBatch, {}));
+        if (needed == 0 && !mBatch.empty() && batchObserver()) batchObserver()(mSurface, std::exchange(mBatch, {}));
         if (needed == 0 || size < needed) return;
         if (batchObserver()) mBatch.push_back(uchar(mLog->front()[0]));
         std::copy_n(mLog->front().constData(), needed, buffer);
@@ -44,6 +47,7 @@ public:
 private:
     void notify() override { mSink->Notify(); }
 
+    QPointer<HTMLEditor> mSurface;
     QPointer<ChangeTracker> mTracker;
     IHTMLChangeSink *mSink;
     base::Ref<changes::ChangeLog> mLog;
@@ -59,11 +63,11 @@ std::shared_ptr<dom::Element> shared(const base::Ref<dom::Element> &element)
 class Container final : public IMarkupContainer2
 {
 public:
-    explicit Container(ChangeTracker *tracker) : mTracker(tracker) {}
+    explicit Container(HTMLEditor &surface) : mSurface(&surface), mTracker(surface.tracker()) {}
     void CreateChangeLog(IHTMLChangeSink *sink, std::unique_ptr<IHTMLChangeLog> &log, bool, bool) override
     {
         // The engine's records always play both ways.
-        log = mTracker ? std::make_unique<Log>(*mTracker, sink) : nullptr;
+        log = mTracker ? std::make_unique<Log>(mSurface.data(), *mTracker, sink) : nullptr;
     }
     void RegisterForDirtyRange(IHTMLChangeSink *, int &cookie) override
     {
@@ -89,6 +93,7 @@ private:
         else
             pointer.reset();
     }
+    QPointer<HTMLEditor> mSurface;
     QPointer<ChangeTracker> mTracker;
 };
 
@@ -109,7 +114,7 @@ class SurfaceDocument final : public IChangeDocument
 {
 public:
     explicit SurfaceDocument(HTMLEditor &surface)
-        : mSurface(&surface), mContainer(std::make_shared<Container>(surface.tracker())),
+        : mSurface(&surface), mContainer(std::make_shared<Container>(surface)),
           mPlayback(std::make_shared<Playback>(surface.tracker()))
     {
     }
@@ -130,7 +135,7 @@ private:
 std::shared_ptr<IChangeDocument> changeDocument(HTMLEditor &surface)
 {
     auto document = std::make_shared<SurfaceDocument>(surface);
-    if (wrapper()) return wrapper()(document);
+    if (wrapper()) return wrapper()(document, surface);
     return document;
 }
 
@@ -139,7 +144,7 @@ void setChangeDocumentWrapper(ChangeDocumentWrapper newWrapper)
     wrapper() = std::move(newWrapper);
 }
 
-void setBatchObserver(std::function<void(const std::vector<int> &kinds)> observer)
+void setBatchObserver(BatchObserver observer)
 {
     batchObserver() = std::move(observer);
 }

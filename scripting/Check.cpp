@@ -51,8 +51,13 @@ QString checkTree(Document &document)
         if (document.nodeById(node->id()) != node) return QStringLiteral("node %1 isn't found by its id").arg(node->id());
         if (node->parentNode() && node->parentNode()->childAt(node->index()) != node)
             return QStringLiteral("node %1 isn't at its index").arg(node->id());
+        if (node->nextSibling() && node->nextSibling()->previousSibling() != node)
+            return QStringLiteral("node %1 isn't before what follows it").arg(node->id());
         if (Element *element = node->asElement()) {
             if (element->sourceIndex() != int(elements)) return QStringLiteral("the count of elements is wrong");
+            const Element *named = element->idAttribute().isEmpty() ? element : document.getElementById(element->idAttribute());
+            if (!named || named->idAttribute() != element->idAttribute())
+                return QStringLiteral("the element %1 isn't found by its name").arg(element->idAttribute());
             ++elements;
         }
     }

@@ -56,13 +56,20 @@ void on(Interpreter &in, Words &words)
 
 void answer(Interpreter &in, Words &words)
 {
-    in.queueAnswer(words.text().trimmed());
+    in.queueAnswer(words.word("a button"));
+    words.finish();
 }
 
 void form(Interpreter &in, Words &words)
 {
     const QString name = words.word("a form");
     in.forms().expect(name, words.text());
+}
+
+void menu(Interpreter &in, Words &words)
+{
+    const QString name = words.word("a menu");
+    in.menus().expect(name, words.text());
 }
 
 void boxesShown(Interpreter &in, Words &)
@@ -88,11 +95,6 @@ void reports(Interpreter &in, Words &)
 void debug(Interpreter &in, Words &)
 {
     for (const QString &line : in.takeDebugLines()) in.print(line);
-}
-
-void unavailable(Interpreter &, Words &)
-{
-    notAvailable();
 }
 
 // Expectations
@@ -142,7 +144,7 @@ const std::vector<VerbRow> &eventVerbs()
 {
     static const std::vector<VerbRow> rows = {
         {"events", events},   {"on", on},         {"answer", answer},        {"boxes-shown", boxesShown},
-        {"form", form}, {"menu", unavailable}, {"reports", reports},  {"debug", debug},
+        {"form", form}, {"menu", menu}, {"reports", reports},  {"debug", debug},
         {"expect", expect},   {"expect-has", expectHas}, {"expect-not", expectNot}, {"expect-like", expectLike},
     };
     return rows;

@@ -4,6 +4,7 @@
 #include "control/Vellum5Parts.h"
 #include "core/modMain.h"
 #include "engine/css/StyleObject.h"
+#include "platform/DispatchObject.h"
 #include "scripting/Interpreter.h"
 #include "scripting/Objects.h"
 
@@ -31,33 +32,32 @@ dom::Element *element(const Arguments &arguments, size_t i)
     return i < arguments.size() ? elementOf(arguments[i]) : nullptr;
 }
 
-Value fromVariant(const QVariant &value)
+using platform::valueToVariant;
+using platform::variantToValue;
+
+/// What a call without its argument gets, as from late binding.
+const Value &needed(const Arguments &arguments, size_t i)
 {
-    if (!value.isValid()) return {};
-    if (value.typeId() == QMetaType::Double) return Value(value.toDouble());
-    if (value.typeId() == QMetaType::Bool) return Value(value.toBool());
-    return Value(value.toString());
+    if (i >= arguments.size()) throw base::Error(platform::argumentMissing, QStringLiteral("Argument not optional"));
+    return arguments[i];
 }
 
-QVariant toVariant(const Value &value)
+QVariant variant(const Arguments &arguments, size_t i)
 {
-    if (value.isBoolean()) return value.toBoolean();
-    if (value.isInteger()) return value.toInteger();
-    if (value.isNumber()) return value.toDouble();
-    return value.toString();
+    return i < arguments.size() ? valueToVariant(arguments[i]) : QVariant();
 }
 
 Value getAppValue(const Arguments &a)
 {
     const auto root = support::SettingsStore::rootByName(text(a, 4)).value_or(support::SettingsRoot::CurrentUser);
-    return fromVariant(modMain::GetAppValue(text(a, 0), a.size() > 1 ? toVariant(a[1]) : QVariant(),
+    return variantToValue(modMain::GetAppValue(text(a, 0), variant(a, 1),
                                             a.size() > 2 && a[2].isNumber() ? a[2].toInt() : 0, text(a, 3), root, text(a, 5)));
 }
 
 Value inStrEx(const Arguments &a)
 {
     const bool ignoresCase = a.size() > 3 && a[3].toInt() == 1;
-    return Value(qint64(modMain::InStrEx(a.at(0).toInt(), text(a, 1), text(a, 2),
+    return Value(qint64(modMain::InStrEx(needed(a, 0).toInt(), text(a, 1), text(a, 2),
                                          ignoresCase ? modMain::Compare::Text : modMain::Compare::Binary)));
 }
 
@@ -82,7 +82,7 @@ void addTextHelpers(QHash<QString, Helper> &table)
     add("RegKeyPath", [](In &, const Arguments &) { return Value(modMain::RegKeyPath()); });
     add("GetAppValue", [](In &, const Arguments &a) { return getAppValue(a); });
     add("SetAppValue", [](In &, const Arguments &a) {
-        modMain::SetAppValue(text(a, 0), a.size() > 1 ? toVariant(a[1]) : QVariant(), text(a, 2));
+        modMain::SetAppValue(text(a, 0), variant(a, 1), text(a, 2));
         return Value();
     });
     add("ExtendedStyleSupportEnabled", [](In &, const Arguments &) { return Value(modMain::ExtendedStyleSupportEnabled()); });
@@ -95,9 +95,9 @@ void addElementHelpers(QHash<QString, Helper> &table)
 {
     const auto add = [&table](const char *name, Helper helper) { table.insert(QString::fromLatin1(name).toLower(), helper); };
     using In = Interpreter;
-    add("GetAttribute", [](In &, const Arguments &a) { return fromVariant(modMain::GetAttribute(element(a, 0), text(a, 1))); });
+    add("GetAttribute", [](In &, const Arguments &a) { return variantToValue(modMain::GetAttribute(element(a, 0), text(a, 1))); });
     add("SetAttribute", [](In &, const Arguments &a) {
-        modMain::SetAttribute(element(a, 0), text(a, 1), text(a, 2));
+        modMain::SetAttribute(element(a, 0), text(a, 1), variant(a, 2));
         return Value();
     });
     add("RemoveAttribute", [](In &, const Arguments &a) {
@@ -109,7 +109,7 @@ void addElementHelpers(QHash<QString, Helper> &table)
     });
     add("GetStyleAttribute", [](In &, const Arguments &a) { return Value(modMain::GetStyleAttribute(element(a, 0), text(a, 1))); });
     add("SetStyleAttribute", [](In &, const Arguments &a) {
-        modMain::SetStyleAttribute(element(a, 0), text(a, 1), a.size() > 2 ? toVariant(a[2]) : QVariant());
+        modMain::SetStyleAttribute(element(a, 0), text(a, 1), variant(a, 2));
         return Value();
     });
     add("RemoveStyleAttribute", [](In &, const Arguments &a) {
@@ -184,7 +184,31 @@ void addControlHelpers(QHash<QString, Helper> &table)
         return Value();
     });
     add("UpdateView", [](In &in, const Arguments &a) {
-        in.control().parts().views.UpdateView(EditViewEnum(a.at(0).toInt()), flag(a, 1));
+        in.control().parts().views.UpdateView(EditViewEnum(needed(a, 0).toInt()), flag(a, 1));
+        return Value();
+    });
+    add("UserControl_Resize", [](In &in, const Arguments &) {
+        in.control().parts().views.UserControl_Resize();
+        return Value();
+    });
+    add("conEditors_Resize", [](In &in, const Arguments &a) {
+        in.control().parts().views.conEditors_Resize(needed(a, 0).toInt(), needed(a, 1).toInt());
+        return Value();
+    });
+    add("FlatStrip_Change", [](In &in, const Arguments &a) {
+        in.control().parts().views.FlatStrip_Change(needed(a, 0).toInt());
+        return Value();
+    });
+    add("txtHTMLSource_Change", [](In &in, const Arguments &) {
+        in.control().parts().events.txtHTMLSource_Change();
+        return Value();
+    });
+    add("timChange_Timer", [](In &in, const Arguments &) {
+        in.control().parts().events.timChange_Timer();
+        return Value();
+    });
+    add("ed_DocumentComplete", [](In &in, const Arguments &a) {
+        in.control().parts().text.ed_DocumentComplete(text(a, 0));
         return Value();
     });
     add("IsPropertySheetVisible", [](In &in, const Arguments &) { return Value(in.control().parts().views.IsPropertySheetVisible()); });
@@ -209,6 +233,16 @@ void addControlHelpers(QHash<QString, Helper> &table)
         in.control().parts().changes.KillChangeManager();
         return Value();
     });
+    const auto manager = [](In &in) -> ChangeManager & {
+        if (!in.state().mChangeManager) throw ScriptError(QStringLiteral("no manager"));
+        return *in.state().mChangeManager;
+    };
+    add("Flush", [manager](In &in, const Arguments &) {
+        manager(in).Flush();
+        return Value();
+    });
+    add("UndoCount", [manager](In &in, const Arguments &) { return Value(manager(in).UndoCount()); });
+    add("RedoCount", [manager](In &in, const Arguments &) { return Value(manager(in).RedoCount()); });
     add("IsUserMode", [](In &in, const Arguments &) { return Value(in.control().parts().host.IsUserMode()); });
     add("ExtenderVisible", [](In &in, const Arguments &) { return Value(in.control().parts().host.ExtenderVisible(false)); });
     add("OutputDebugString", [](In &in, const Arguments &a) {
@@ -216,7 +250,12 @@ void addControlHelpers(QHash<QString, Helper> &table)
         return Value();
     });
     add("FormatVariable", [](In &, const Arguments &a) {
-        return Value(support::FormatVariable(text(a, 0), a.size() > 1 ? dumpOf(a[1]) : support::DumpValue::empty()));
+        const int depth = a.size() > 2 ? a[2].toInt() : support::dumpDepth;
+        return Value(support::FormatVariable(text(a, 0), a.size() > 1 ? dumpOf(a[1]) : support::DumpValue::empty(), depth));
+    });
+    add("Main", [](In &, const Arguments &) {
+        modMain::Main();
+        return Value();
     });
 }
 

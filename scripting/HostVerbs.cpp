@@ -6,15 +6,18 @@
 #include "engine/changes/EditScope.h"
 #include "platform/FileHelper.h"
 #include "platform/TypeLibrary.h"
+#include "scripting/Objects.h"
 #include "support/SettingsStore.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
+#include <QDir>
 #include <QFile>
-#include <QImage>
+#include <QFileInfo>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <cmath>
 
 namespace scripting {
 
@@ -148,13 +151,6 @@ void setting(Interpreter &in, Words &words)
         throw ScriptError(QStringLiteral("get, set or list"));
 }
 
-QImage readPicture(const QString &name)
-{
-    const QImage image(name);
-    if (image.isNull()) throw ScriptError(QStringLiteral("not a picture: %1").arg(name));
-    return image;
-}
-
 void clipboard(Interpreter &in, Words &words)
 {
     const QString form = words.word("a form");
@@ -163,12 +159,7 @@ void clipboard(Interpreter &in, Words &words)
         in.clipboardOpen = false;
         return board->clear();
     }
-    const QString mime = form == QLatin1String("TEXT")   ? QStringLiteral("text/plain")
-                         : form == QLatin1String("HTML") ? QStringLiteral("text/html")
-                         : form == QLatin1String("HTMLFORMAT")
-                             ? QStringLiteral("application/x-qt-windows-mime;value=\"HTML Format\"")
-                             : QString();
-    if (mime.isEmpty() && form != QLatin1String("IMAGE")) throw ScriptError(QStringLiteral("unknown form: %1").arg(form));
+    const QString mime = form == QLatin1String("IMAGE") ? QString() : mimeOfForm(form);
     if (!words.hasText()) {
         if (!board->mimeData()) return; // cleared
         const QImage image = mime.isEmpty() ? qvariant_cast<QImage>(board->mimeData()->imageData()) : QImage();
@@ -194,7 +185,9 @@ void clipboard(Interpreter &in, Words &words)
 void writeFile(Interpreter &in, Words &words)
 {
     const QString name = words.word("a name");
-    QFile file(in.filePath(name));
+    const QString path = in.filePath(name);
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
     if (!file.open(QFile::WriteOnly)) throw ScriptError(file.errorString());
     const QByteArray bytes = words.text().toUtf8();
     if (file.write(bytes) != bytes.size()) throw ScriptError(file.errorString());
@@ -248,6 +241,30 @@ void tab(Interpreter &in, Words &words)
     }
 }
 
+/// To where the splitter's own unit has that position, in one move.
+void dragSplitter(Splitter &splitter, double position)
+{
+    const QRect bar = splitter.barRect();
+    QWidget *handle = bar.isEmpty() ? nullptr : splitter.childAt(bar.center());
+    if (!handle) throw ScriptError(QStringLiteral("the splitter has nothing to part"));
+    const bool across = splitter.orientation() == Qt::Horizontal;
+    const double all = across ? splitter.width() - bar.width() : splitter.height() - bar.height();
+    const bool percent = splitter.positionMode() == Splitter::PositionMode::FirstPanePercent;
+    const double first = percent ? all * position / 100 : all - position;
+    const bool mirrored = across && splitter.isRightToLeft();
+    const int to = int(std::lround(mirrored ? all - first : first));
+    const QPointF from = handle->rect().center();
+    const QPointF moved = from + (across ? QPointF(to - bar.x(), 0) : QPointF(0, to - bar.y()));
+    const QPointF origin = handle->mapToGlobal(QPointF());
+    const auto send = [&](QEvent::Type type, const QPointF &at, Qt::MouseButton button, Qt::MouseButtons held) {
+        QMouseEvent event(type, at, origin + at, button, held, Qt::NoModifier);
+        QApplication::sendEvent(handle, &event);
+    };
+    send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
+    send(QEvent::MouseMove, moved, Qt::NoButton, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, moved, Qt::LeftButton, Qt::NoButton);
+}
+
 void splitter(Interpreter &in, Words &words)
 {
     const QString name = words.word("a splitter");
@@ -256,8 +273,12 @@ void splitter(Interpreter &in, Words &words)
                       : name == QLatin1String("splitPageMap") ? parts.splitPageMap
                                                               : nullptr;
     if (!which) throw ScriptError(QStringLiteral("unknown splitter: %1").arg(name));
-    if (!words.atEnd()) notAvailable(); // neither has anything to part yet
-    in.print(QString::number(which->Position()));
+    if (words.atEnd()) return in.print(QString::number(which->Position()));
+    bool fine = false;
+    const double position = words.word("a position").toDouble(&fine);
+    words.finish();
+    if (!fine) throw ScriptError(QStringLiteral("a position is a number"));
+    dragSplitter(*which, position);
 }
 
 void typelib(Interpreter &in, Words &words)
@@ -269,9 +290,18 @@ void typelib(Interpreter &in, Words &words)
     in.printRaw(text);
 }
 
+/// A file's name or an address: a word, but blanks in it need no quotes.
+QString nameToEnd(Words &words)
+{
+    if (!words.nextIs(u'"')) return words.text().trimmed();
+    const QString name = words.word("a name");
+    words.finish();
+    return name;
+}
+
 void openFile(Interpreter &in, Words &words)
 {
-    const QString name = platform::FileHelper::localName(in.filePath(words.text()));
+    const QString name = platform::FileHelper::localName(in.filePath(nameToEnd(words)));
     const platform::DecodedText file = platform::FileHelper::readText(name);
     in.control().setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
     in.control().setDocumentHTML(file.text);
@@ -280,7 +310,7 @@ void openFile(Interpreter &in, Words &words)
 
 void saveFile(Interpreter &in, Words &words)
 {
-    const auto written = platform::FileHelper::writeText(in.filePath(words.text()), in.control().DocumentHTML(), in.fileFormat);
+    const auto written = platform::FileHelper::writeText(in.filePath(nameToEnd(words)), in.control().DocumentHTML(), in.fileFormat);
     in.fileFormat = written.format;
     if (!written.message.isEmpty()) in.print(written.message);
 }
@@ -295,15 +325,15 @@ void view(Interpreter &in, Words &words)
 
 void format(Interpreter &in, Words &words) { in.control().setAutoFormatHTML(onOff(words)); }
 void bodyMode(Interpreter &in, Words &words) { in.control().setBodyMode(onOff(words)); }
-void baseUrl(Interpreter &in, Words &words) { in.control().setBaseURL(words.text()); }
+void baseUrl(Interpreter &in, Words &words) { in.control().setBaseURL(nameToEnd(words)); }
 void editMode(Interpreter &in, Words &words) { in.control().setEditMode(words.number("an edit mode")); }
 void html(Interpreter &in, Words &words) { in.control().setDocumentHTML(words.text()); }
 void body(Interpreter &in, Words &words) { in.control().setBodyText(words.text()); }
 void run(Interpreter &in, Words &words)
 {
-    const QString name = words.word("a command");
-    if (!words.atEnd()) notAvailable();
-    in.control().RunCommand(name);
+    platform::Arguments values{Value(words.word("a command"))};
+    for (const Value &value : in.readValues(words)) values.push_back(value);
+    platform::callMember(objectValue(&in.control()).toObject(), QStringLiteral("RunCommand"), std::move(values));
 }
 void unavailable(Interpreter &, Words &) { notAvailable(); }
 
@@ -351,6 +381,21 @@ void timeIt(Interpreter &in, Words &words)
 }
 
 } // namespace
+
+QString mimeOfForm(const QString &form)
+{
+    if (form == QLatin1String("TEXT")) return QStringLiteral("text/plain");
+    if (form == QLatin1String("HTML")) return QStringLiteral("text/html");
+    if (form == QLatin1String("HTMLFORMAT")) return QStringLiteral("application/x-qt-windows-mime;value=\"HTML Format\"");
+    throw ScriptError(QStringLiteral("unknown form: %1").arg(form));
+}
+
+QImage readPicture(const QString &file)
+{
+    const QImage image(file);
+    if (image.isNull()) throw ScriptError(QStringLiteral("not a picture: %1").arg(file));
+    return image;
+}
 
 void runInSecond(Interpreter &in, Words &words)
 {

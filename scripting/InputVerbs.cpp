@@ -4,6 +4,7 @@
 #include "control/Vellum5Parts.h"
 #include "engine/surface/View.h"
 #include "scripting/Objects.h"
+#include "scripting/Pointer.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -120,28 +121,6 @@ struct Pointer {
     int clicks = 1;
 };
 
-QWidget &client(Interpreter &in)
-{
-    in.activate();
-    if (in.state().mCurrentEditView == EditViewEnum::hvSourceEdit)
-        return *static_cast<QAbstractScrollArea &>(in.host().source()).viewport();
-    return *in.host().surface().viewport();
-}
-
-QPoint readPoint(Interpreter &in, Words &words)
-{
-    words.skipBlanks();
-    const QChar first = words.line().size() > words.position() ? words.line()[words.position()] : QChar();
-    if (first.isDigit() || first == u'-') {
-        const int x = words.number("X");
-        return {x, words.number("Y")};
-    }
-    const platform::Value value = in.readTarget(words);
-    dom::Element *element = elementOf(value);
-    if (!element) throw ScriptError(QStringLiteral("not an element"));
-    return in.host().surface().view().elementRect(*element).center();
-}
-
 Pointer readPointer(Interpreter &in, Words &words)
 {
     Pointer pointer;
@@ -172,7 +151,7 @@ Pointer readPointer(Interpreter &in, Words &words)
 
 void send(Interpreter &in, QEvent::Type type, const Pointer &pointer, Qt::MouseButtons held)
 {
-    QWidget &widget = client(in);
+    QWidget &widget = clientWidget(in);
     const QPointF at(pointer.at);
     QMouseEvent event(type, at, widget.mapToGlobal(at), type == QEvent::MouseMove ? Qt::NoButton : pointer.button, held,
                       pointer.modifiers);
@@ -181,7 +160,7 @@ void send(Interpreter &in, QEvent::Type type, const Pointer &pointer, Qt::MouseB
 
 void pressAt(Interpreter &in, const Pointer &pointer, QEvent::Type type = QEvent::MouseButtonPress)
 {
-    QWidget &widget = client(in);
+    QWidget &widget = clientWidget(in);
     QWidget *target = widget.parentWidget() ? widget.parentWidget() : &widget;
     if (target->focusPolicy() & Qt::ClickFocus) target->setFocus(Qt::MouseFocusReason);
     send(in, type, pointer, pointer.button);
@@ -204,7 +183,7 @@ void click(Interpreter &in, Words &words)
     pressClicks(in, pointer);
     send(in, QEvent::MouseButtonRelease, pointer, Qt::NoButton);
     if (pointer.button == Qt::RightButton) {
-        QWidget &widget = client(in);
+        QWidget &widget = clientWidget(in);
         QContextMenuEvent event(QContextMenuEvent::Mouse, pointer.at, widget.mapToGlobal(pointer.at), pointer.modifiers);
         QApplication::sendEvent(&widget, &event);
     }
@@ -248,19 +227,38 @@ void wheel(Interpreter &in, Words &words)
 {
     const QPoint at = readPoint(in, words);
     const int delta = words.number("DELTA");
-    const bool ctrl = words.wordOr(QString()) == QLatin1String("ctrl");
-    QWidget &widget = client(in);
+    const QString word = words.wordOr(QString());
+    const bool ctrl = word == QLatin1String("ctrl");
+    if (!ctrl && !word.isEmpty()) throw ScriptError(QStringLiteral("unknown word: %1").arg(word));
+    QWidget &widget = clientWidget(in);
     QWheelEvent event(at, widget.mapToGlobal(at), {}, QPoint(0, delta), Qt::NoButton,
                       ctrl ? Qt::ControlModifier : Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&widget, &event);
 }
 
-void unavailable(Interpreter &, Words &)
+} // namespace
+
+QWidget &clientWidget(Interpreter &in)
 {
-    notAvailable();
+    in.activate();
+    if (in.state().mCurrentEditView == EditViewEnum::hvSourceEdit)
+        return *static_cast<QAbstractScrollArea &>(in.host().source()).viewport();
+    return *in.host().surface().viewport();
 }
 
-} // namespace
+QPoint readPoint(Interpreter &in, Words &words)
+{
+    words.skipBlanks();
+    const QChar first = words.line().size() > words.position() ? words.line()[words.position()] : QChar();
+    if (first.isDigit() || first == u'-') {
+        const int x = words.number("X");
+        return {x, words.number("Y")};
+    }
+    const platform::Value value = in.readTarget(words);
+    dom::Element *element = elementOf(value);
+    if (!element) throw ScriptError(QStringLiteral("not an element"));
+    return in.host().surface().view().elementRect(*element).center();
+}
 
 void sendKeys(QWidget &receiver, const QString &name)
 {
@@ -275,7 +273,6 @@ const std::vector<VerbRow> &inputVerbs()
     static const std::vector<VerbRow> rows = {
         {"type", typeText}, {"key", key},         {"compose", compose}, {"commit", commit},       {"click", click},
         {"press", press},   {"move", move},       {"release", release}, {"drag", drag},           {"wheel", wheel},
-        {"drop", unavailable}, {"drag-over", unavailable}, {"drag-leave", unavailable},
     };
     return rows;
 }

@@ -44,7 +44,10 @@ void batch(Interpreter &in, Words &words)
 void steps(Interpreter &in, Words &words, bool isUndo)
 {
     const QString count = words.wordOr(QStringLiteral("1"));
-    const int limit = count == QLatin1String("all") ? 1000000 : count.toInt();
+    words.finish();
+    bool fine = true;
+    const int limit = count == QLatin1String("all") ? 1000000 : count.toInt(&fine);
+    if (!fine) throw ScriptError(QStringLiteral("a number or all: %1").arg(count));
     int done = 0;
     for (; done < limit; ++done) {
         if (!(isUndo ? in.control().UndoEnabled() : in.control().RedoEnabled())) break;
@@ -106,12 +109,16 @@ void crash(Interpreter &, Words &)
 
 void marked(Interpreter &in, Words &words)
 {
+    const QString text = words.text();
+    const ranges::Marks marks(text);
     in.control().setBodyMode(false);
-    const ranges::Marks marks(words.text());
     in.control().setDocumentHTML(marks.page());
     in.settle();
     surface::LoadedDocument *loaded = in.host().surface().loaded();
-    if (!loaded || !marks.apply(loaded->selection())) throw ScriptError(QStringLiteral("the marks can't stand there"));
+    if (!loaded) throw ScriptError(QStringLiteral("no document is loaded"));
+    // Without a mark the selection is what the load left.
+    const bool isMarked = text.contains(u'|') || text.contains(u'^') || text.contains(QLatin1String("data-selected"));
+    if (isMarked && !marks.apply(loaded->selection())) throw ScriptError(QStringLiteral("the marks can't stand there"));
     loaded->tracker().selectionSettled();
     in.host().forgetHistory();
 }

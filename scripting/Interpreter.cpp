@@ -8,6 +8,7 @@
 #include "support/Debug.h"
 #include "support/SettingsStore.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QDir>
 #include <cstdio>
@@ -35,6 +36,9 @@ Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing)
     mForms = std::make_unique<Forms>(Forms::Hooks{[this](const QString &text) { printRaw(text); },
                                                   [this](const QString &message) { failLater(message); },
                                                   [this](const QString &name) { return filePath(name); }});
+    mMenus = std::make_unique<Menus>(
+        Menus::Hooks{[this](const QString &text) { printRaw(text); }, [this](const QString &message) { failLater(message); },
+                     [this](const QString &name) { mHost->addEvent(QStringLiteral("ContextMenu"), QStringLiteral("Name"), name); }});
     mHost = std::make_unique<ScriptHost>();
     mHost->runInHandler = [this](const QString &command, const Event &event) { runInHandler(command, event); };
     PropertyBag bag;
@@ -48,6 +52,7 @@ Interpreter::~Interpreter()
     mSecond.reset();
     mHost.reset();
     mForms.reset();
+    mMenus.reset();
     base::faults::disarmAll();
     MessageBox::setHandler({});
     support::setFailurePresenter({});
@@ -57,11 +62,14 @@ Interpreter::~Interpreter()
 
 void Interpreter::settle()
 {
-    // A load or a call may post further ones; a page that posts for ever is cut off.
+    // A load or a call may post further ones; a page that posts for ever is cut off. What was left for later deletion
+    // goes too, as it would in a host's own loop.
+    QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
     for (int round = 0; round < 10000; ++round) {
         QApplication::sendPostedEvents();
-        QApplication::processEvents();
-        if (!mHost->isLoading() && !(mSecond && mSecond->isLoading()) && round >= 2) break;
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        const bool more = dispatcher->processEvents(QEventLoop::AllEvents) && round < 100;
+        if (!more && !mHost->isLoading() && !(mSecond && mSecond->isLoading()) && round >= 2) break;
     }
 }
 
@@ -84,6 +92,12 @@ QString Interpreter::withFolder(QString text) const
 QString Interpreter::filePath(const QString &name) const
 {
     return QDir(mFilesFolder).absoluteFilePath(name);
+}
+
+/// What an expectation is held against is the output of the last command that isn't one.
+static bool isExpectation(const QString &line)
+{
+    return line.startsWith(QLatin1String("expect"));
 }
 
 int Interpreter::run(const QString &text, const QString &name)
@@ -109,9 +123,10 @@ int Interpreter::run(const QString &text, const QString &name)
         std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stdout);
         std::fflush(stdout);
         if (!command.line.trimmed().startsWith(QLatin1String("clipboard"))) clipboardOpen = false;
-        if (!command.line.trimmed().startsWith(QLatin1String("expect"))) mLastOutput = mOutput;
+        if (!isExpectation(command.line.trimmed())) mLastOutput = mOutput;
         if (failure.isNull()) continue;
-        std::fprintf(stderr, "%s:%d: %s\n", qPrintable(name), command.number, qPrintable(failure));
+        const QByteArray told = QStringLiteral("%1:%2: ").arg(name).arg(command.number).toUtf8() + failure.toUtf8() + '\n';
+        std::fwrite(told.constData(), 1, std::size_t(told.size()), stderr);
         status = 1;
         if (!mKeepGoing) break;
     }
@@ -123,7 +138,7 @@ static const QHash<QString, Verb> &verbs()
     static const auto table = [] {
         QHash<QString, Verb> table;
         for (const auto *group :
-             {&hostVerbs(), &lateVerbs(), &eventVerbs(), &inputVerbs(), &lookVerbs(), &insideVerbs()})
+             {&hostVerbs(), &lateVerbs(), &eventVerbs(), &inputVerbs(), &dragVerbs(), &lookVerbs(), &insideVerbs()})
             for (const VerbRow &row : *group) table.insert(QLatin1String(row.name), row.run);
         return table;
     }();
@@ -136,6 +151,7 @@ void Interpreter::execute(const Command &command)
     const QString name = words.word("a command");
     const auto verb = verbs().constFind(name);
     if (verb == verbs().constEnd()) throw ScriptError(QStringLiteral("unknown command: %1").arg(name));
+    const qsizetype before = mOutput.size();
     ++mDepth;
     try {
         (*verb)(*this, words);
@@ -146,7 +162,10 @@ void Interpreter::execute(const Command &command)
     }
     --mDepth;
     if (waits && !skipSettle) settle();
-    if (mDepth == 0) skipSettle = false;
+    if (mDepth == 0)
+        skipSettle = false;
+    else if (!isExpectation(name))
+        mLastOutput = mOutput.mid(before); // a command of a scope, which an expectation there may ask for
 }
 
 void Interpreter::runInHandler(const QString &command, const Event &event)

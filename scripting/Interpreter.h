@@ -5,11 +5,14 @@
 #include "platform/FileText.h"
 #include "platform/MessageBox.h"
 #include "scripting/Forms.h"
+#include "scripting/Menus.h"
 #include "scripting/Script.h"
 #include "scripting/ScriptHost.h"
 #include "support/FailureReport.h"
 
 #include <QHash>
+#include <QImage>
+#include <QMimeData>
 #include <QTemporaryDir>
 #include <memory>
 
@@ -71,6 +74,9 @@ public:
     /// Null if nothing failed so.
     QString takePendingFailure() { return std::exchange(mPendingFailure, QString()); }
     Forms &forms() { return *mForms; }
+    Menus &menus() { return *mMenus; }
+    bool dragging = false;              ///< something from another program is being dragged over the control
+    std::unique_ptr<QMimeData> dragged; ///< what it is
     /// Brings the control's window to the front, so that it has the focus: a second control may have taken it.
     void activate();
 
@@ -99,6 +105,7 @@ private:
     std::unique_ptr<ScriptHost> mHost;
     std::unique_ptr<ScriptHost> mSecond;
     std::unique_ptr<Forms> mForms;
+    std::unique_ptr<Menus> mMenus;
     QString mPendingFailure;
     QString mOutput;
     QString mLastOutput;
@@ -118,9 +125,15 @@ const std::vector<VerbRow> &hostVerbs();
 const std::vector<VerbRow> &lateVerbs();
 const std::vector<VerbRow> &eventVerbs();
 const std::vector<VerbRow> &inputVerbs();
+const std::vector<VerbRow> &dragVerbs();
 const std::vector<VerbRow> &lookVerbs();
 const std::vector<VerbRow> &insideVerbs();
 
 [[noreturn]] void notAvailable();
+
+/// The MIME type of a form of the clipboard or of a drag: TEXT, HTML, HTMLFORMAT.
+QString mimeOfForm(const QString &form);
+/// A picture of a file; fails for what is none.
+QImage readPicture(const QString &file);
 
 } // namespace scripting

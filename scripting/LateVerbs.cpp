@@ -89,6 +89,8 @@ void fails(Interpreter &in, Words &words)
         text = error.text();
     } catch (const base::Error &error) {
         text = error.description();
+    } catch (const std::exception &error) {
+        text = QString::fromUtf8(error.what());
     }
     in.takePendingFailure();
     if (!failed) throw ScriptError(QStringLiteral("it didn't fail"));

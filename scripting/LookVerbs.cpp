@@ -50,6 +50,15 @@ void printCaret(Interpreter &in)
     in.print(QStringLiteral("%1 %2 %3").arg(caret.x()).arg(caret.y()).arg(caret.height()));
 }
 
+/// In body mode the control writes line ends around the body's text, which the parser takes for content.
+QString withoutWrapper(Interpreter &in, QString text)
+{
+    if (!in.control().BodyMode()) return text;
+    if (text.startsWith(QLatin1String("\r\n"))) text.remove(0, 2);
+    while (text.endsWith(QLatin1String("\r\n"))) text.chop(2);
+    return text;
+}
+
 void print(Interpreter &in, Words &words)
 {
     const QString what = words.word("what to print");
@@ -59,9 +68,9 @@ void print(Interpreter &in, Words &words)
     if (what == QLatin1String("source")) return in.printRaw(in.control().parts().txtHTMLSource->Text());
     if (what == QLatin1String("body")) {
         if (!document || !document->body()) throw ScriptError(QStringLiteral("no document is loaded"));
-        return in.printRaw(document->body()->innerHTML());
+        return in.printRaw(withoutWrapper(in, document->body()->innerHTML()));
     }
-    if (what == QLatin1String("marked")) return in.printRaw(markedBody(in));
+    if (what == QLatin1String("marked")) return in.printRaw(withoutWrapper(in, markedBody(in)));
     if (what == QLatin1String("caret")) return printCaret(in);
     if (what == QLatin1String("tree")) return printTree(in);
     if (printInside(in, what)) return;
@@ -84,6 +93,8 @@ void screenshot(Interpreter &in, Words &words)
 {
     const QString name = words.word("a file");
     const QString what = words.wordOr(QStringLiteral("all"));
+    if (what != QLatin1String("visual") && what != QLatin1String("source") && what != QLatin1String("all"))
+        throw ScriptError(QStringLiteral("visual, source or all"));
     QWidget *widget = what == QLatin1String("visual")   ? static_cast<QWidget *>(&in.host().surface())
                       : what == QLatin1String("source") ? &in.host().source()
                                                         : static_cast<QWidget *>(&in.control());

@@ -9,11 +9,17 @@
 namespace scripting {
 
 /// Standard error belongs to the script's failures. What the offscreen platform says about windows that it can't raise or
-/// size says nothing about the control.
+/// size, and Qt about the session that isn't there, says nothing about the control.
 static void showMessage(QtMsgType, const QMessageLogContext &, const QString &message)
 {
-    if (!message.startsWith(QLatin1String("This plugin does not support")))
-        std::fprintf(stderr, "%s\n", message.toUtf8().constData());
+    for (const char *noise : {"This plugin does not support", "QStandardPaths: ", "Detected locale "})
+        if (message.startsWith(QLatin1String(noise))) return;
+    std::fprintf(stderr, "%s\n", message.toUtf8().constData());
+}
+
+void beforeApplication()
+{
+    qInstallMessageHandler(showMessage);
 }
 
 static int usage()
@@ -44,11 +50,10 @@ int runScript(const QStringList &arguments)
     QFile file(name);
     const bool open = name == QLatin1String("-") ? file.open(stdin, QFile::ReadOnly) : file.open(QFile::ReadOnly);
     if (!open) {
-        std::fprintf(stderr, "%s: %s\n", qPrintable(name), qPrintable(file.errorString()));
+        std::fprintf(stderr, "%s: %s\n", name.toUtf8().constData(), file.errorString().toUtf8().constData());
         return 2;
     }
     const QString text = QString::fromUtf8(file.readAll());
-    qInstallMessageHandler(showMessage);
     return Interpreter(options).run(text, name);
 }
 

@@ -10,20 +10,43 @@
 
 namespace scripting {
 
+/// Every host there is: what the platform tells of a surface goes to the one whose control it belongs to.
+static std::vector<ScriptHost *> &hosts()
+{
+    static std::vector<ScriptHost *> hosts;
+    return hosts;
+}
+
+ScriptHost *ScriptHost::hostOf(const surface::HTMLEditor *surface)
+{
+    for (ScriptHost *host : hosts())
+        if (host->mControl && &host->surface() == surface) return host;
+    return nullptr;
+}
+
 ScriptHost::ScriptHost()
 {
+    hosts().push_back(this);
+    if (hosts().size() > 1) return;
     // Between the manager and the engine's log stands one that scripts can feed.
-    platform::setChangeDocumentWrapper([this](std::shared_ptr<IChangeDocument> live) -> std::shared_ptr<IChangeDocument> {
-        mScripted = std::make_shared<ScriptedChangeLog>(std::move(live));
-        return mScripted;
+    platform::setChangeDocumentWrapper(
+        [](std::shared_ptr<IChangeDocument> live, surface::HTMLEditor &surface) -> std::shared_ptr<IChangeDocument> {
+            ScriptHost *host = hostOf(&surface);
+            if (!host) return live;
+            host->mScripted = std::make_shared<ScriptedChangeLog>(std::move(live));
+            return host->mScripted;
+        });
+    platform::setBatchObserver([](const surface::HTMLEditor *surface, const std::vector<int> &kinds) {
+        if (ScriptHost *host = hostOf(surface)) host->mBatches.push_back(kinds);
     });
-    platform::setBatchObserver([this](const std::vector<int> &kinds) { mBatches.push_back(kinds); });
 }
 
 ScriptHost::~ScriptHost()
 {
     mSpy.reset();
     mControl.reset();
+    hosts().erase(std::find(hosts().begin(), hosts().end(), this));
+    if (!hosts().empty()) return;
     platform::setChangeDocumentWrapper({});
     platform::setBatchObserver({});
 }
@@ -43,6 +66,7 @@ void ScriptHost::makeControl(PropertyBag *bag)
                      [this](const QString &text) { loaded(text); });
     mControl->resize(1000, 800);
     show();
+    surface().setFocus();
 }
 
 void ScriptHost::loaded(const QString &text)
@@ -82,7 +106,6 @@ void ScriptHost::show()
 {
     mControl->show();
     QApplication::setActiveWindow(mControl.get()); // there is no window system to do it
-    surface().setFocus();
 }
 
 bool ScriptHost::isLoading() const
@@ -104,6 +127,11 @@ void ScriptHost::heard(const Event &event)
         for (const EventArgument &argument : event.arguments)
             if (argument.name.compare(name, Qt::CaseInsensitive) == 0) argument.write(value);
     for (const QString &command : answer.commands) runInHandler(command, event);
+}
+
+void ScriptHost::addEvent(const QString &name, const QString &argument, const platform::Value &value)
+{
+    mEvents << QStringLiteral("%1(%2=%3)").arg(name, argument, value.toJson());
 }
 
 void ScriptHost::answerEvent(const QString &event, const QString &argument, const platform::Value &value)

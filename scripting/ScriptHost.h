@@ -34,11 +34,13 @@ public:
     surface::HTMLEditor &surface() const;
     QWidget &source() const;
     void setUserMode(bool on) { mUserMode = on; }
-    /// Shown, activated and with the focus where it belongs.
+    /// Shown and activated; the focus is where it was.
     void show();
     bool isLoading() const;
 
     QStringList takeEvents() { return std::exchange(mEvents, {}); }
+    /// Something that no signal tells, in an event's form.
+    void addEvent(const QString &name, const QString &argument, const platform::Value &value);
     QStringList takePropertyChanges() { return std::exchange(mPropertyChanges, {}); }
     void answerEvent(const QString &event, const QString &argument, const platform::Value &value);
     void runOnEvent(const QString &event, const QString &command);
@@ -55,6 +57,7 @@ public:
     void forgetHistory();
 
 private:
+    static ScriptHost *hostOf(const surface::HTMLEditor *surface);
     bool UserMode() const override { return mUserMode; }
     void PropertyChanged(const QString &Name) override { mPropertyChanges << Name; }
     void heard(const Event &event);

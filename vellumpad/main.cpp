@@ -18,6 +18,9 @@ int main(int argc, char **argv)
         tour = tour || qstrcmp(argv[i], "--tour") == 0;
     }
     if ((script || tour) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+#ifdef VELLUMPAD_SCRIPTING
+    if (script) scripting::beforeApplication();
+#endif
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("VellumPad"));
     QApplication::setApplicationVersion(QStringLiteral("5.0.0"));

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "control/Published.h"
+#include "control/Vellum5.h"
+#include "engine/dom/RawTree.h"
+#include "scripting/Check.h"
 #include "scripting/Forms.h"
 #include "scripting/Interpreter.h"
 
 #include <QCheckBox>
 #include <QDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
@@ -67,6 +71,26 @@ private Q_SLOTS:
         QCOMPARE(Interpreter(Interpreter::Options()).run(script, QStringLiteral("case")), 1);
     }
 
+    /// What goes round the door is in no record.
+    void checkSeesWhatTheLogDoesNotTell()
+    {
+        Interpreter in{Interpreter::Options()};
+        QCOMPARE(in.run("html <P id=\"x\">a</P>\ntype b\ncheck", "case"), 0);
+        const QString title = QStringLiteral("t");
+        dom::RawTree::setAttribute(*in.control().DOM()->getElementById("x"), dom::Atom("title"), &title);
+        QVERIFY(checkDocument(in).startsWith("the log replays to another tree"));
+        QCOMPARE(in.run("check", "case"), 1);
+    }
+    void checkSeesWhatTheTextCannotCarry()
+    {
+        Interpreter in{Interpreter::Options()};
+        QCOMPARE(in.run("html <P id=\"x\">a</P>\ncheck", "case"), 0);
+        dom::Document &document = *in.control().DOM();
+        const auto comment = base::make<dom::Comment>(document, QStringLiteral("a-->b"));
+        dom::RawTree::insert(*document.body(), *comment, nullptr);
+        QVERIFY(checkDocument(in).startsWith("the text parses back to another tree"));
+    }
+
     void aFormIsWorkedByItsControlsNames()
     {
         QCOMPARE(work("frmSample", "set txtName \"Ann\"\nget txtName\nset chkWhole true\nget chkWhole\npress cmdOK"),
@@ -94,6 +118,53 @@ private Q_SLOTS:
         QCOMPARE(mFailures.size(), qsizetype(1));
         QCOMPARE(work("frmSample", "press cmdNone\npress cmdOK"), int(QDialog::Rejected));
         QCOMPARE(mFailures.size(), qsizetype(2));
+    }
+
+    /// Pops up a menu with the lines a script has for it; gives the tools that ran.
+    void aMenuIsListedAndPicked()
+    {
+        QStringList picked;
+        QMenu menu;
+        menu.setObjectName("popContext");
+        QAction *cut = menu.addAction("Cu&t\tCtrl+X");
+        cut->setObjectName("EditCut");
+        menu.addSeparator();
+        QAction *bold = menu.addAction("&Bold");
+        bold->setCheckable(true);
+        bold->setChecked(true);
+        bold->setEnabled(false);
+        menu.addAction("Hidden")->setVisible(false);
+        QMenu *more = menu.addMenu("&More");
+        QAction *deep = more->addAction("Deep");
+        deep->setObjectName("WidgetConvert");
+        connect(cut, &QAction::triggered, this, [&] { picked << "cut"; });
+        connect(deep, &QAction::triggered, this, [&] { picked << "deep"; });
+        QStringList printed, failures, unexpected;
+        Menus menus({[&](const QString &text) { printed << text; }, [&](const QString &text) { failures << text; },
+                     [&](const QString &name) { unexpected << name; }});
+        menus.expect("popcontext", "list\npick EditCut");
+        menu.exec();
+        QCOMPARE(printed, QStringList({"EditCut \"Cut\" enabled", "-", "Bold \"Bold\" disabled checked",
+                                       "More \"More\" enabled", "  WidgetConvert \"Deep\" enabled"}));
+        QCOMPARE(picked, QStringList("cut"));
+        menus.expect("popContext", "pick WidgetConvert");
+        menu.exec();
+        QCOMPARE(picked, QStringList({"cut", "deep"}));
+        QCOMPARE(failures, QStringList());
+        menus.expect("popContext", "pick Bold");
+        menu.exec();
+        QCOMPARE(failures.size(), qsizetype(1));
+        menus.expect("popContext", "pick Nothing");
+        menu.exec();
+        QCOMPARE(failures.size(), qsizetype(2));
+        QCOMPARE(unexpected, QStringList());
+        menus.expect("popOther", "list");
+        menu.exec(); // nobody expected this one
+        QCOMPARE(unexpected, QStringList("popContext"));
+        QCOMPARE(picked.size(), qsizetype(2));
+        menu.popup(QPoint(5, 5)); // without a loop of its own
+        QTRY_COMPARE(unexpected.size(), qsizetype(2));
+        QVERIFY(!menu.isVisible());
     }
 };
 
