@@ -86,7 +86,7 @@ void typeText(Interpreter &in, Words &words)
 
 void key(Interpreter &in, Words &words)
 {
-    while (!words.atEnd()) {
+    for (bool first = true; first || !words.atEnd(); first = false) {
         const QKeySequence sequence = keysOf(words.word("a key"));
         for (int i = 0; i < sequence.count(); ++i) {
             pressKey(in, sequence[uint(i)].key(), sequence[uint(i)].keyboardModifiers(), textOf(sequence[uint(i)]));

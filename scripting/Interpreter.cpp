@@ -156,12 +156,13 @@ void Interpreter::execute(const Command &command)
     try {
         (*verb)(*this, words);
     } catch (...) {
-        if (--mDepth == 0 && waits) settle();
+        if (--mDepth == 0 && waits && !isExpectation(name)) settle();
         if (mDepth == 0) skipSettle = false;
         throw;
     }
     --mDepth;
-    if (waits && !skipSettle) settle();
+    // An expectation only looks at what was said: what wasn't waited for is still under way behind it.
+    if (waits && !skipSettle && !isExpectation(name)) settle();
     if (mDepth == 0)
         skipSettle = false;
     else if (!isExpectation(name))

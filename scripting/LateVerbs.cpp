@@ -78,6 +78,7 @@ void same(Interpreter &in, Words &words)
 
 void fails(Interpreter &in, Words &words)
 {
+    if (words.atEnd()) throw ScriptError(QStringLiteral("a command is missing"));
     QString text;
     bool failed = true;
     const QString before = in.output();
