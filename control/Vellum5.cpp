@@ -7,6 +7,7 @@
 #include "support/FailureTrap.h"
 
 using changes::EditScope;
+using support::given;
 using support::Parameters;
 using support::trap;
 
