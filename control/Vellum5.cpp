@@ -9,6 +9,7 @@
 using changes::EditScope;
 using support::given;
 using support::Parameters;
+using support::given;
 using support::trap;
 
 // Properties and methods. Each public member is an edit scope: what the host wrote before is told first, and what the
