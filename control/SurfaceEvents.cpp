@@ -152,8 +152,9 @@ void SurfaceEvents::RaiseChangeEvent(bool Force)
 
 bool SurfaceEvents::IsIdle() const
 {
-    return !mState.mLastChangeTime.isValid() ||
-           mState.mLastChangeTime.secsTo(base::Clock::instance().now()) > 2;
+    if (!mState.mLastChangeTime.isValid()) return true;
+    // By the clock's seconds, whatever part of each has passed.
+    return base::Clock::instance().now().toSecsSinceEpoch() - mState.mLastChangeTime.toSecsSinceEpoch() > 2;
 }
 
 // The surface
