@@ -56,14 +56,22 @@ void Changes::KillChangeManager()
     });
 }
 
+/// The manager, when it has read all that waits: else a record that is older than a playback would be taken for its echo,
+/// and one that is older than a block for a part of it.
+ChangeManager *Changes::upToDateManager()
+{
+    changes::Waiting::tell();
+    // A handler that is being told of one change and has made another is told of that one later; we can't wait.
+    if (mState.mChangeManager && mState.mChangeManager->ChangesWait()) mState.mChangeManager->Flush();
+    // Who was told may have loaded another document.
+    return mState.mChangeManager.get();
+}
+
 void Changes::StartUndoBlock(bool Merge, bool PrivateBlock)
 {
     trap(module, "StartUndoBlock", given(&mState, "Merge", Merge, "PrivateBlock", PrivateBlock), [&] {
-        if (!mState.mChangeManager) return;
         // What waits happened before the block and isn't part of it.
-        changes::Waiting::tell();
-        // Who was told may have loaded another document.
-        if (mState.mChangeManager) mState.mChangeManager->StartUndoBlock(Merge, PrivateBlock);
+        if (ChangeManager *manager = upToDateManager()) manager->StartUndoBlock(Merge, PrivateBlock);
     });
 }
 
@@ -97,8 +105,7 @@ void Changes::Undo()
         if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit) {
             txtHTMLSource.ExecuteCmd(sourceUndo);
         } else {
-            changes::Waiting::tell();
-            const QPointer<ChangeManager> manager(mState.mChangeManager.get());
+            const QPointer<ChangeManager> manager(upToDateManager());
             if (!manager)
                 ed.undo();
             else
@@ -117,8 +124,7 @@ void Changes::Redo()
         if (mState.mCurrentEditView == EditViewEnum::hvSourceEdit) {
             txtHTMLSource.ExecuteCmd(sourceRedo);
         } else {
-            changes::Waiting::tell();
-            const QPointer<ChangeManager> manager(mState.mChangeManager.get());
+            const QPointer<ChangeManager> manager(upToDateManager());
             if (!manager)
                 ed.redo();
             else

@@ -25,6 +25,7 @@ public:
     bool RedoEnabled() const;
 
 private:
+    ChangeManager *upToDateManager();
     void clearCellHighlights();
 
     ControlState &mState;

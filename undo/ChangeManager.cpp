@@ -145,6 +145,14 @@ void ChangeManager::Flush()
     trap(module, "Flush", this, [&] { IHTMLChangeSink_Notify(); });
 }
 
+bool ChangeManager::ChangesWait() const
+{
+    if (!mChangeLog) return false;
+    int Length = 0;
+    mChangeLog->GetNextChange(nullptr, 0, Length);
+    return Length != 0;
+}
+
 void ChangeManager::IHTMLChangeSink_Notify()
 {
     trap(module, "IHTMLChangeSink_Notify", this, [&] {

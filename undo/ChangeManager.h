@@ -45,6 +45,8 @@ public:
     void Redo();
     /// Reads what waits in the log now.
     void Flush();
+    /// Is there anything that a `Flush` would read?
+    bool ChangesWait() const;
     /// Ends all work, once; what waits in the log is lost.
     void Terminate();
     bool Terminated() const { return mTerminated; }
