@@ -91,6 +91,8 @@ public:
     // Logs and playback
     base::Ref<ChangeLog> createLog(Sink *sink);
     void dropLog(ChangeLog &log);
+    /// Does anybody read the records? Then undo is his.
+    bool isRead() const { return !mLogs.empty(); }
     /// Plays one record and writes exactly one, its echo, even where it changes nothing or the record is damaged.
     void play(const QByteArray &record, bool forward);
     /// Told now, if records wait and no primitive is under way.

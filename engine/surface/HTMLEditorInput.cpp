@@ -97,12 +97,13 @@ void HTMLEditor::keyPressEvent(QKeyEvent *event)
     }
     if (event->matches(QKeySequence::Undo) || event->matches(QKeySequence::Redo)) {
         const bool isUndo = event->matches(QKeySequence::Undo);
-        const bool own = isUndo ? tracker()->canUndo() : tracker()->canRedo();
-        if (own)
+        event->accept();
+        // Who can't type here can't take back either.
+        if (mEditMode == dom::EditMode::Disabled) return;
+        if (!tracker()->isRead())
             isUndo ? undo() : redo();
         else
             isUndo ? Q_EMIT undoRequested() : Q_EMIT redoRequested();
-        event->accept();
         return;
     }
     // Tab belongs to the document while it is edited, also where it does nothing: it mustn't walk off with the focus.
