@@ -368,7 +368,11 @@ bool ControlHost::IsUserMode() const
 bool ControlHost::ExtenderVisible(bool ifUnknown) const
 {
     bool visible = ifUnknown;
-    support::attempt([&] { visible = container ? container->Visible() : !mControl.isHidden(); });
+    support::attempt([&] {
+        // Before it is first shown the control counts as visible: its form is being loaded.
+        const bool hidden = mControl.isHidden() && mControl.testAttribute(Qt::WA_WState_ExplicitShowHide);
+        visible = !hidden && (!container || container->Visible());
+    });
     return visible;
 }
 

@@ -10,7 +10,7 @@ public:
     virtual ~HostContainer() = default;
     /// False while the form is being designed: the control stays empty.
     virtual bool UserMode() const { return true; }
-    /// The extender's `Visible`. May fail; the control then takes it for True or False as the asker says.
+    /// The extender's `Visible`; a control that was hidden isn't visible whatever it says. May fail; the control then takes it for True or False as the asker says.
     virtual bool Visible() const { return true; }
     /// A persistent property has a new value.
     virtual void PropertyChanged(const QString &Name) { Q_UNUSED(Name); }

@@ -185,6 +185,16 @@ private Q_SLOTS:
         QCOMPARE(refreshed.count(), 1);
         control.Terminate();
     }
+    void withoutAContainerAControlShowsUntilItIsHidden()
+    {
+        Vellum5 control;
+        QVERIFY(control.parts().host.ExtenderVisible(false));
+        control.show();
+        QVERIFY(control.parts().host.ExtenderVisible(false));
+        control.hide();
+        QVERIFY(!control.parts().host.ExtenderVisible(true));
+        control.Terminate();
+    }
     void aDesignedControlStaysEmptyAndKeepsItsProperties()
     {
         Form form;
