@@ -19,6 +19,12 @@
 using changes::EditScope;
 using support::trap;
 
+/// The library's pictures; a program that links the library's archive would leave them out.
+static void initResources()
+{
+    Q_INIT_RESOURCE(vellumkit);
+}
+
 // How a control starts, keeps its properties, shows, and ends.
 
 namespace {
@@ -66,6 +72,7 @@ Vellum5::~Vellum5()
 
 void Vellum5::UserControl_Initialize(HostContainer *Container)
 {
+    initResources();
     modMain::Main();
     publishControl();
     trap(module, "Usercontrol_Initialize", &mParts->state, [&] {

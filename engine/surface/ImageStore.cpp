@@ -25,6 +25,9 @@ QByteArray dataOf(const QString &url)
 QString localName(const QString &url)
 {
     if (url.startsWith(QLatin1String("qrc:"))) return url.mid(3);
+    // A resource of a library, named by the library's file: whatever the file, the library is this one.
+    if (url.startsWith(QLatin1String("res:"), Qt::CaseInsensitive))
+        return QStringLiteral(":/vellumkit/") + url.mid(url.lastIndexOf(u'/') + 1);
     if (url.startsWith(u':') || url.startsWith(u'/')) return url;
     const QUrl address(url);
     return address.isLocalFile() ? address.toLocalFile() : QString();

@@ -339,6 +339,25 @@ private Q_SLOTS:
         QVERIFY(!control.state().mTheme);
         QVERIFY(frame() != themed);
     }
+    void aMisspeltWordIsUnderlinedByThePicture()
+    {
+        Vellum5 control;
+        control.resize(300, 200);
+        control.show();
+        const auto redPixels = [&] {
+            const QImage image = control.VisualEditControl()->viewport()->grab().toImage();
+            int count = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x) count += image.pixelColor(x, y) == QColor(255, 0, 0);
+            return count;
+        };
+        control.setBaseURL("http://example.com/"); // a page of no address has no such style
+        load(control, "<html><body><p>a <span>misspeltt</span></p></body></html>");
+        QCOMPARE(redPixels(), 0);
+        load(control, "<html><body><p>a <span class=lxMisspelled>misspeltt</span></p></body></html>");
+        QVERIFY(redPixels() > 10);
+        control.Terminate();
+    }
     void thePictureLiesInTheLibraryItself()
     {
         QCOMPARE(spellImagePath("/usr/lib/libVellumKit5.so", "/usr/bin"), QString("/usr/lib/libVellumKit5.so/waveyred.gif"));
