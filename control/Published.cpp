@@ -36,7 +36,8 @@ std::shared_ptr<platform::Collection> collectionIn(const Value &value)
     if (!collection) throw base::Error(base::errors::typeMismatch, QStringLiteral("Type mismatch"));
     if (auto shared = collection->weak_from_this().lock()) return shared;
     auto copy = std::make_shared<platform::Collection>();
-    for (const QVariant &item : *collection) copy->Add(item);
+    for (const QVariant &item : *collection)
+        copy->Add(item);
     return copy;
 }
 
@@ -46,31 +47,38 @@ void publishCommandManager()
     using platform::Arguments;
     auto interface = std::make_unique<platform::Interface>(QStringLiteral("VirtualCommandManager"));
     platform::InterfaceTable<M>(*interface)
-        .property(1, "Style", [](M &m) { return Value(m.Style()); }, [](M &m, const Value &v) { m.setStyle(v.toString()); })
-        .property(2, "FontSize", [](M &m) { return Value(m.FontSize()); },
-                  [](M &m, const Value &v) { m.setFontSize(v.toInt()); })
-        .property(3, "FontName", [](M &m) { return Value(m.FontName()); },
-                  [](M &m, const Value &v) { m.setFontName(v.toString()); })
-        .indexed(4, "CommandEnabled(Name)", [](M &m, Arguments &a) { return Value(m.CommandEnabled(a[0].toString())); },
-                 [](M &m, Arguments &a, const Value &v) { m.setCommandEnabled(a[0].toString(), v.toBoolean()); })
-        .indexed(5, "CommandChecked(Name)", [](M &m, Arguments &a) { return Value(m.CommandChecked(a[0].toString())); },
-                 [](M &m, Arguments &a, const Value &v) { m.setCommandChecked(a[0].toString(), v.toBoolean()); })
-        .indexed(6, "CommandVisible(Name)", [](M &m, Arguments &a) { return Value(m.CommandVisible(a[0].toString())); },
-                 [](M &m, Arguments &a, const Value &v) { m.setCommandVisible(a[0].toString(), v.toBoolean()); })
+        .property(
+            1, "Style", [](M &m) { return Value(m.Style()); }, [](M &m, const Value &v) { m.setStyle(v.toString()); })
+        .property(
+            2, "FontSize", [](M &m) { return Value(m.FontSize()); },
+            [](M &m, const Value &v) { m.setFontSize(v.toInt()); })
+        .property(
+            3, "FontName", [](M &m) { return Value(m.FontName()); },
+            [](M &m, const Value &v) { m.setFontName(v.toString()); })
+        .indexed(
+            4, "CommandEnabled(Name)", [](M &m, Arguments &a) { return Value(m.CommandEnabled(a[0].toString())); },
+            [](M &m, Arguments &a, const Value &v) { m.setCommandEnabled(a[0].toString(), v.toBoolean()); })
+        .indexed(
+            5, "CommandChecked(Name)", [](M &m, Arguments &a) { return Value(m.CommandChecked(a[0].toString())); },
+            [](M &m, Arguments &a, const Value &v) { m.setCommandChecked(a[0].toString(), v.toBoolean()); })
+        .indexed(
+            6, "CommandVisible(Name)", [](M &m, Arguments &a) { return Value(m.CommandVisible(a[0].toString())); },
+            [](M &m, Arguments &a, const Value &v) { m.setCommandVisible(a[0].toString(), v.toBoolean()); })
         .method(7, "SetAllDisabled()",
                 [](M &m, Arguments &) {
                     m.SetAllDisabled();
                     return Value();
                 })
-        .property(8, "Dirty", [](M &m) { return Value(m.Dirty()); },
-                  [](M &m, const Value &v) { m.setDirty(v.toBoolean()); })
+        .property(
+            8, "Dirty", [](M &m) { return Value(m.Dirty()); }, [](M &m, const Value &v) { m.setDirty(v.toBoolean()); })
         .missing(9, "SetCommandState");
     platform::publish(VirtualCommandManager::staticMetaObject, std::move(interface));
 }
 
-const platform::ClassRegistration registration("VellumKit5.Vellum5", "WYSIWYG HTML editing control", [](QWidget *parent) {
-    return static_cast<QObject *>(new Vellum5(parent));
-});
+const platform::ClassRegistration registration("VellumKit5.Vellum5", "WYSIWYG HTML editing control",
+                                               [](QWidget *parent) {
+                                                   return static_cast<QObject *>(new Vellum5(parent));
+                                               });
 
 const platform::Publisher publisher(&publishControl);
 
@@ -84,14 +92,18 @@ void publishControl()
     platform::publish(
         Vellum5::staticMetaObject, platform::control::interfaceName, platform::control::members(),
         {
-            {"DOM", [](QObject &object) { return platform::valueOf(static_cast<dom::Node *>(control(object).DOM())); }, {}},
+            {"DOM",
+             [](QObject &object) { return platform::valueOf(static_cast<dom::Node *>(control(object).DOM())); },
+             {}},
             // A host may write what it has read, or its own: nothing comes of it.
             {"CommandManager", &getObject<&Vellum5::CommandManager>,
              [](QObject &object, const Value &) { control(object).setCommandManager(nullptr); }},
             {"SourceEditControl", &getObject<&Vellum5::SourceEditControl>, {}},
             {"VisualEditControl", &getObject<&Vellum5::VisualEditControl>, {}},
             {"StyleSheets",
-             [](QObject &object) { return platform::valueOf(static_cast<QObject *>(control(object).StyleSheets().get())); },
+             [](QObject &object) {
+                 return platform::valueOf(static_cast<QObject *>(control(object).StyleSheets().get()));
+             },
              [](QObject &object, const Value &value) { control(object).setStyleSheets(collectionIn(value)); }},
         });
     platform::publishSurface();

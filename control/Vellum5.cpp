@@ -8,8 +8,6 @@
 
 using changes::EditScope;
 using support::given;
-using support::Parameters;
-using support::given;
 using support::trap;
 
 // Properties and methods. Each public member is an edit scope: what the host wrote before is told first, and what the
@@ -58,7 +56,7 @@ bool Vellum5::BodyMode() const
 void Vellum5::setBodyMode(bool BodyMode)
 {
     EditScope scope;
-    trap(module, "BodyMode", &mParts->state, [&] {
+    trap(module, "BodyMode", given(&mParts->state, "BodyMode", BodyMode), [&] {
         mParts->state.mBodyMode = BodyMode;
         tellHost("BodyMode");
     });
@@ -72,7 +70,7 @@ QString Vellum5::BaseURL() const
 void Vellum5::setBaseURL(const QString &BaseURL)
 {
     EditScope scope;
-    trap(module, "BaseURL", &mParts->state, [&] {
+    trap(module, "BaseURL", given(&mParts->state, "BaseURL", BaseURL), [&] {
         mParts->state.mBaseURL = BaseURL;
         tellHost("BaseURL");
     });
@@ -145,17 +143,20 @@ bool Vellum5::AutoFormatHTML() const
 
 void Vellum5::setAutoFormatHTML(bool AutoFormat)
 {
-    trap(module, "AutoFormatHTML", &mParts->state, [&] { modMain::mAutoFormatHTML = AutoFormat; });
+    trap(module, "AutoFormatHTML", given(&mParts->state, "AutoFormat", AutoFormat),
+         [&] { modMain::mAutoFormatHTML = AutoFormat; });
 }
 
 bool Vellum5::AutoFormatRemoveBlankLines() const
 {
-    return trap(module, "AutoFormatRemoveBlankLines", &mParts->state, [&] { return mParts->state.mAutoFormatRemoveBlankLines; });
+    return trap(module, "AutoFormatRemoveBlankLines", &mParts->state,
+                [&] { return mParts->state.mAutoFormatRemoveBlankLines; });
 }
 
 void Vellum5::setAutoFormatRemoveBlankLines(bool Remove)
 {
-    trap(module, "AutoFormatRemoveBlankLines", &mParts->state, [&] { mParts->state.mAutoFormatRemoveBlankLines = Remove; });
+    trap(module, "AutoFormatRemoveBlankLines", given(&mParts->state, "Remove", Remove),
+         [&] { mParts->state.mAutoFormatRemoveBlankLines = Remove; });
 }
 
 int Vellum5::WrapCharacters() const
@@ -165,7 +166,8 @@ int Vellum5::WrapCharacters() const
 
 void Vellum5::setWrapCharacters(int Characters)
 {
-    trap(module, "WrapCharacters", &mParts->state, [&] { mParts->state.mWrapCharacters = Characters; });
+    trap(module, "WrapCharacters", given(&mParts->state, "Characters", Characters),
+         [&] { mParts->state.mWrapCharacters = Characters; });
 }
 
 QString Vellum5::FormatHTMLString(const QString &Text, bool IsBody)
@@ -188,12 +190,14 @@ void Vellum5::setEditView(int View)
 
 bool Vellum5::DontPostWhenEditViewChanges() const
 {
-    return trap(module, "DontPostWhenEditViewChanges", &mParts->state, [&] { return mParts->state.DontPostWhenEditViewChanges; });
+    return trap(module, "DontPostWhenEditViewChanges", &mParts->state,
+                [&] { return mParts->state.DontPostWhenEditViewChanges; });
 }
 
 void Vellum5::setDontPostWhenEditViewChanges(bool DontPost)
 {
-    trap(module, "DontPostWhenEditViewChanges", &mParts->state, [&] { mParts->state.DontPostWhenEditViewChanges = DontPost; });
+    trap(module, "DontPostWhenEditViewChanges", given(&mParts->state, "DontPost", DontPost),
+         [&] { mParts->state.DontPostWhenEditViewChanges = DontPost; });
 }
 
 bool Vellum5::ShowFlatStrip() const
@@ -272,8 +276,7 @@ int Vellum5::EditMode() const
 void Vellum5::setEditMode(int Mode)
 {
     EditScope scope;
-    trap(module, "EditMode", &mParts->state, [&] {
-        Parameters parameters("EditMode", Mode);
+    trap(module, "EditMode", given(&mParts->state, "Mode", Mode), [&] {
         if (Mode < 0 || Mode > 2)
             throw base::Error(base::errors::invalidValue, QStringLiteral("There is no edit mode %1.").arg(Mode));
         mParts->state.mEditMode = Mode; // reaches the surface at the next update of the view
@@ -298,13 +301,14 @@ void Vellum5::setLocked(bool Locked)
 
 bool Vellum5::AutoSelectEditableSpans() const
 {
-    return trap(module, "AutoSelectEditableSpans", &mParts->state, [&] { return mParts->ed->autoSelectEditableSpans(); });
+    return trap(module, "AutoSelectEditableSpans", &mParts->state,
+                [&] { return mParts->ed->autoSelectEditableSpans(); });
 }
 
 void Vellum5::setAutoSelectEditableSpans(bool AutoSelect)
 {
     EditScope scope;
-    trap(module, "AutoSelectEditableSpans", &mParts->state, [&] {
+    trap(module, "AutoSelectEditableSpans", given(&mParts->state, "AutoSelect", AutoSelect), [&] {
         mParts->ed->setAutoSelectEditableSpans(AutoSelect);
         tellHost("AutoSelectEditableSpans");
     });
@@ -317,7 +321,7 @@ bool Vellum5::EnableLinkClicks() const
 
 void Vellum5::setEnableLinkClicks(bool Enable)
 {
-    trap(module, "EnableLinkClicks", &mParts->state, [&] {
+    trap(module, "EnableLinkClicks", given(&mParts->state, "Enable", Enable), [&] {
         mParts->state.mEnableLinkClicks = Enable;
         tellHost("EnableLinkClicks");
     });
@@ -330,7 +334,8 @@ int Vellum5::ChangeDelay() const
 
 void Vellum5::setChangeDelay(int Milliseconds)
 {
-    trap(module, "ChangeDelay", &mParts->state, [&] { mParts->state.ChangeDelay = Milliseconds; });
+    trap(module, "ChangeDelay", given(&mParts->state, "Milliseconds", Milliseconds),
+         [&] { mParts->state.ChangeDelay = Milliseconds; });
 }
 
 void Vellum5::CommitEdit()
@@ -447,15 +452,18 @@ bool Vellum5::PageMapDragInProgress() const
 
 void Vellum5::setPageMapDragInProgress(bool InProgress)
 {
-    trap(module, "PageMapDragInProgress", &mParts->state, [&] { mParts->state.PageMapDragInProgress = InProgress; });
+    trap(module, "PageMapDragInProgress", given(&mParts->state, "InProgress", InProgress),
+         [&] { mParts->state.PageMapDragInProgress = InProgress; });
 }
 
 bool Vellum5::LockPageMapAndBarRefresh() const
 {
-    return trap(module, "LockPageMapAndBarRefresh", &mParts->state, [&] { return mParts->state.LockPageMapAndBarRefresh; });
+    return trap(module, "LockPageMapAndBarRefresh", &mParts->state,
+                [&] { return mParts->state.LockPageMapAndBarRefresh; });
 }
 
 void Vellum5::setLockPageMapAndBarRefresh(bool Lock)
 {
-    trap(module, "LockPageMapAndBarRefresh", &mParts->state, [&] { mParts->state.LockPageMapAndBarRefresh = Lock; });
+    trap(module, "LockPageMapAndBarRefresh", given(&mParts->state, "Lock", Lock),
+         [&] { mParts->state.LockPageMapAndBarRefresh = Lock; });
 }

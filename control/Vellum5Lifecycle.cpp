@@ -41,8 +41,9 @@ QString setting(const char *name)
 
 Vellum5::Parts::Parts(Vellum5 &control)
     : host(control), splitMain(new Splitter(Qt::Horizontal, &control)), conEditors(new Container(&control)),
-      splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)), txtHTMLSource(new CodeMax(conEditors)),
-      strip(new FlatStrip(&control)), regions(host), text(state, host, *ed, *txtHTMLSource),
+      splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)),
+      txtHTMLSource(new CodeMax(conEditors)), strip(new FlatStrip(&control)), regions(host),
+      text(state, host, *ed, *txtHTMLSource),
       views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
       events(state, host, *ed, *txtHTMLSource, regions), changes(state, host, *ed, *txtHTMLSource, events),
       commands(host, state.mSpecificElement)
@@ -111,8 +112,9 @@ void Vellum5::wireChildren()
         EditScope scope;
         p.text.ed_DocumentComplete(url);
     });
-    connect(p.ed, &HTMLEditor::beforeNavigate, this,
-            [&p](const surface::Navigation &navigation, bool &Cancel) { p.events.ed_BeforeNavigate(navigation, Cancel); });
+    connect(p.ed, &HTMLEditor::beforeNavigate, this, [&p](const surface::Navigation &navigation, bool &Cancel) {
+        p.events.ed_BeforeNavigate(navigation, Cancel);
+    });
     connect(p.ed, &HTMLEditor::navigateComplete, this, [&p] { p.events.ed_NavigateComplete(); });
     connect(p.ed, &HTMLEditor::elementEvent, this, [&p](int id, dom::EventObject *event, bool &CancelDefault) {
         p.events.ed_ElementEvent(id, event, CancelDefault);
@@ -171,7 +173,8 @@ void Vellum5::Initialise()
         HotKeys::global().add(137, QKeySequence(Qt::CTRL | Qt::Key_A));
         HotKeys::global().removeAll(178);
         HotKeys::global().removeAll(169);
-        for (const int option : {7, 8, 1}) mParts->ed->setNumberedOption(option, true);
+        for (const int option : {7, 8, 1})
+            mParts->ed->setNumberedOption(option, true);
         state.mHTMLSourceChanged = true;
         mParts->views.setEditView(EditViewEnum::hvVisualEdit);
         support::WindowPositionStore::instance().setRootKey(QStringLiteral("Software\\Brimfield\\Vellum"));
@@ -295,8 +298,9 @@ void Vellum5::UserControl_Terminate()
 {
     trap(module, "Usercontrol_Terminate", &mParts->state, [&] {
         if (!mParts->state.mTerminated) {
-            OutputDebugString(QStringLiteral("**Warning** Terminate has not been explicitly called on this Vellum instance "
-                                             "- calling from UserControl_Terminate"));
+            OutputDebugString(
+                QStringLiteral("**Warning** Terminate has not been explicitly called on this Vellum instance "
+                               "- calling from UserControl_Terminate"));
             Terminate();
         }
         if (mParts->isCounted) --modMain::mInstanceCount;

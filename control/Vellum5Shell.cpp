@@ -11,7 +11,7 @@
 #include <QEvent>
 
 using changes::EditScope;
-using support::Parameters;
+using support::given;
 using support::trap;
 
 // The members of the shell itself: its name, state and looks, and the objects that it hands out.
@@ -28,8 +28,7 @@ QString Vellum5::AppName() const
 void Vellum5::setAppName(const QString &AppName)
 {
     EditScope scope;
-    trap(module, "AppName", &mParts->state, [&] {
-        Parameters parameters("AppName", AppName);
+    trap(module, "AppName", given(&mParts->state, "AppName", AppName), [&] {
         modMain::mAppName = AppName;
         const auto setting = [](const char *name, const char *byDefault) {
             return modMain::GetAppValue(QLatin1String(name), QLatin1String(byDefault)).toString();
@@ -57,8 +56,8 @@ void Vellum5::setEnabled(bool Enabled)
     if (Enabled) {
         QWidget::setEnabled(true);
     } else {
-        // What the control shows stays at hand: the tabs work, and the surface and the source editor have been told what
-        // they may do. So the widget itself is disabled, as its callers can see, and its children aren't.
+        // What the control shows stays at hand: the tabs work, and the surface and the source editor have been told
+        // what they may do. So the widget itself is disabled, as its callers can see, and its children aren't.
         setAttribute(Qt::WA_ForceDisabled);
         setAttribute(Qt::WA_Disabled);
         QEvent changed(QEvent::EnabledChange);
@@ -69,8 +68,7 @@ void Vellum5::setEnabled(bool Enabled)
 
 void Vellum5::letEnabled(bool Enabled)
 {
-    trap(module, "Enabled", &mParts->state, [&] {
-        Parameters parameters("Enabled", Enabled);
+    trap(module, "Enabled", given(&mParts->state, "Enabled", Enabled), [&] {
         mParts->state.mEnabled = Enabled;
         mParts->ed->setEditMode(Enabled ? dom::EditMode(mParts->state.mEditMode) : dom::EditMode::Disabled);
         mParts->host.RefreshTools();
@@ -86,8 +84,7 @@ uint Vellum5::BackColor() const
 void Vellum5::setBackColor(uint BackColor)
 {
     EditScope scope;
-    trap(module, "BackColor", &mParts->state, [&] {
-        Parameters parameters("BackColor", BackColor);
+    trap(module, "BackColor", given(&mParts->state, "BackColor", BackColor), [&] {
         mParts->state.mBackColor = BackColor;
         mParts->strip->setBackColor(platform::oleColor(BackColor, palette()));
         tellHost("BackColor");
@@ -102,8 +99,7 @@ int Vellum5::BorderStyle() const
 void Vellum5::setBorderStyle(int BorderStyle)
 {
     EditScope scope;
-    trap(module, "BorderStyle", &mParts->state, [&] {
-        Parameters parameters("BorderStyle", BorderStyle);
+    trap(module, "BorderStyle", given(&mParts->state, "BorderStyle", BorderStyle), [&] {
         mParts->state.mBorderStyle = BorderStyle;
         mParts->views.UserControl_Resize();
         update();
@@ -119,8 +115,7 @@ int Vellum5::ContextToolbarStyle() const
 void Vellum5::setContextToolbarStyle(int Style)
 {
     EditScope scope;
-    trap(module, "ContextToolbarStyle", &mParts->state, [&] {
-        Parameters parameters("Style", Style);
+    trap(module, "ContextToolbarStyle", given(&mParts->state, "Style", Style), [&] {
         mParts->state.mContextToolbarStyle = Style; // the menus and the strips take their looks from it
     });
 }

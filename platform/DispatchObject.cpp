@@ -12,7 +12,8 @@ using base::Error;
 
 namespace {
 
-struct Published {
+struct Published
+{
     QString name;
     std::vector<MemberRow> rows;
     std::vector<MemberBinding> bindings;
@@ -20,10 +21,11 @@ struct Published {
     std::unique_ptr<Interface> table;
 };
 
-struct PublishedClasses {
+struct PublishedClasses
+{
     std::map<const QMetaObject *, Published> byClass;
     std::vector<std::pair<const QMetaObject *, const Interface *>> order; // one of both
-    std::vector<void (*)()> waiting; // publishers that haven't been asked yet
+    std::vector<void (*)()> waiting;                                      // publishers that haven't been asked yet
 };
 
 PublishedClasses &registry()
@@ -36,7 +38,8 @@ PublishedClasses &registry()
 std::map<const QMetaObject *, Published> &publishedClasses()
 {
     PublishedClasses &classes = registry();
-    for (void (*publishing)() : std::exchange(classes.waiting, {})) publishing();
+    for (void (*publishing)() : std::exchange(classes.waiting, {}))
+        publishing();
     return classes.byClass;
 }
 
@@ -89,8 +92,8 @@ Value invoke(QObject &object, const QMetaMethod &method, Arguments &arguments)
     for (int i = 0; i < method.parameterCount(); ++i) {
         const ParameterType type(method, i);
         if (!type.isKnown())
-            throw Error(base::errors::typeMismatch, QStringLiteral("Type mismatch: %1")
-                                                        .arg(QString::fromLatin1(method.parameterTypeName(i))));
+            throw Error(base::errors::typeMismatch,
+                        QStringLiteral("Type mismatch: %1").arg(QString::fromLatin1(method.parameterTypeName(i))));
         slots.emplace_back(type);
         // An argument by reference that isn't given begins as its type does.
         const Value &given = arguments[std::size_t(i)];
@@ -108,10 +111,12 @@ Value invoke(QObject &object, const QMetaMethod &method, Arguments &arguments)
 const QMetaMethod &pick(const Overloads &overloads, const Arguments &arguments)
 {
     int given = int(arguments.size());
-    while (given > 0 && arguments[std::size_t(given) - 1].isEmpty()) --given;
+    while (given > 0 && arguments[std::size_t(given) - 1].isEmpty())
+        --given;
     const QMetaMethod *best = nullptr;
     for (const QMetaMethod &method : overloads) {
-        if (method.parameterCount() >= given && (!best || method.parameterCount() < best->parameterCount())) best = &method;
+        if (method.parameterCount() >= given && (!best || method.parameterCount() < best->parameterCount()))
+            best = &method;
     }
     return best ? *best : overloads.front();
 }
@@ -120,13 +125,16 @@ Member methodMember(const QString &name, const Overloads &overloads)
 {
     Member member;
     member.name = name;
-    const auto longer = [](const QMetaMethod &a, const QMetaMethod &b) { return a.parameterCount() < b.parameterCount(); };
+    const auto longer = [](const QMetaMethod &a, const QMetaMethod &b) {
+        return a.parameterCount() < b.parameterCount();
+    };
     const QMetaMethod &longest = *std::max_element(overloads.begin(), overloads.end(), longer);
     const int required = std::min_element(overloads.begin(), overloads.end(), longer)->parameterCount();
     const QList<QByteArray> names = longest.parameterNames();
     for (int i = 0; i < longest.parameterCount(); ++i) {
         bool onlyReferencesLeft = true;
-        for (int j = i; j < required; ++j) onlyReferencesLeft = onlyReferencesLeft && isReference(longest, j);
+        for (int j = i; j < required; ++j)
+            onlyReferencesLeft = onlyReferencesLeft && isReference(longest, j);
         member.parameters.push_back({QString::fromLatin1(names[i]), isReference(longest, i), onlyReferencesLeft});
     }
     member.get = [overloads](const ObjectRef &object, Arguments &arguments) {
@@ -247,7 +255,8 @@ std::unique_ptr<Interface> buildPublished(const QMetaObject &meta, Published &pu
     if (published.table) return std::move(published.table);
     auto interface = std::make_unique<Interface>(published.name);
     QHash<QString, Member> told;
-    for (Member &member : toldMembers(meta)) told.insert(member.name.toLower(), std::move(member));
+    for (Member &member : toldMembers(meta))
+        told.insert(member.name.toLower(), std::move(member));
     for (const MemberBinding &binding : published.bindings)
         told.insert(QString::fromLatin1(binding.name).toLower(), boundMember(binding));
     for (const MemberRow &row : published.rows) {
@@ -276,7 +285,8 @@ std::unique_ptr<Interface> buildTold(const QMetaObject &meta)
     return interface;
 }
 
-struct KnownType {
+struct KnownType
+{
     std::unique_ptr<Interface> interface;
     ObjectType type;
 };
@@ -326,7 +336,8 @@ std::vector<const Interface *> publishedInterfaces()
 {
     publishedClasses();
     std::vector<const Interface *> list;
-    for (const auto &[meta, interface] : registry().order) list.push_back(interface ? interface : &interfaceOf(*meta));
+    for (const auto &[meta, interface] : registry().order)
+        list.push_back(interface ? interface : &interfaceOf(*meta));
     return list;
 }
 

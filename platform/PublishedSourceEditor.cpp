@@ -11,7 +11,8 @@ namespace platform {
 namespace {
 
 /// A place or a range as a late-bound object: a value that a host may change and hand back.
-template <class T> struct Held final : base::RefCounted {
+template <class T> struct Held final : base::RefCounted
+{
     explicit Held(T value) : value(std::move(value)) {}
     T value;
 };
@@ -88,23 +89,26 @@ template <class Work> auto silent(Work work)
 void addText(InterfaceTable<CodeMax> &table)
 {
     using C = CodeMax;
-    table.property(-517, "Text", [](C &c) { return Value(c.Text()); },
-                   [](C &c, const Value &v) { c.setText(v.toString()); })
-        .property(-546, "SelText", [](C &c) { return Value(c.SelText()); },
-                  [](C &c, const Value &v) { c.setSelText(v.toString()); })
+    table
+        .property(
+            -517, "Text", [](C &c) { return Value(c.Text()); }, [](C &c, const Value &v) { c.setText(v.toString()); })
+        .property(
+            -546, "SelText", [](C &c) { return Value(c.SelText()); },
+            [](C &c, const Value &v) { c.setSelText(v.toString()); })
         .read(-515, "hWnd", [](C &c) { return Value(quint64(c.hWnd())); })
-        .property(4, "ReadOnly", [](C &c) { return Value(c.ReadOnly()); },
-                  [](C &c, const Value &v) { c.setReadOnly(v.toBoolean()); })
+        .property(
+            4, "ReadOnly", [](C &c) { return Value(c.ReadOnly()); },
+            [](C &c, const Value &v) { c.setReadOnly(v.toBoolean()); })
         .read(25, "LineCount", [](C &c) { return Value(c.LineCount()); })
-        .property(33, "FindText", [](C &c) { return Value(c.FindText()); },
-                  [](C &c, const Value &v) { c.setFindText(v.toString()); })
+        .property(
+            33, "FindText", [](C &c) { return Value(c.FindText()); },
+            [](C &c, const Value &v) { c.setFindText(v.toString()); })
         .method(39, "GetSel([Normalised])",
                 [](C &c, Arguments &a) {
                     return countedValue(rangeType(), new HeldRange(c.GetSel(a[0].isEmpty() || a[0].toBoolean())));
                 })
-        .method(40, "SetSel(Range, [MakeVisible])", silent([](C &c, Arguments &a) {
-                    c.SetSel(heldIn<CodeMaxRange>(a[0], rangeType()), a[1].toBoolean());
-                }))
+        .method(40, "SetSel(Range, [MakeVisible])",
+                silent([](C &c, Arguments &a) { c.SetSel(heldIn<CodeMaxRange>(a[0], rangeType()), a[1].toBoolean()); }))
         .method(58, "ReplaceSel(Text)", silent([](C &c, Arguments &a) { c.ReplaceSel(a[0].toString()); }))
         .read(60, "CanUndo", [](C &c) { return Value(c.CanUndo()); })
         .read(61, "CanRedo", [](C &c) { return Value(c.CanRedo()); })
@@ -126,17 +130,21 @@ void addMore(InterfaceTable<CodeMax> &table)
     table.method(59, "ExecuteCmd(Command)", [](C &c, Arguments &a) { return Value(c.ExecuteCmd(a[0].toInt())); })
         .method(102, "ClearErrorState()", silent([](C &c, Arguments &) { c.ClearErrorState(); }))
         .read(1001, "ErrorState", [](C &c) { return Value(c.ErrorState()); })
-        .property(1002, "ReplText", [](C &c) { return Value(c.ReplText()); },
-                  [](C &c, const Value &v) { c.setReplText(v.toString()); })
-        .property(1003, "SelStart", [](C &c) { return Value(c.SelStart()); },
-                  [](C &c, const Value &v) { c.setSelStart(v.toInt()); })
-        .property(1004, "SelEnd", [](C &c) { return Value(c.SelEnd()); },
-                  [](C &c, const Value &v) { c.setSelEnd(v.toInt()); })
+        .property(
+            1002, "ReplText", [](C &c) { return Value(c.ReplText()); },
+            [](C &c, const Value &v) { c.setReplText(v.toString()); })
+        .property(
+            1003, "SelStart", [](C &c) { return Value(c.SelStart()); },
+            [](C &c, const Value &v) { c.setSelStart(v.toInt()); })
+        .property(
+            1004, "SelEnd", [](C &c) { return Value(c.SelEnd()); },
+            [](C &c, const Value &v) { c.setSelEnd(v.toInt()); })
         .method(1005, "InsertText(Text, Position)",
                 silent([](C &c, Arguments &a) { c.InsertText(a[0].toString(), offsetOf(c, a[1])); }))
         .read(1006, "ReplaceCount", [](C &c) { return Value(c.ReplaceCount()); })
-        .property(1007, "Enabled", [](C &c) { return Value(c.isEnabled()); },
-                  [](C &c, const Value &v) { c.setEnabled(v.toBoolean()); })
+        .property(
+            1007, "Enabled", [](C &c) { return Value(c.isEnabled()); },
+            [](C &c, const Value &v) { c.setEnabled(v.toBoolean()); })
         .method(1008, "LineText(LineNo)", [](C &c, Arguments &a) { return Value(c.LineText(a[0].toInt())); })
         .method(1009, "PositionOf(Offset)",
                 [](C &c, Arguments &a) {

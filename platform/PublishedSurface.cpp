@@ -29,31 +29,38 @@ void addState(InterfaceTable<HTMLEditor> &table)
 {
     using S = HTMLEditor;
     table.read(memberDocument, "document", [](S &s) { return valueOf(static_cast<dom::Node *>(s.document())); })
-        .property(memberBaseURL, "BaseURL", [](S &s) { return Value(s.baseUrl()); },
-                  [](S &s, const Value &v) { s.setBaseUrl(v.toString()); })
+        .property(
+            memberBaseURL, "BaseURL", [](S &s) { return Value(s.baseUrl()); },
+            [](S &s, const Value &v) { s.setBaseUrl(v.toString()); })
         .method(memberNavigate, "Navigate(URL, [Flags], [TargetFrameName], [PostData], [Headers])",
                 [](S &s, Arguments &a) {
                     s.navigate(navigationOf(a));
                     return Value();
                 })
         .write(memberDocumentText, "DocumentText", [](S &s, const Value &v) { s.setDocumentText(v.toString()); })
-        .property(memberShowDetails, "ShowDetails", [](S &s) { return Value(s.showDetails()); },
-                  [](S &s, const Value &v) { s.setShowDetails(v.toBoolean()); })
-        .property(memberShowBorders, "ShowBorders", [](S &s) { return Value(s.showBorders()); },
-                  [](S &s, const Value &v) { s.setShowBorders(v.toBoolean()); })
-        .indexed(memberNumberedOption, "NumberedOption(Index)",
-                 [](S &s, Arguments &a) { return Value(s.numberedOption(a[0].toInt())); },
-                 [](S &s, Arguments &a, const Value &v) { s.setNumberedOption(a[0].toInt(), v.toBoolean()); })
-        .property(memberEditMode, "EditMode", [](S &s) { return Value(int(s.editMode())); },
-                  [](S &s, const Value &v) { s.setEditMode(dom::EditMode(std::clamp(v.toInt(), 0, 2))); })
-        .property(memberExternalObject, "ExternalObject", [](S &s) { return valueOf(s.externalObject()); },
-                  [](S &s, const Value &v) {
-                      const ObjectRef object = v.toObject();
-                      s.setExternalObject(object.isNothing() ? nullptr : object.qobject());
-                  })
-        .property(memberAutoSelectEditableSpans, "AutoSelectEditableSpans",
-                  [](S &s) { return Value(s.autoSelectEditableSpans()); },
-                  [](S &s, const Value &v) { s.setAutoSelectEditableSpans(v.toBoolean()); })
+        .property(
+            memberShowDetails, "ShowDetails", [](S &s) { return Value(s.showDetails()); },
+            [](S &s, const Value &v) { s.setShowDetails(v.toBoolean()); })
+        .property(
+            memberShowBorders, "ShowBorders", [](S &s) { return Value(s.showBorders()); },
+            [](S &s, const Value &v) { s.setShowBorders(v.toBoolean()); })
+        .indexed(
+            memberNumberedOption, "NumberedOption(Index)",
+            [](S &s, Arguments &a) { return Value(s.numberedOption(a[0].toInt())); },
+            [](S &s, Arguments &a, const Value &v) { s.setNumberedOption(a[0].toInt(), v.toBoolean()); })
+        .property(
+            memberEditMode, "EditMode", [](S &s) { return Value(int(s.editMode())); },
+            [](S &s, const Value &v) { s.setEditMode(dom::EditMode(std::clamp(v.toInt(), 0, 2))); })
+        .property(
+            memberExternalObject, "ExternalObject", [](S &s) { return valueOf(s.externalObject()); },
+            [](S &s, const Value &v) {
+                const ObjectRef object = v.toObject();
+                s.setExternalObject(object.isNothing() ? nullptr : object.qobject());
+            })
+        .property(
+            memberAutoSelectEditableSpans, "AutoSelectEditableSpans",
+            [](S &s) { return Value(s.autoSelectEditableSpans()); },
+            [](S &s, const Value &v) { s.setAutoSelectEditableSpans(v.toBoolean()); })
         .read(memberWindowHandle, "hWnd", [](S &s) { return Value(quint64(s.winId())); })
         .method(memberFocusAtLoadEnd, "FocusAtLoadEnd()",
                 [](S &s, Arguments &) {
@@ -72,8 +79,9 @@ void addState(InterfaceTable<HTMLEditor> &table)
 void addCommands(InterfaceTable<HTMLEditor> &table)
 {
     using S = HTMLEditor;
-    table.method(memberQueryStatus, "QueryStatus(Command)",
-                 [](S &s, Arguments &a) { return Value(s.queryStatus(a[0].toInt())); })
+    table
+        .method(memberQueryStatus, "QueryStatus(Command)",
+                [](S &s, Arguments &a) { return Value(s.queryStatus(a[0].toInt())); })
         .method(memberUndo, "Undo()", [](S &s, Arguments &) { return Value(s.undo()); })
         .method(memberRedo, "Redo()", [](S &s, Arguments &) { return Value(s.redo()); })
         .method(memberIsCommandEnabled, "IsCommandEnabled(Command)",
@@ -81,14 +89,37 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
         .method(memberExecCommand, "ExecCommand(Command, [ShowUI], [Value])",
                 [](S &s, Arguments &a) { return Value(s.execCommand(a[0].toInt(), textOr(a[2]))); });
     // What formats and pastes joins the surface with the engine's commands.
-    for (const auto &[id, name] : std::initializer_list<std::pair<int, const char *>>{
-             {6, "Cut"},          {7, "Copy"},         {8, "Paste"},         {9, "Delete"},      {13, "FillColor"},
-             {14, "ForeColor"},   {15, "Bold"},        {16, "Italic"},       {17, "Underline"},  {18, "Strikethrough"},
-             {19, "Superscript"}, {20, "Subscript"},   {21, "FontName"},     {22, "FontSize"},   {24, "BlockFormatName"},
-             {25, "BlockFormatNames"}, {26, "JustifyLeft"}, {27, "JustifyCenter"}, {28, "JustifyRight"}, {30, "Indent"},
-             {31, "Outdent"},     {32, "BulletedList"}, {33, "NumberedList"}, {memberSelectedCells, "SelectedCells"},
-             {memberSelectedArea, "SelectedArea"}, {memberHotSpotTool, "HotSpotTool"}, {128, "PasteRows"},
-             {129, "PasteCells"}, {130, "PasteNested"}, {memberCommandMapping, "CommandMapping"}})
+    for (const auto &[id, name] :
+         std::initializer_list<std::pair<int, const char *>>{{6, "Cut"},
+                                                             {7, "Copy"},
+                                                             {8, "Paste"},
+                                                             {9, "Delete"},
+                                                             {13, "FillColor"},
+                                                             {14, "ForeColor"},
+                                                             {15, "Bold"},
+                                                             {16, "Italic"},
+                                                             {17, "Underline"},
+                                                             {18, "Strikethrough"},
+                                                             {19, "Superscript"},
+                                                             {20, "Subscript"},
+                                                             {21, "FontName"},
+                                                             {22, "FontSize"},
+                                                             {24, "BlockFormatName"},
+                                                             {25, "BlockFormatNames"},
+                                                             {26, "JustifyLeft"},
+                                                             {27, "JustifyCenter"},
+                                                             {28, "JustifyRight"},
+                                                             {30, "Indent"},
+                                                             {31, "Outdent"},
+                                                             {32, "BulletedList"},
+                                                             {33, "NumberedList"},
+                                                             {memberSelectedCells, "SelectedCells"},
+                                                             {memberSelectedArea, "SelectedArea"},
+                                                             {memberHotSpotTool, "HotSpotTool"},
+                                                             {128, "PasteRows"},
+                                                             {129, "PasteCells"},
+                                                             {130, "PasteNested"},
+                                                             {memberCommandMapping, "CommandMapping"}})
         table.missing(id, name);
 }
 

@@ -17,13 +17,14 @@
 ///       1602 get set nodeValue
 ///       1603 get specified
 ///
-/// Arguments in brackets may be left out, one with a "&" is taken by reference. A member that has its id and isn't there
-/// yet is "unavailable"; of an event, only those of its arguments with a "&" can be answered.
+/// Arguments in brackets may be left out, one with a "&" is taken by reference. A member that has its id and isn't
+/// there yet is "unavailable"; of an event, only those of its arguments with a "&" can be answered.
 namespace platform::typelibrary {
 
 namespace {
 
-struct Chapter {
+struct Chapter
+{
     QString kind;
     QString name;
     QStringList lines;
@@ -51,8 +52,9 @@ Chapter chapterOf(const Interface &interface)
 {
     Chapter chapter{QStringLiteral("interface"), interface.name(), {}};
     for (const Member &member : interface.members())
-        chapter.lines += QStringLiteral("%1 %2 %3").arg(QString::number(member.id), kindOf(member),
-                                                        member.isMissing ? member.name : member.signature());
+        chapter.lines +=
+            QStringLiteral("%1 %2 %3")
+                .arg(QString::number(member.id), kindOf(member), member.isMissing ? member.name : member.signature());
     return chapter;
 }
 
@@ -80,7 +82,8 @@ std::vector<Chapter> chapters()
     }
     for (const Interface *interface : published)
         if (interface->name() != controlName) all.push_back(chapterOf(*interface));
-    for (const Interface *interface : documentInterfaces()) all.push_back(chapterOf(*interface));
+    for (const Interface *interface : documentInterfaces())
+        all.push_back(chapterOf(*interface));
     return all;
 }
 
@@ -92,7 +95,8 @@ QString text()
                       .arg(QLatin1String(support::applicationName), QLatin1String(support::applicationVersion));
     for (const Chapter &chapter : chapters()) {
         out += u'\n' + chapter.kind + u' ' + chapter.name + u'\n';
-        for (const QString &line : chapter.lines) out += QLatin1String("  ") + line + u'\n';
+        for (const QString &line : chapter.lines)
+            out += QLatin1String("  ") + line + u'\n';
     }
     return out;
 }
@@ -108,7 +112,8 @@ QString text(const QString &name)
 QStringList names()
 {
     QStringList list;
-    for (const Chapter &chapter : chapters()) list += chapter.name;
+    for (const Chapter &chapter : chapters())
+        list += chapter.name;
     return list;
 }
 

@@ -155,7 +155,8 @@ private Q_SLOTS:
         QVERIFY2(library.load(), qPrintable(library.errorString()));
         for (const char *name : {"DllGetClassObject", "DllCanUnloadNow", "DllRegisterServer", "DllUnregisterServer"})
             QVERIFY2(library.resolve(name), name);
-        const auto classObject = reinterpret_cast<long (*)(const char *, const void **)>(library.resolve("DllGetClassObject"));
+        const auto classObject =
+            reinterpret_cast<long (*)(const char *, const void **)>(library.resolve("DllGetClassObject"));
         const auto canUnload = reinterpret_cast<long (*)()>(library.resolve("DllCanUnloadNow"));
         const void *found = nullptr;
         QCOMPARE(classObject("VellumKit5.Vellum5", &found), vellumOk);

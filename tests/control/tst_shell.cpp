@@ -23,7 +23,8 @@ class tst_shell : public QObject
     QTemporaryDir mFolder;
 
     /// A container that writes down what the control asks and tells.
-    struct Form final : HostContainer {
+    struct Form final : HostContainer
+    {
         bool userMode = true;
         bool visible = true;
         bool fails = false;
@@ -39,7 +40,8 @@ class tst_shell : public QObject
     static void load(Vellum5 &control, const QString &html)
     {
         control.setDocumentHTML(html);
-        while (control.VisualEditControl()->isLoading()) QCoreApplication::processEvents();
+        while (control.VisualEditControl()->isLoading())
+            QCoreApplication::processEvents();
     }
 
 private Q_SLOTS:
@@ -165,7 +167,8 @@ private Q_SLOTS:
         bag.set("ShowDetails", true);
         Vellum5 control(bag, nullptr, &form);
         // By the setter of each, in the order in which they are read.
-        QCOMPARE(form.told, QStringList({"ShowPropertySheet", "ShowDetails", "ShowPropertySheet", "BackColor", "BorderStyle"}));
+        QCOMPARE(form.told,
+                 QStringList({"ShowPropertySheet", "ShowDetails", "ShowPropertySheet", "BackColor", "BorderStyle"}));
         control.Terminate();
     }
     void theContainerIsAskedWhetherTheControlShows()
@@ -348,7 +351,8 @@ private Q_SLOTS:
             const QImage image = control.VisualEditControl()->viewport()->grab().toImage();
             int count = 0;
             for (int y = 0; y < image.height(); ++y)
-                for (int x = 0; x < image.width(); ++x) count += image.pixelColor(x, y) == QColor(255, 0, 0);
+                for (int x = 0; x < image.width(); ++x)
+                    count += image.pixelColor(x, y) == QColor(255, 0, 0);
             return count;
         };
         control.setBaseURL("http://example.com/"); // a page of no address has no such style
@@ -360,7 +364,8 @@ private Q_SLOTS:
     }
     void thePictureLiesInTheLibraryItself()
     {
-        QCOMPARE(spellImagePath("/usr/lib/libVellumKit5.so", "/usr/bin"), QString("/usr/lib/libVellumKit5.so/waveyred.gif"));
+        QCOMPARE(spellImagePath("/usr/lib/libVellumKit5.so", "/usr/bin"),
+                 QString("/usr/lib/libVellumKit5.so/waveyred.gif"));
         QCOMPARE(spellImagePath("C:\\Dev\\VB6.EXE", "C:\\App"), QString("C:\\App\\VellumKit5.ocx/waveyred.gif"));
         QCOMPARE(spellImagePath("C:\\Dev\\vb.exe", "C:\\App"), QString("C:\\Dev\\vb.exe/waveyred.gif"));
         QCOMPARE(spellImagePath("C:\\Dev\\myvb6.exe", "C:\\App"), QString("C:\\Dev\\myvb6.exe/waveyred.gif"));

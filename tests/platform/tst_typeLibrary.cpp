@@ -31,7 +31,8 @@ private Q_SLOTS:
     {
         QCOMPARE(typelibrary::text("ihtmldomattribute"),
                  QString("1601 get nodeName\n1602 get set nodeValue\n1603 get specified\n"));
-        QCOMPARE(typelibrary::text("VellumBorderStyleEnum"), QString("0 vellumBorderStyleNone\n1 vellumBorderStyle3D\n"));
+        QCOMPARE(typelibrary::text("VellumBorderStyleEnum"),
+                 QString("0 vellumBorderStyleNone\n1 vellumBorderStyle3D\n"));
         QVERIFY(typelibrary::text("IUnknownThing").isNull());
     }
     void membersOfTheControlHaveTheirKindAndArguments_data()
@@ -80,7 +81,8 @@ private Q_SLOTS:
     {
         QCOMPARE(control::events().size(), std::size_t(36));
         QSet<int> ids;
-        for (const control::EventRow &event : control::events()) ids.insert(event.id);
+        for (const control::EventRow &event : control::events())
+            ids.insert(event.id);
         QCOMPARE(ids.size(), 36);
         QCOMPARE(*std::min_element(ids.begin(), ids.end()), 1);
         QCOMPARE(*std::max_element(ids.begin(), ids.end()), 36);
@@ -104,8 +106,8 @@ private Q_SLOTS:
         // What an element can support at once are the general interfaces and one of its tag.
         QHash<int, QString> ids;
         for (const Interface *interface : documentInterfaces()) {
-            const bool ofElements = interface->name().startsWith("IHTMLElement") || interface->name() == "IHTMLUniqueName" ||
-                                    interface->name() == "IHTMLDOMNode";
+            const bool ofElements = interface->name().startsWith("IHTMLElement") ||
+                                    interface->name() == "IHTMLUniqueName" || interface->name() == "IHTMLDOMNode";
             if (!ofElements || interface->name() == "IHTMLElementCollection") continue;
             for (const Member &member : interface->members()) {
                 QVERIFY2(!ids.contains(member.id), qPrintable(member.name));
