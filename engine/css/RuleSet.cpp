@@ -84,6 +84,41 @@ void Features::add(const ComplexSelector &selector, bool quirks)
     }
 }
 
+uint32_t RuleSet::hashOf(const SimpleSelector &simple, bool quirks)
+{
+    const auto hash = [](size_t seed, const auto &what) { return uint32_t(qHash(what, seed)) | 1; };
+    switch (simple.kind) {
+    case SimpleSelector::Kind::Id:
+        return hash(1, quirks ? simple.text.toLower() : simple.text);
+    case SimpleSelector::Kind::Class:
+        return hash(2, quirks ? simple.text.toLower() : simple.text);
+    case SimpleSelector::Kind::Type:
+        return hash(3, simple.name.text());
+    default:
+        return 0;
+    }
+}
+
+RuleSet::Ancestors::Ancestors(const dom::Element &element, bool quirks)
+{
+    SimpleSelector simple;
+    const auto note = [&](SimpleSelector::Kind kind, const QString &text) {
+        simple.kind = kind;
+        simple.text = text;
+        add(hashOf(simple, quirks));
+    };
+    for (const dom::Element *at = element.parentElement(); at; at = at->parentElement()) {
+        simple.kind = SimpleSelector::Kind::Type;
+        for (const dom::Atom &name : {at->name(), dom::Atom::lower(at->name().text())}) {
+            simple.name = name;
+            add(hashOf(simple, quirks));
+        }
+        if (const QString *id = at->attribute(dom::names::id)) note(SimpleSelector::Kind::Id, *id);
+        if (const QString *classes = at->attribute(dom::names::class_))
+            for (const QString &name : classes->simplified().split(u' ', Qt::SkipEmptyParts)) note(SimpleSelector::Kind::Class, name);
+    }
+}
+
 void RuleSet::add(const StyleRule &rule)
 {
     // A rule without declarations counts too: it may be given some, and its features are what tells us then.
@@ -93,7 +128,22 @@ void RuleSet::add(const StyleRule &rule)
     for (const ComplexSelector &selector : rule.selectors.selectors) {
         mFeatures.add(selector, mQuirks);
         mPseudos |= 1u << unsigned(selector.pseudo);
-        const Entry entry{&selector, rule.block.get(), order};
+        Entry entry{&selector, rule.block.get(), order};
+        // Ids and classes tell more than names do.
+        for (size_t i = 1; i < selector.compounds.size(); ++i) {
+            const Combinator before = selector.compounds[i - 1].left;
+            if (before != Combinator::Descendant && before != Combinator::Child) continue;
+            for (const SimpleSelector &simple : selector.compounds[i].simples) {
+                const uint32_t hash = hashOf(simple, mQuirks);
+                if (!hash) continue;
+                if (simple.kind == SimpleSelector::Kind::Type && entry.above) {
+                    if (!entry.alsoAbove) entry.alsoAbove = hash;
+                    continue;
+                }
+                entry.alsoAbove = entry.above;
+                entry.above = hash;
+            }
+        }
         const SimpleSelector *id = nullptr, *cls = nullptr, *type = nullptr;
         for (const SimpleSelector &simple : selector.compounds.front().simples) {
             if (simple.kind == SimpleSelector::Kind::Id) id = &simple;

@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <array>
+#include <optional>
 
 namespace css {
 
@@ -43,6 +44,20 @@ public:
         const ComplexSelector *selector;
         const DeclarationBlock *block;
         uint32_t order;
+        /// Two things that some ancestor must have, hashed; 0 for none. Most rules of a big sheet fall at these.
+        uint32_t above = 0, alsoAbove = 0;
+    };
+    /// What an element's ancestors have: names, ids and classes, as bits that may coincide.
+    class Ancestors
+    {
+    public:
+        Ancestors(const dom::Element &element, bool quirks);
+        bool mayHave(uint32_t hash) const { return !hash || mBits[hash % size / 64] >> (hash % 64) & 1; }
+
+    private:
+        void add(uint32_t hash) { mBits[hash % size / 64] |= uint64_t(1) << (hash % 64); }
+        static constexpr uint32_t size = 4096;
+        std::array<uint64_t, size / 64> mBits{};
     };
 
     explicit RuleSet(bool quirks) : mQuirks(quirks) {}
@@ -51,8 +66,12 @@ public:
     template <class Found> void collect(const dom::Element &element, Pseudo pseudo, Found found) const
     {
         forBuckets(element, [&](const std::vector<Entry> &bucket) {
-            for (const Entry &entry : bucket)
+            std::optional<Ancestors> ancestors;
+            if (bucket.size() > manyRules) ancestors.emplace(element, mQuirks);
+            for (const Entry &entry : bucket) {
+                if (ancestors && !(ancestors->mayHave(entry.above) && ancestors->mayHave(entry.alsoAbove))) continue;
                 if (entry.selector->pseudo == pseudo && matches(*entry.selector, element, mQuirks)) found(entry);
+            }
         });
     }
     const Features &features() const { return mFeatures; }
@@ -62,6 +81,9 @@ public:
 private:
     void forBuckets(const dom::Element &element, const std::function<void(const std::vector<Entry> &)> &visit) const;
     QString key(const QString &text) const { return mQuirks ? text.toLower() : text; }
+
+    static constexpr size_t manyRules = 64; ///< in a bucket, before it pays to look at the ancestors first
+    static uint32_t hashOf(const SimpleSelector &simple, bool quirks);
 
     bool mQuirks;
     uint32_t mOrder = 0;

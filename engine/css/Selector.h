@@ -5,6 +5,7 @@
 #include "engine/css/Tokenizer.h"
 #include "engine/dom/Element.h"
 
+#include <QHash>
 #include <memory>
 #include <optional>
 
@@ -76,6 +77,35 @@ std::optional<SelectorList> parseSelectors(const QString &text);
 
 /// Whether the element is matched; a pseudo-element of the selector isn't looked at. `quirks`: ids and classes of any
 /// case.
+/// Remembers places among siblings (`:nth-child` and its like) between matches of one tree that doesn't change, so that
+/// asking it of every child isn't a walk for each. `forget` when the tree changes; used while a `Use` of it lives.
+class SiblingPlaces
+{
+public:
+    void forget() { mKnown.clear(); }
+    /// From 1, counted from the end with `behind`, among those of its own name only with `sameType`.
+    qint64 placeOf(const dom::Element &element, bool behind, bool sameType);
+    class Use
+    {
+    public:
+        explicit Use(SiblingPlaces *places);
+        ~Use();
+        Use(const Use &) = delete;
+        Use &operator=(const Use &) = delete;
+
+    private:
+        SiblingPlaces *mBefore;
+    };
+
+private:
+    struct Known
+    {
+        const dom::Element *element;
+        qint64 place;
+    };
+    QHash<std::pair<const dom::Node *, std::pair<dom::Atom, bool>>, Known> mKnown; ///< by parent, name and direction
+};
+
 bool matches(const ComplexSelector &selector, const dom::Element &element, bool quirks);
 bool matches(const SelectorList &list, const dom::Element &element, bool quirks);
 

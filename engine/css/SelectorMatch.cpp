@@ -72,13 +72,21 @@ const Element *beside(const Element &element, bool behind, bool sameType)
     return at;
 }
 
+thread_local SiblingPlaces *inUse = nullptr;
+
+qint64 countedPlace(const Element &element, bool behind, bool sameType)
+{
+    qint64 place = 1;
+    for (const Element *at = beside(element, behind, sameType); at; at = beside(*at, behind, sameType))
+        ++place;
+    return place;
+}
+
 bool matchesNth(const SimpleSelector &simple, const Element &element)
 {
     const bool behind = simple.pseudo == PseudoClass::NthLastChild || simple.pseudo == PseudoClass::NthLastOfType;
     const bool sameType = simple.pseudo == PseudoClass::NthOfType || simple.pseudo == PseudoClass::NthLastOfType;
-    qint64 place = 1;
-    for (const Element *at = beside(element, behind, sameType); at; at = beside(*at, behind, sameType))
-        ++place;
+    const qint64 place = inUse ? inUse->placeOf(element, behind, sameType) : countedPlace(element, behind, sameType);
     const qint64 distance = place - simple.offset;
     if (simple.step == 0) return distance == 0;
     return distance % simple.step == 0 && distance / simple.step >= 0;
@@ -234,6 +242,33 @@ Outcome matchFrom(const ComplexSelector &selector, size_t index, const Element &
 }
 
 } // namespace
+
+SiblingPlaces::Use::Use(SiblingPlaces *places) : mBefore(inUse)
+{
+    inUse = places;
+}
+
+SiblingPlaces::Use::~Use()
+{
+    inUse = mBefore;
+}
+
+qint64 SiblingPlaces::placeOf(const Element &element, bool behind, bool sameType)
+{
+    const std::pair<const dom::Node *, std::pair<dom::Atom, bool>> key{element.parentNode(), {sameType ? element.name() : dom::Atom(), behind}};
+    const auto found = mKnown.find(key);
+    if (found == mKnown.end()) {
+        if (mKnown.size() > 4096) mKnown.clear();
+        return mKnown.insert(key, Known{&element, countedPlace(element, behind, sameType)})->place;
+    }
+    Known &known = *found;
+    if (known.element == &element) return known.place;
+    // Elements are asked one after the other, mostly.
+    const Element *before = beside(element, false, sameType);
+    const qint64 place = before == known.element ? known.place + (behind ? -1 : 1) : countedPlace(element, behind, sameType);
+    known = {&element, place};
+    return place;
+}
 
 bool matches(const ComplexSelector &selector, const Element &element, bool quirks)
 {

@@ -128,6 +128,7 @@ base::Ref<DeclarationBlock> StyleEngine::inlineBlock(const QString &text)
 StyleEngine::Blocks StyleEngine::matchedBlocks(const Element &element, Pseudo pseudo)
 {
     Blocks blocks;
+    const SiblingPlaces::Use use(element.isConnected() ? &mPlaces : nullptr);
     const auto collect = [&](const RuleSet &set) {
         std::vector<std::pair<uint64_t, const DeclarationBlock *>> found;
         set.collect(element, pseudo, [&found](const RuleSet::Entry &entry) {

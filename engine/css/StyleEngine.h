@@ -149,6 +149,7 @@ private:
     Medium mMedium;
     SheetSource mSource;
     std::unique_ptr<RuleSet> mAuthor;
+    SiblingPlaces mPlaces;
     std::deque<Slot> mSlots;
     std::vector<Slot *> mFreeSlots;
     std::vector<dom::NodeId> mDirty;

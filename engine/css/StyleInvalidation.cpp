@@ -118,6 +118,7 @@ void StyleEngine::concernsSheets(const dom::Node &node)
 
 void StyleEngine::inserted(dom::Node &node)
 {
+    mPlaces.forget();
     if (!mAuthor) return;
     if (isSheetElement(node.parentNode())) sheetsChanged();
     if (node.elementCount() > 0) concernsSheets(node);
@@ -131,6 +132,7 @@ void StyleEngine::inserted(dom::Node &node)
 
 void StyleEngine::aboutToRemove(dom::Node &node)
 {
+    mPlaces.forget();
     if (node.elementCount() > 0) concernsSheets(node);
     if (isSheetElement(node.parentNode())) sheetsChanged();
     dropSlots(node);
@@ -138,6 +140,7 @@ void StyleEngine::aboutToRemove(dom::Node &node)
 
 void StyleEngine::removed(dom::Node &node, dom::ParentNode &parent, dom::Node *before)
 {
+    mPlaces.forget();
     if (!mAuthor || !asksForNeighbours(mAuthor->features())) return;
     if (node.isElement())
         neighboursChanged(parent, elementFrom(before ? before->previousSibling() : parent.lastChild(), false),
