@@ -7,6 +7,8 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
@@ -21,21 +23,49 @@ namespace {
 
 const char *const viewCommands[] = {"ViewNormal", "ViewSource", "ViewPreview"};
 
+/// The desktop's own picture, or one that is always there.
+QIcon themeIcon(const char *name, const QIcon &otherwise)
+{
+    return QIcon::fromTheme(QLatin1String(name), otherwise);
+}
+
+/// Invalid where there is no such file.
+QDateTime timeOnDisk(const QString &name)
+{
+    const QFileInfo file(name);
+    return !name.isEmpty() && file.isFile() ? file.lastModified() : QDateTime();
+}
+
+/// The pointer asks for patience until what is about to be posted, a load, has been done. Within a load no other event
+/// is looked at, so that there is nothing that could show how far it is.
+class Patience
+{
+public:
+    Patience() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~Patience()
+    {
+        QMetaObject::invokeMethod(qApp, [] { QGuiApplication::restoreOverrideCursor(); }, Qt::QueuedConnection);
+    }
+};
+
 } // namespace
 
 MainWindow::MainWindow() : mControl(new Vellum5(this))
 {
     setCentralWidget(mControl);
+    mControl->setAccessibleName(tr("Page"));
     setAcceptDrops(true);
     resize(1100, 850);
     makeActions();
     makeMenus();
+    makeToolBar();
     statusBar();
     connect(mControl, &Vellum5::DocumentComplete, this, &MainWindow::loaded);
     connect(mControl, &Vellum5::Change, this, &MainWindow::changed);
     connect(mControl, &Vellum5::ToolsRefreshed, this, &MainWindow::toolsRefreshed);
     mControl->setAppName(QStringLiteral("VellumPad"));
     newDocument();
+    mControl->SetFocusEx();
 }
 
 MainWindow::~MainWindow()
@@ -44,53 +74,58 @@ MainWindow::~MainWindow()
     mControl->Terminate();
 }
 
-QAction *MainWindow::action(const QString &text, const QKeySequence &keys, const char *icon, void (MainWindow::*run)())
+QAction *MainWindow::action(const QString &name, const QString &text, const QKeySequence &keys, const QIcon &icon,
+                            const std::function<void()> &run)
 {
-    auto *made = new QAction(QIcon::fromTheme(QLatin1String(icon)), text, this);
+    auto *made = new QAction(icon, text, this);
+    made->setObjectName(name);
     made->setShortcut(keys);
+    // A tool button has no room for its keys.
+    QString plain = text;
+    plain.remove(u'&').remove(QStringLiteral("..."));
+    made->setToolTip(keys.isEmpty() ? plain
+                                    : QStringLiteral("%1 (%2)").arg(plain, keys.toString(QKeySequence::NativeText)));
     connect(made, &QAction::triggered, this, run);
+    addAction(made);
     return made;
 }
 
 void MainWindow::makeActions()
 {
-    const auto standard = [this](QAction *action, QStyle::StandardPixmap picture) {
-        if (action->icon().isNull()) action->setIcon(style()->standardIcon(picture));
-        return action;
-    };
-    mNew = standard(new QAction(QIcon::fromTheme(QStringLiteral("document-new")), tr("&New"), this), QStyle::SP_FileIcon);
-    mNew->setShortcut(QKeySequence::New);
-    connect(mNew, &QAction::triggered, this, [this] {
-        if (mayLeave()) newDocument();
-    });
-    mOpen = standard(action(tr("&Open..."), QKeySequence::Open, "document-open", &MainWindow::open),
-                     QStyle::SP_DialogOpenButton);
-    mSave = standard(new QAction(QIcon::fromTheme(QStringLiteral("document-save")), tr("&Save"), this),
-                     QStyle::SP_DialogSaveButton);
-    mSave->setShortcut(QKeySequence::Save);
-    connect(mSave, &QAction::triggered, this, [this] { save(); });
-    mSaveAs = new QAction(tr("Save &As..."), this);
-    mSaveAs->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
-    connect(mSaveAs, &QAction::triggered, this, [this] { saveAs(); });
-    mQuit = new QAction(tr("&Quit"), this);
-    mQuit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
-    connect(mQuit, &QAction::triggered, this, &QWidget::close);
-    const auto command = [this](const QString &text, const QKeySequence &keys, const QString &name) {
-        auto *made = new QAction(text, this);
-        made->setShortcut(keys);
-        connect(made, &QAction::triggered, this, [this, name] { mControl->RunCommand(name); });
-        return made;
-    };
-    mUndo = standard(command(tr("&Undo"), QKeySequence::Undo, QStringLiteral("EditUndo")), QStyle::SP_ArrowBack);
-    mRedo = standard(command(tr("&Redo"), QKeySequence::Redo, QStringLiteral("EditRedo")), QStyle::SP_ArrowForward);
+    const QStyle &look = *style();
+    mNew = action(QStringLiteral("FileNew"), tr("&New"), QKeySequence::New,
+                  themeIcon("document-new", look.standardIcon(QStyle::SP_FileIcon)), [this] {
+                      if (mayLeave()) newDocument();
+                  });
+    mOpen = action(QStringLiteral("FileOpen"), tr("&Open..."), QKeySequence::Open,
+                   themeIcon("document-open", look.standardIcon(QStyle::SP_DialogOpenButton)), [this] { open(); });
+    mSave = action(QStringLiteral("FileSave"), tr("&Save"), QKeySequence::Save,
+                   themeIcon("document-save", look.standardIcon(QStyle::SP_DialogSaveButton)), [this] { save(); });
+    mSaveAs = action(QStringLiteral("FileSaveAs"), tr("Save &As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), {},
+                     [this] { saveAs(); });
+    mQuit = action(QStringLiteral("FileQuit"), tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), {}, [this] { close(); });
+    mUndo = action(QStringLiteral("EditUndo"), tr("&Undo"), QKeySequence::Undo,
+                   themeIcon("edit-undo", QIcon(QStringLiteral(":/vellumpad/icons/undo.svg"))),
+                   [this] { mControl->RunCommand(QStringLiteral("EditUndo")); });
+    mRedo = action(QStringLiteral("EditRedo"), tr("&Redo"), QKeySequence::Redo,
+                   themeIcon("edit-redo", QIcon(QStringLiteral(":/vellumpad/icons/redo.svg"))),
+                   [this] { mControl->RunCommand(QStringLiteral("EditRedo")); });
     auto *group = new QActionGroup(this);
-    const QString names[] = {tr("&Visual"), tr("&Source"), tr("&Preview")};
+    const QString names[] = {tr("&Normal"), tr("&HTML"), tr("&Preview")}; // as the tabs have them
     for (int i = 0; i < 3; ++i) {
-        mViews[i] = command(names[i], QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + i)), QLatin1String(viewCommands[i]));
+        mViews[i] = action(QLatin1String(viewCommands[i]), names[i], QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + i)), {},
+                           [this, i] { setView(i); });
         mViews[i]->setCheckable(true);
         group->addAction(mViews[i]);
     }
     mViews[0]->setChecked(true);
+}
+
+void MainWindow::setView(int view)
+{
+    const Patience patience;
+    mControl->RunCommand(QLatin1String(viewCommands[view]));
+    mControl->SetFocusEx(); // who asked for a view wants to go on in it
 }
 
 void MainWindow::makeMenus()
@@ -110,6 +145,10 @@ void MainWindow::makeMenus()
     edit->addAction(mRedo);
     QMenu *view = menuBar()->addMenu(tr("&View"));
     for (QAction *action : mViews) view->addAction(action);
+}
+
+void MainWindow::makeToolBar()
+{
     QToolBar *bar = addToolBar(tr("Standard"));
     bar->setObjectName(QStringLiteral("Standard"));
     for (QAction *action : {mNew, mOpen, mSave}) bar->addAction(action);
@@ -121,30 +160,55 @@ void MainWindow::makeMenus()
 void MainWindow::updateRecentMenu()
 {
     mRecentMenu->clear();
-    for (const QString &name : mRecent.names())
-        mRecentMenu->addAction(QFileInfo(name).fileName() + QStringLiteral(" - ") + QFileInfo(name).path(), this,
-                               [this, name] {
-                                   if (mayLeave()) openFile(name);
-                               });
-    mRecentMenu->setEnabled(!mRecentMenu->isEmpty());
+    int number = 0;
+    for (const QString &name : mRecent.names()) {
+        const QFileInfo file(name);
+        QString text = file.fileName() + QStringLiteral(" - ") + QDir::toNativeSeparators(file.path());
+        text.replace(u'&', QStringLiteral("&&"));
+        text.prepend(++number < 10 ? QStringLiteral("&%1 ").arg(number) : QStringLiteral("%1 ").arg(number));
+        mRecentMenu->addAction(text, this, [this, name] {
+            if (mayLeave()) openFile(name);
+        });
+    }
+    if (number > 0) {
+        mRecentMenu->addSeparator();
+        mRecentMenu->addAction(tr("&Clear List"), this, [this] { mRecent.clear(); });
+    }
+    mRecentMenu->setEnabled(number > 0);
 }
 
 // Files
+
+void MainWindow::showPage(const QString &text, const QString &baseUrl)
+{
+    const Patience patience;
+    mControl->setBaseURL(baseUrl);
+    mControl->setDocumentHTML(text);
+    setChanged(false);
+}
 
 void MainWindow::newDocument()
 {
     setCurrentFile(QString());
     mFormat = {};
-    mControl->setBaseURL(QString());
-    mControl->setDocumentHTML(QStringLiteral("<!DOCTYPE html>\r\n<html>\r\n<head>\r\n<meta charset=\"utf-8\">\r\n"
-                                             "<title></title>\r\n</head>\r\n<body>\r\n<p></p>\r\n</body>\r\n</html>\r\n"));
-    setChanged(false);
+    showPage(QStringLiteral("<!DOCTYPE html>\r\n<html>\r\n<head>\r\n<meta charset=\"utf-8\">\r\n"
+                        "<title></title>\r\n</head>\r\n<body>\r\n<p></p>\r\n</body>\r\n</html>\r\n"),
+         QString());
+}
+
+void MainWindow::openSample()
+{
+    QFile sample(QStringLiteral(":/vellumpad/data/sample.html"));
+    if (!sample.open(QFile::ReadOnly)) return;
+    setCurrentFile(QString());
+    mFormat = {};
+    showPage(QString::fromUtf8(sample.readAll()), QString());
 }
 
 void MainWindow::open()
 {
     if (!mayLeave()) return;
-    const QString name = QFileDialog::getOpenFileName(this, tr("Open"), QFileInfo(mFileName).path(),
+    const QString name = QFileDialog::getOpenFileName(this, tr("Open"), mFileName.isEmpty() ? QString() : QFileInfo(mFileName).path(),
                                                       tr("Web pages (*.html *.htm *.xhtml);;All files (*)"));
     if (!name.isEmpty()) openFile(name);
 }
@@ -155,11 +219,9 @@ bool MainWindow::openFile(const QString &name)
         const QString local = platform::FileHelper::localName(name);
         const platform::DecodedText file = platform::FileHelper::readText(local);
         mFormat = file.format;
-        mControl->setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(local));
-        mControl->setDocumentHTML(file.text);
+        showPage(file.text, QStringLiteral("file://") + platform::FileHelper::folderPart(local));
         setCurrentFile(local);
         mRecent.add(local);
-        setChanged(false);
         if (file.lossy)
             statusBar()->showMessage(tr("Some bytes of the file had no meaning in its encoding."), 10000);
         return true;
@@ -178,8 +240,9 @@ bool MainWindow::saveFile(const QString &name)
         mFormat = written.format;
         setCurrentFile(name);
         mRecent.add(name);
-        mSavedText = text;
+        mControl->setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
         setChanged(false);
+        statusBar()->showMessage(tr("Saved %1").arg(QDir::toNativeSeparators(name)), 5000);
         if (!written.message.isEmpty()) QMessageBox::information(this, tr("Save"), written.message);
         return true;
     } catch (const base::Error &error) {
@@ -191,13 +254,14 @@ bool MainWindow::saveFile(const QString &name)
 bool MainWindow::save()
 {
     if (mFileName.isEmpty()) return saveAs();
-    const QDateTime onDisk = QFileInfo(mFileName).lastModified();
+    const QDateTime onDisk = timeOnDisk(mFileName);
     if (mTimeOnDisk.isValid() && onDisk.isValid() && onDisk != mTimeOnDisk) {
         const auto answer = QMessageBox::warning(
             this, tr("Save"),
             tr("%1 was changed by another program since you opened it. Do you want to save over it?")
                 .arg(QFileInfo(mFileName).fileName()),
             QMessageBox::Save | QMessageBox::Cancel, QMessageBox::Cancel);
+        mTimeTold = onDisk; // nobody wants to be asked the next thing about it at once
         if (answer != QMessageBox::Save) return false;
     }
     return saveFile(mFileName);
@@ -205,26 +269,38 @@ bool MainWindow::save()
 
 bool MainWindow::saveAs()
 {
-    const QString name = QFileDialog::getSaveFileName(this, tr("Save As"), mFileName,
-                                                      tr("Web pages (*.html *.htm);;All files (*)"));
-    return !name.isEmpty() && saveFile(name);
+    QFileDialog dialog(this, tr("Save As"), mFileName.isEmpty() ? QString() : QFileInfo(mFileName).path(),
+                       tr("Web pages (*.html *.htm);;All files (*)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("html"));
+    if (!mFileName.isEmpty()) dialog.selectFile(QFileInfo(mFileName).fileName());
+    return dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty() &&
+           saveFile(dialog.selectedFiles().front());
 }
 
 bool MainWindow::mayLeave()
 {
     if (!isWindowModified()) return true;
     const auto answer = QMessageBox::question(
-        this, tr("VellumPad"), tr("Do you want to save your changes?"),
+        this, tr("VellumPad"), tr("%1 has changes that aren't saved. Do you want to save them?").arg(shownName()),
         QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
     return answer == QMessageBox::Discard || (answer == QMessageBox::Save && save());
+}
+
+QString MainWindow::shownName() const
+{
+    return mFileName.isEmpty() ? tr("Untitled") : QFileInfo(mFileName).fileName();
 }
 
 void MainWindow::setCurrentFile(const QString &name)
 {
     mFileName = name;
-    mTimeOnDisk = name.isEmpty() ? QDateTime() : QFileInfo(name).lastModified();
+    mTimeOnDisk = timeOnDisk(name);
+    mTimeTold = {};
     setWindowFilePath(name);
-    setWindowTitle((name.isEmpty() ? tr("Untitled") : QFileInfo(name).fileName()) + QStringLiteral("[*] - VellumPad"));
+    QString title = shownName();
+    title.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // a name may hold what marks the place of the asterisk
+    setWindowTitle(title + QStringLiteral("[*] - VellumPad"));
 }
 
 void MainWindow::setChanged(bool changed)
@@ -235,8 +311,8 @@ void MainWindow::setChanged(bool changed)
 void MainWindow::lookAtDisk()
 {
     if (mFileName.isEmpty() || mAsking) return;
-    const QDateTime onDisk = QFileInfo(mFileName).lastModified();
-    if (!onDisk.isValid() || onDisk == mTimeOnDisk) return;
+    const QDateTime onDisk = timeOnDisk(mFileName);
+    if (!onDisk.isValid() || onDisk == mTimeOnDisk || onDisk == mTimeTold) return;
     mAsking = true;
     const auto answer = QMessageBox::question(
         this, tr("VellumPad"),
@@ -259,6 +335,7 @@ void MainWindow::loaded()
 void MainWindow::changed()
 {
     setChanged(true);
+    toolsRefreshed();
 }
 
 void MainWindow::toolsRefreshed()

@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QMainWindow>
+#include <functional>
 
 class QAction;
 class QMenu;
@@ -24,6 +25,8 @@ public:
     Vellum5 &control() { return *mControl; }
     /// False, with a message, if the file can't be read.
     bool openFile(const QString &name);
+    /// A page of ours to play with. It is nobody's file: saving asks for a name.
+    void openSample();
     bool saveFile(const QString &name);
     const QString &fileName() const { return mFileName; }
 
@@ -36,7 +39,9 @@ protected:
 private:
     void makeActions();
     void makeMenus();
+    void makeToolBar();
     void newDocument();
+    void showPage(const QString &text, const QString &baseUrl);
     void open();
     bool save();
     bool saveAs();
@@ -45,18 +50,21 @@ private:
     void loaded();
     void changed();
     void toolsRefreshed();
+    void setView(int view);
+    QString shownName() const;
     void setCurrentFile(const QString &name);
     void setChanged(bool changed);
     void updateRecentMenu();
     void lookAtDisk();
-    QAction *action(const QString &text, const QKeySequence &keys, const char *icon, void (MainWindow::*run)());
+    QAction *action(const QString &name, const QString &text, const QKeySequence &keys, const QIcon &icon,
+                    const std::function<void()> &run);
 
     Vellum5 *mControl;
     RecentFiles mRecent;
     QString mFileName;
     platform::FileFormat mFormat;
-    QDateTime mTimeOnDisk;
-    QString mSavedText; ///< as the store held it when it was loaded or saved
+    QDateTime mTimeOnDisk; ///< of the file as it was opened or saved
+    QDateTime mTimeTold;   ///< of a later version that somebody was told of
     bool mAsking = false;
     QMenu *mRecentMenu = nullptr;
     QAction *mNew, *mOpen, *mSave, *mSaveAs, *mQuit, *mUndo, *mRedo;

@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QTemporaryDir>
 
 int main(int argc, char **argv)
 {
@@ -35,18 +34,11 @@ int main(int argc, char **argv)
     parser.addPositionalArgument(QStringLiteral("file"), QCoreApplication::translate("main", "The page to open."));
     parser.process(application);
     MainWindow window;
-    QTemporaryDir sample; // a copy of the sample, so that trying things out spoils nothing
     const QStringList files = parser.positionalArguments();
-    if (!files.isEmpty()) {
-        if (!window.openFile(files.front()) && tour) return 1;
-    } else {
-        for (const char *name : {"sample.html", "sample.css", "leaf.svg"}) {
-            const QString copy = sample.filePath(QLatin1String(name));
-            QFile::copy(QStringLiteral(":/vellumpad/data/") + QLatin1String(name), copy);
-            QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner);
-        }
-        window.openFile(sample.filePath(QStringLiteral("sample.html")));
-    }
+    if (files.isEmpty())
+        window.openSample();
+    else if (!window.openFile(files.front()) && tour)
+        return 1;
     if (tour) return runTour(window);
     window.show();
     return QApplication::exec();
