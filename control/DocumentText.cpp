@@ -14,6 +14,7 @@
 #include "support/FailureTrap.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 using support::Parameters;
 using support::trap;
@@ -23,6 +24,7 @@ namespace {
 constexpr char module[] = "Vellum5";
 
 const QString helpNamespace = QStringLiteral("http://msdn.microsoft.com/mshelp");
+const QString markerClass = QStringLiteral("lxmisspelled");
 /// The byte order mark of UTF-8 as a parser shows it that reads it as windows-1252.
 const QString shownMark = QStringLiteral("\u00EF\u00BB\u00BF");
 
@@ -30,6 +32,41 @@ QString misspellingRule(const QString &picture)
 {
     return QStringLiteral("BACKGROUND-POSITION: left bottom; BACKGROUND-IMAGE: url('res://") + picture +
            QStringLiteral("'); BACKGROUND-REPEAT: repeat-x; isStyleInternal: True");
+}
+
+/// Takes out the instructions that declare the help format's prefix, in all spellings: with and without its address,
+/// quoted by either mark or none. Those of other prefixes, or of another address, are the page's own.
+QString withoutHelpInstructions(const QString &text)
+{
+    static const QRegularExpression instruction(
+        QStringLiteral("<\\?xml:namespace\\s+prefix\\s*=\\s*([\"']?)mshelp\\1"
+                       "(?:\\s+ns\\s*=\\s*([\"']?)%1/?\\2)?\\s*/?>")
+            .arg(QRegularExpression::escape(helpNamespace)),
+        QRegularExpression::CaseInsensitiveOption);
+    // Most pages have none, and a long one isn't copied then.
+    if (!text.contains(QLatin1String("<?xml:namespace"), Qt::CaseInsensitive)) return text;
+    return QString(text).remove(instruction);
+}
+
+bool isMarker(const IHTMLElement &span)
+{
+    return span.className().compare(markerClass, Qt::CaseInsensitive) == 0;
+}
+
+/// Puts what a misspelling marker holds in its place. A word is put back as text: read as HTML, "a<b" would lose its
+/// end. Elements, which come into a marker where somebody makes half of a word bold, stay elements.
+void dissolve(IHTMLElement &marker)
+{
+    bool onlyText = true;
+    for (const dom::Node *child = marker.firstChild(); child; child = child->nextSibling())
+        onlyText = onlyText && child->isText();
+    if (onlyText) {
+        marker.insertAdjacentText(QStringLiteral("afterend"), marker.innerText());
+    } else if (dom::Node *const parent = marker.parentNode()) {
+        while (dom::Node *const child = marker.firstChild())
+            parent->insertBefore(*child, &marker);
+    }
+    marker.setOuterHTML(QString());
 }
 
 bool startsWith(const QString &text, const char *with)
@@ -74,9 +111,7 @@ void DocumentText::SetInternalHTMLText(QString Text, bool ClearUndo)
 {
     trap(module, "SetInternalHTMLText", &mState, [&] {
         Parameters parameters("Text", Text, "ClearUndo", ClearUndo);
-        Text.remove(QStringLiteral("<?xml:namespace prefix = mshelp />"), Qt::CaseInsensitive);
-        Text.remove(QStringLiteral("<?xml:namespace prefix = mshelp ns = \"%1\" />").arg(helpNamespace),
-                    Qt::CaseInsensitive);
+        Text = withoutHelpInstructions(Text);
         const bool bodyMode = mState.mBodyMode;
         txtHTMLSource.setText(bodyMode ? FormatHTML(modMain::ReturnBody(Text), true) : FormatHTML(Text, false));
         mState.mHTMLSourceChanged = true;
@@ -190,15 +225,16 @@ void DocumentText::addMisspellingStyle()
     sheet->setCssText(QStringLiteral("SPAN.lxMisspelled {") + misspellingRule(mState.mSpellImagePath) + u'}');
 }
 
-/// Style sheets written for a page whose content lies in a `div#pagebody` style the wrapper's body.
+/// Linked style sheets written for a page whose content lies in a `div#pagebody` style the wrapper's body. What the text
+/// itself brings in a STYLE element stays as it is.
 void DocumentText::addBodyModeStyles()
 {
     IHTMLDocument2 &document = *mDoc();
-    const uint32_t count = document.styles->styleSheetCount(document);
     css::StyleSheetObject *added = document.styles->createStyleSheet(document, QString());
     const QString page = QStringLiteral("div#pagebody");
-    for (uint32_t i = 0; i < count; ++i) {
+    for (uint32_t i = 0; i < document.styles->styleSheetCount(document); ++i) {
         css::StyleSheetObject *sheet = document.styles->styleSheet(document, i);
+        if (sheet->href().isEmpty()) continue;
         for (uint32_t r = 0; r < sheet->ruleCount(); ++r) {
             const auto rule = sheet->rule(r);
             QString selector = rule->selectorText();
@@ -225,8 +261,9 @@ void DocumentText::UpdateInternalHTMLText()
 {
     trap(module, "UpdateInternalHTMLText", &mState, [&] {
         if (mState.mCurrentEditView != EditViewEnum::hvVisualEdit || !mState.mHTMLEdIsDirty) return;
-        // While a load is under way there is nothing on the surface to copy, and the store has the text.
-        if (mState.mLoadingEd || !mState.mLoaded) return;
+        // While a load is under way, and once the control has ended, there is nothing on the surface to copy, and the
+        // store has the text.
+        if (mState.mLoadingEd || !mDoc()) return;
         SetInternalHTMLText(GetVisualHTML(), false);
     });
 }
@@ -240,11 +277,8 @@ QString DocumentText::GetVisualHTML()
             // The live document mustn't be touched, or it would be marked anew at each read.
             const base::Ref<IHTMLDocument2> copy = html::parseDocument(Result);
             const std::vector<IHTMLElement *> spans = copy->elementsNamed("span");
-            for (const auto &span : std::vector<base::Ref<IHTMLElement>>(spans.begin(), spans.end())) {
-                if (span->className().compare(QLatin1String("lxmisspelled"), Qt::CaseInsensitive) != 0) continue;
-                span->insertAdjacentText(QStringLiteral("afterend"), span->innerText());
-                span->setOuterHTML(QString());
-            }
+            for (const auto &span : std::vector<base::Ref<IHTMLElement>>(spans.begin(), spans.end()))
+                if (isMarker(*span)) dissolve(*span);
             Result = copy->documentElement()->outerHTML();
         }
         if (Result.startsWith(shownMark)) Result.remove(0, 3);
@@ -295,24 +329,29 @@ void DocumentText::SetChangeKey(const QString &ChangeKey)
 
 // Files
 
+/// Events come in while the network is waited for; what they change is told then, and not as part of the load.
+static QString fetch(const QString &URL)
+{
+    changes::EditScope::Suspension waiting;
+    return platform::HttpHelper::fetchText(URL);
+}
+
 void DocumentText::LoadFile(const QString &Filename)
 {
     trap(module, "LoadFile", &mState, [&] {
         Parameters parameters("Filename", Filename);
         if (!Filename.startsWith(QLatin1String("http:"))) {
             mState.mBaseURL = QStringLiteral("file://") + platform::FileHelper::folderPart(Filename);
-            mFormat = {};
-            if (platform::FileHelper::exists(Filename)) {
-                const platform::DecodedText file = platform::FileHelper::readText(Filename);
-                mFormat = file.format;
-                setDocumentHTML(file.text);
-            } else {
-                setDocumentHTML(QString());
-            }
+            platform::DecodedText file;
+            if (platform::FileHelper::exists(Filename)) file = platform::FileHelper::readText(Filename);
+            // Only now: a file that can't be read leaves the old one's name, text and format.
+            mFormat = file.format;
+            setDocumentHTML(file.text);
         } else {
             mState.mBaseURL = Filename.left(Filename.lastIndexOf(u'/') + 1);
+            const QString page = fetch(Filename);
             mFormat = {};
-            setDocumentHTML(platform::HttpHelper::fetchText(Filename));
+            setDocumentHTML(page);
         }
         mState.mFileName = Filename;
     });

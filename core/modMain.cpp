@@ -279,7 +279,8 @@ QString ToRelativeFileName(const QString &BaseURL, const QString &FileName)
     return trap<QString>("modMain", "ToRelativeFileName", module, [&](QString &Result) {
         Parameters parameters("BaseURL", BaseURL, "FileName", FileName);
         Result = FileName;
-        if (!BaseURL.isEmpty())
+        // From an address of the network no file can be seen.
+        if (!BaseURL.isEmpty() && IsFileURL(BaseURL))
             Result = platform::FileHelper::relativeName(platform::FileHelper::folderPart(BaseURL), FileName);
     });
 }

@@ -192,6 +192,20 @@ void CodeMax::takeLineEnds(const QString &text)
     setEolMode(EolWindows);
 }
 
+/// The caret and the view go to the start. Scintilla's own way there lays the line out, also while nobody sees it; one
+/// that is as long as the document takes seconds.
+void CodeMax::toStart()
+{
+    constexpr long longLine = 20000;
+    if (send(SCI_LINELENGTH, 0) < longLine) {
+        send(SCI_GOTOPOS, 0);
+        return;
+    }
+    send(SCI_SETEMPTYSELECTION, 0);
+    send(SCI_SETXOFFSET, 0);
+    send(SCI_SETFIRSTVISIBLELINE, 0);
+}
+
 void CodeMax::setText(const QString &text)
 {
     const QString clean = cleaned(text);
@@ -207,7 +221,7 @@ void CodeMax::setText(const QString &text)
     --mEditDepth;
     if (!changed) return;
     takeLineEnds(clean);
-    send(SCI_GOTOPOS, 0);
+    toStart();
     mToldSelection = selectionBytes();
     fitLineNumbers();
 }

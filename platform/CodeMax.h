@@ -175,6 +175,7 @@ private:
     void replaceBytes(long start, long end, const QByteArray &bytes);
     bool replaceDifference(const QByteArray &bytes);
     void takeLineEnds(const QString &text);
+    void toStart();
 
     bool fail(int command, int code);
     bool runEditCommand(int command);
