@@ -40,7 +40,7 @@ QString withoutHelpInstructions(const QString &text)
 {
     static const QRegularExpression instruction(
         QStringLiteral("<\\?xml:namespace\\s+prefix\\s*=\\s*([\"']?)mshelp\\1"
-                       "(?:\\s+ns\\s*=\\s*([\"']?)%1/?\\2)?\\s*/?>")
+                       "(?:\\s+ns\\s*=\\s*([\"']?)%1/?\\2)?\\s*[/?]?>")
             .arg(QRegularExpression::escape(helpNamespace)),
         QRegularExpression::CaseInsensitiveOption);
     // Most pages have none, and a long one isn't copied then.
