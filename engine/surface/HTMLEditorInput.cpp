@@ -51,8 +51,9 @@ int keyCodeOf(const QKeyEvent &event)
     default: break;
     }
     if (event.key() >= Qt::Key_F1 && event.key() <= Qt::Key_F12) return 112 + event.key() - Qt::Key_F1;
-    if (event.key() < 0x100) return event.key();
-    return 229; // a key that has no number: what an input method sends
+    if (event.key() > 0 && event.key() < 0x100) return event.key();
+    // A key that has no number: what an input method sends. It mustn't be 0, by which a host swallows the key.
+    return 229;
 }
 
 int buttonNumber(Qt::MouseButton button)
