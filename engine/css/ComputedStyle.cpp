@@ -13,6 +13,7 @@ struct Defaults
     std::shared_ptr<const SurroundGroup> surround = std::make_shared<SurroundGroup>();
     std::shared_ptr<const BackgroundGroup> background = std::make_shared<BackgroundGroup>();
     std::shared_ptr<const RareGroup> rare = std::make_shared<RareGroup>();
+    std::shared_ptr<const GridGroup> grid = std::make_shared<GridGroup>();
     Defaults()
     {
         auto f = std::make_shared<FontGroup>();
@@ -44,13 +45,13 @@ template <class T> void share(std::shared_ptr<const T> &group, const std::shared
 
 ComputedStyle::ComputedStyle()
     : mFont(defaults().font), mText(defaults().text), mBox(defaults().box), mSurround(defaults().surround),
-      mBackground(defaults().background), mRare(defaults().rare)
+      mBackground(defaults().background), mRare(defaults().rare), mGrid(defaults().grid)
 {
 }
 
 ComputedStyle::ComputedStyle(const ComputedStyle &parent, bool)
     : mFont(parent.mFont), mText(parent.mText), mBox(defaults().box), mSurround(defaults().surround),
-      mBackground(defaults().background), mRare(defaults().rare), mCustom(parent.mCustom)
+      mBackground(defaults().background), mRare(defaults().rare), mGrid(defaults().grid), mCustom(parent.mCustom)
 {
 }
 
@@ -74,6 +75,7 @@ base::Ref<ComputedStyle> ComputedStyle::copy() const
     copy->mSurround = mSurround;
     copy->mBackground = mBackground;
     copy->mRare = mRare;
+    copy->mGrid = mGrid;
     copy->mCustom = mCustom;
     return copy;
 }
@@ -101,12 +103,13 @@ void ComputedStyle::shareGroups(const ComputedStyle *parent)
     share(mSurround, defaults().surround);
     share(mBackground, defaults().background);
     share(mRare, defaults().rare);
+    share(mGrid, defaults().grid);
 }
 
 bool operator==(const ComputedStyle &a, const ComputedStyle &b)
 {
     return same(a.mFont, b.mFont) && same(a.mText, b.mText) && same(a.mBox, b.mBox) && same(a.mSurround, b.mSurround) &&
-           same(a.mBackground, b.mBackground) && same(a.mRare, b.mRare) && same(a.mCustom, b.mCustom);
+           same(a.mBackground, b.mBackground) && same(a.mRare, b.mRare) && same(a.mGrid, b.mGrid) && same(a.mCustom, b.mCustom);
 }
 
 namespace {
@@ -185,6 +188,7 @@ Difference difference(const ComputedStyle &before, const ComputedStyle &after)
     const auto differ = [](const auto &a, const auto &b) { return &a != &b && !(a == b); };
     if (differ(before.box(), after.box())) raise(boxDifference(before.box(), after.box()));
     if (differ(before.rare(), after.rare())) raise(rareDifference(before.rare(), after.rare()));
+    if (differ(before.grid(), after.grid())) raise(Difference::Layout);
     if (differ(before.font(), after.font())) raise(Difference::Layout);
     if (differ(before.text(), after.text())) {
         const bool list = before.text().listStyleType != after.text().listStyleType ||

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Ref.h"
+#include "engine/css/GridValues.h"
 #include "engine/css/Values.h"
 
 #include <QHash>
@@ -159,12 +160,12 @@ struct RareGroup
     FlexWrap flexWrap = FlexWrap::Nowrap;
     float flexGrow = 0, flexShrink = 1;
     Length flexBasis;
-    QString justifyContent, alignItems, alignSelf, alignContent; ///< words, lower case; empty: the initial
+    Alignment justifyContent, justifyItems, alignItems, alignContent;
+    Alignment justifySelf{Align::Auto, false}, alignSelf{Align::Auto, false};
     int order = 0;
     int columnCount = 0; ///< 0: auto
     Length columnWidth;
-    Length columnGap, rowGap;                      ///< auto: normal
-    QString gridTemplateColumns, gridTemplateRows; ///< as written
+    Length columnGap, rowGap; ///< auto: normal
     friend bool operator==(const RareGroup &, const RareGroup &) = default;
 };
 
@@ -188,6 +189,7 @@ public:
     const SurroundGroup &surround() const { return *mSurround; }
     const BackgroundGroup &background() const { return *mBackground; }
     const RareGroup &rare() const { return *mRare; }
+    const GridGroup &grid() const { return *mGrid; }
     const CustomProperties &custom() const;
 
     // Shorter ways to what is asked most.
@@ -227,6 +229,7 @@ public:
     SurroundGroup &writeSurround() { return own(mSurround); }
     BackgroundGroup &writeBackground() { return own(mBackground); }
     RareGroup &writeRare() { return own(mRare); }
+    GridGroup &writeGrid() { return own(mGrid); }
     CustomProperties &writeCustom();
     /// Lets groups that equal the parent's, or the initial ones, be the same object.
     void shareGroups(const ComputedStyle *parent);
@@ -247,6 +250,7 @@ private:
     std::shared_ptr<const SurroundGroup> mSurround;
     std::shared_ptr<const BackgroundGroup> mBackground;
     std::shared_ptr<const RareGroup> mRare;
+    std::shared_ptr<const GridGroup> mGrid;
     std::shared_ptr<const CustomProperties> mCustom; // null: none
 };
 

@@ -150,6 +150,7 @@ QString nameInSheet(const QString &written)
     if (isKnownProperty(lower)) return lower;
     // Other spellings that CSS itself has: prefixes and older names. The forms of scripts aren't CSS.
     if (lower.startsWith(u'-') || lower == QLatin1String("word-wrap") || lower == QLatin1String("grid-gap") ||
+        lower == QLatin1String("grid-row-gap") || lower == QLatin1String("grid-column-gap") ||
         lower.startsWith(QLatin1String("break-"))) {
         const QString name = canonicalName(lower);
         if (isKnownProperty(name)) return name;
@@ -297,6 +298,9 @@ QString DeclarationBlock::shorthandText(Shorthand shorthand) const
     }
     case Shorthand::Overflow:
     case Shorthand::Gap:
+    case Shorthand::PlaceContent:
+    case Shorthand::PlaceItems:
+    case Shorthand::PlaceSelf:
         return texts[0] == texts[1] ? texts[0] : texts.join(u' ');
     case Shorthand::BackgroundPosition:
     case Shorthand::BorderTop:
@@ -306,6 +310,16 @@ QString DeclarationBlock::shorthandText(Shorthand shorthand) const
     case Shorthand::Outline:
     case Shorthand::FlexFlow:
         return texts.join(u' ');
+    case Shorthand::GridRow:
+    case Shorthand::GridColumn:
+    case Shorthand::GridArea:
+        while (texts.size() > 1 && texts.last() == QLatin1String("auto"))
+            texts.removeLast();
+        return texts.join(QStringLiteral(" / "));
+    case Shorthand::GridTemplate:
+        return texts[2] == QLatin1String("none") ? texts[0] + QStringLiteral(" / ") + texts[1] : QStringLiteral("");
+    case Shorthand::Grid:
+        return QStringLiteral(""); // longhands written one by one
     default:
         break;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "engine/css/ValueReader.h"
+#include "engine/css/GridGrammar.h"
 
 /// The grammar of each property: what `readLonghand` takes.
 namespace css {
@@ -454,6 +454,13 @@ std::optional<Value> readLonghand(PropertyId id, ValueReader &reader)
         return counters(id, reader);
     case Grammar::Raw:
         return reader.takeRaw();
+    case Grammar::Alignment:
+    case Grammar::TrackList:
+    case Grammar::AutoTracks:
+    case Grammar::GridAreas:
+    case Grammar::GridFlow:
+    case Grammar::GridLine:
+        return readGridLonghand(id, reader);
     case Grammar::ImageList:
     case Grammar::RepeatList:
     case Grammar::WordList:

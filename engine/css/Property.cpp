@@ -76,6 +76,17 @@ std::vector<ShorthandRow> makeShorthands()
         {S::FlexFlow, "flex-flow", {Id::FlexDirection, Id::FlexWrap}},
         {S::Columns, "columns", {Id::ColumnWidth, Id::ColumnCount}},
         {S::Gap, "gap", {Id::RowGap, Id::ColumnGap}},
+        {S::PlaceContent, "place-content", {Id::AlignContent, Id::JustifyContent}},
+        {S::PlaceItems, "place-items", {Id::AlignItems, Id::JustifyItems}},
+        {S::PlaceSelf, "place-self", {Id::AlignSelf, Id::JustifySelf}},
+        {S::GridRow, "grid-row", {Id::GridRowStart, Id::GridRowEnd}},
+        {S::GridColumn, "grid-column", {Id::GridColumnStart, Id::GridColumnEnd}},
+        {S::GridArea, "grid-area", {Id::GridRowStart, Id::GridColumnStart, Id::GridRowEnd, Id::GridColumnEnd}},
+        {S::GridTemplate, "grid-template", {Id::GridTemplateRows, Id::GridTemplateColumns, Id::GridTemplateAreas}},
+        {S::Grid,
+         "grid",
+         {Id::GridTemplateRows, Id::GridTemplateColumns, Id::GridTemplateAreas, Id::GridAutoRows, Id::GridAutoColumns,
+          Id::GridAutoFlow}},
         {S::All, "all", all},
     };
 }
@@ -127,11 +138,14 @@ struct Tables
         canonical.insert(QStringLiteral("breakinside"), QStringLiteral("page-break-inside"));
         canonical.insert(QStringLiteral("backgroundposition"), QStringLiteral("background-position"));
         canonical.insert(QStringLiteral("gridgap"), QStringLiteral("gap"));
+        canonical.insert(QStringLiteral("gridrowgap"), QStringLiteral("row-gap"));
+        canonical.insert(QStringLiteral("gridcolumngap"), QStringLiteral("column-gap"));
         for (const char *prefix : {"webkit", "moz", "ms", "o"})
             for (const char *name :
                  {"box-sizing",     "border-radius",   "box-shadow",      "transform",         "transform-origin",
                   "column-count",   "column-width",    "column-gap",      "columns",           "flex",
                   "flex-direction", "flex-wrap",       "flex-flow",       "align-items",       "align-self",
+                  "flex-grow",      "flex-shrink",     "flex-basis",
                   "align-content",  "justify-content", "order",           "hyphens",           "user-select",
                   "tab-size",       "background-size", "background-clip", "background-origin", "filter"})
                 prefixed.insert(QStringLiteral("-%1-%2").arg(QLatin1String(prefix), QLatin1String(name)),

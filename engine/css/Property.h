@@ -137,18 +137,28 @@ namespace css {
     X(FlexWrap, "flex-wrap", false, Words, "nowrap wrap wrap-reverse")                                                 \
     X(FlexGrow, "flex-grow", false, PositiveNumber, "")                                                                \
     X(FlexShrink, "flex-shrink", false, PositiveNumber, "")                                                            \
-    X(FlexBasis, "flex-basis", false, Size, "auto min-content max-content fit-content content=auto")                   \
-    X(JustifyContent, "justify-content", false, Raw, "")                                                               \
-    X(AlignItems, "align-items", false, Raw, "")                                                                       \
-    X(AlignSelf, "align-self", false, Raw, "")                                                                         \
-    X(AlignContent, "align-content", false, Raw, "")                                                                   \
+    X(FlexBasis, "flex-basis", false, Size, "auto min-content max-content fit-content content")                        \
+    X(JustifyContent, "justify-content", false, Alignment, "")                                                         \
+    X(JustifyItems, "justify-items", false, Alignment, "")                                                             \
+    X(JustifySelf, "justify-self", false, Alignment, "")                                                               \
+    X(AlignItems, "align-items", false, Alignment, "")                                                                 \
+    X(AlignSelf, "align-self", false, Alignment, "")                                                                   \
+    X(AlignContent, "align-content", false, Alignment, "")                                                             \
     X(Order, "order", false, Integer, "")                                                                              \
     X(ColumnCount, "column-count", false, AutoInteger, "")                                                             \
     X(ColumnWidth, "column-width", false, AutoPositive, "")                                                            \
     X(ColumnGap, "column-gap", false, Gap, "normal")                                                                   \
     X(RowGap, "row-gap", false, Gap, "normal")                                                                         \
-    X(GridTemplateColumns, "grid-template-columns", false, Raw, "")                                                    \
-    X(GridTemplateRows, "grid-template-rows", false, Raw, "")
+    X(GridTemplateColumns, "grid-template-columns", false, TrackList, "")                                              \
+    X(GridTemplateRows, "grid-template-rows", false, TrackList, "")                                                    \
+    X(GridTemplateAreas, "grid-template-areas", false, GridAreas, "")                                                  \
+    X(GridAutoColumns, "grid-auto-columns", false, AutoTracks, "")                                                     \
+    X(GridAutoRows, "grid-auto-rows", false, AutoTracks, "")                                                           \
+    X(GridAutoFlow, "grid-auto-flow", false, GridFlow, "")                                                             \
+    X(GridRowStart, "grid-row-start", false, GridLine, "")                                                             \
+    X(GridRowEnd, "grid-row-end", false, GridLine, "")                                                                 \
+    X(GridColumnStart, "grid-column-start", false, GridLine, "")                                                       \
+    X(GridColumnEnd, "grid-column-end", false, GridLine, "")
 
 enum class PropertyId : uint8_t {
 #define CSS_ID(name, text, inherited, grammar, words) name,
@@ -201,7 +211,13 @@ enum class Grammar : uint8_t {
     Content,
     Counters,
     Raw,
-    Gap
+    Gap,
+    Alignment,
+    TrackList,
+    AutoTracks,
+    GridAreas,
+    GridFlow,
+    GridLine
 };
 
 struct PropertyInfo
@@ -240,6 +256,14 @@ enum class Shorthand : uint8_t {
     FlexFlow,
     Columns,
     Gap,
+    PlaceContent,
+    PlaceItems,
+    PlaceSelf,
+    GridRow,
+    GridColumn,
+    GridArea,
+    GridTemplate,
+    Grid,
     All
 };
 /// By name in lower case; None for what isn't one.

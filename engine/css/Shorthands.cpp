@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "engine/css/ValueReader.h"
+#include "engine/css/GridGrammar.h"
 
 /// What each shorthand sets. A longhand that it leaves out gets its initial value.
 namespace css {
@@ -357,6 +357,15 @@ std::optional<std::vector<PropertyValue>> readShorthand(Shorthand shorthand, Val
     case Shorthand::FlexFlow:
     case Shorthand::Columns:
         return anyOrder(ids, reader);
+    case Shorthand::PlaceContent:
+    case Shorthand::PlaceItems:
+    case Shorthand::PlaceSelf:
+    case Shorthand::GridRow:
+    case Shorthand::GridColumn:
+    case Shorthand::GridArea:
+    case Shorthand::GridTemplate:
+    case Shorthand::Grid:
+        return readGridShorthand(shorthand, reader);
     case Shorthand::None:
     case Shorthand::All:
         return {};

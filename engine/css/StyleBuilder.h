@@ -66,6 +66,12 @@ private:
     void setField(PropertyId id, const Value &value);
     void setTextField(PropertyId id, const Value &value);
     void setRareField(PropertyId id, const Value &value);
+    bool setGridField(PropertyId id, const Value &value);
+    bool copyGridField(PropertyId id, const ComputedStyle &from);
+    TrackBreadth trackBreadth(const Value &value);
+    TrackSize trackSize(const Value &value);
+    TrackList trackList(const Value &value);
+    std::vector<TrackSize> autoTracks(const Value &value);
     void setContent(const Value &value);
     void setTextAlign(const Value &value);
     void applyBackground();

@@ -87,13 +87,7 @@ using Id = PropertyId;
 #define CSS_RAW_FIELDS(X)                                                                                              \
     X(Transform, transform)                                                                                            \
     X(TransformOrigin, transformOrigin)                                                                                \
-    X(Filter, filter)                                                                                                  \
-    X(JustifyContent, justifyContent)                                                                                  \
-    X(AlignItems, alignItems)                                                                                          \
-    X(AlignSelf, alignSelf)                                                                                            \
-    X(AlignContent, alignContent)                                                                                      \
-    X(GridTemplateColumns, gridTemplateColumns)                                                                        \
-    X(GridTemplateRows, gridTemplateRows)
+    X(Filter, filter)
 
 #define CSS_BORDER_WIDTHS(X)                                                                                           \
     X(BorderTopWidth, border.top.width)                                                                                \
@@ -186,7 +180,7 @@ void StyleBuilder::apply(Id id)
         copyField(id, *from);
     else if (won.value->kind == Value::Kind::Word && setWord(id, won.value->word))
         return;
-    else if (!setLength(id, *won.value))
+    else if (!setLength(id, *won.value) && !setGridField(id, *won.value))
         setField(id, *won.value);
 }
 
@@ -300,6 +294,7 @@ void StyleBuilder::copyField(Id id, const ComputedStyle &from)
     case Id::ColumnCount:
         CSS_COPY(Rare, rare, columnCount)
     default:
+        copyGridField(id, from);
         break; // the font and the background are done apart
     }
 #undef CSS_COPY
@@ -325,8 +320,8 @@ bool StyleBuilder::setLength(Id id, const Value &value)
     if (value.kind == Value::Kind::Word) {
         // auto (none), min-content, max-content, fit-content
         static constexpr Length::Kind kinds[] = {Length::Kind::Auto, Length::Kind::MinContent, Length::Kind::MaxContent,
-                                                 Length::Kind::FitContent};
-        computed.kind = kinds[value.word & 3];
+                                                 Length::Kind::FitContent, Length::Kind::Content};
+        computed.kind = kinds[std::clamp(value.word, 0, 4)];
         if (value.word == 0 && (id == Id::MaxWidth || id == Id::MaxHeight)) computed.kind = Length::Kind::None;
     } else {
         computed = length(value);

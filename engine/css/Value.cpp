@@ -93,6 +93,15 @@ QString wordText(PropertyId id, int word)
         return word == 1 ? QStringLiteral("bolder") : QStringLiteral("lighter");
     case Grammar::LineHeight:
         return QStringLiteral("normal");
+    case Grammar::Alignment:
+        return id == PropertyId::AlignSelf || id == PropertyId::JustifySelf ? QStringLiteral("auto") : QStringLiteral("normal");
+    case Grammar::TrackList:
+    case Grammar::GridAreas:
+        return QStringLiteral("none");
+    case Grammar::GridFlow: {
+        static const char *const flows[] = {"row", "column", "row dense", "column dense"};
+        return QString::fromLatin1(flows[word & 3]);
+    }
     case Grammar::Image:
     case Grammar::ImageList:
         return QStringLiteral("none");
@@ -204,7 +213,7 @@ QString valueText(PropertyId id, const Value &value)
     case Value::Kind::Raw:
         return value.text;
     case Value::Kind::List:
-        return listText(id, value);
+        return value.text.isEmpty() ? listText(id, value) : value.text;
     case Value::Kind::Function:
     case Value::Kind::Unresolved:
         return {};

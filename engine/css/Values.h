@@ -14,7 +14,7 @@ namespace css {
 /// percentages wait for layout.
 struct Length
 {
-    enum class Kind : uint8_t { Auto, None, Fixed, Percent, Calc, MinContent, MaxContent, FitContent };
+    enum class Kind : uint8_t { Auto, None, Fixed, Percent, Calc, MinContent, MaxContent, FitContent, Content };
 
     Kind kind = Kind::Auto;
     float px = 0;      ///< Fixed, Calc

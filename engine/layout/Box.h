@@ -8,6 +8,7 @@
 #include "engine/layout/Unit.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace layout {
@@ -23,6 +24,8 @@ class InlineContent;
 
 
 enum class BoxKind : uint8_t { Text, LineBreak, Inline, Block, Replaced, Table, TableSection, TableRow, TableCell, TableColumn };
+/// How a block places its children: in flow, or as items of its own (CSS Flexible Box Layout 1, CSS Grid Layout 1).
+enum class ChildLayout : uint8_t { Flow, Flex, Grid };
 enum class Pseudo : uint8_t { None, Before, After, Marker };
 
 class Box
@@ -74,6 +77,9 @@ public:
     bool floating : 1 = false;
     bool positioned : 1 = false; ///< absolute or fixed
     bool formattingRoot : 1 = false; ///< a block formatting context of its own
+    bool styledRoot : 1 = false;     ///< one by its own style, wherever it stands
+    bool item : 1 = false;           ///< in flow in a flex or grid container
+    bool heightForced : 1 = false;   ///< whoever placed it said its height: see `ItemData`
     // What is to be done.
     bool needsLayout : 1 = true;
     bool childNeedsLayout : 1 = false;
@@ -167,6 +173,21 @@ struct MarkerData {
     bool image = false;
 };
 
+/// What a flex or grid container keeps of an item, and a containing block of a positioned box.
+struct ItemData {
+    Unit forcedHeight;           ///< of the border box, where `heightForced`
+    bool forcedDefinite = false; ///< percentages below may count on it
+    Unit natural;                ///< border-box height that its content asks for
+    // The last measurement: what height it took by itself at that width.
+    bool measured = false;
+    Unit measuredWidth, measuredHeight, measuredNatural;
+    Unit areaWidth, areaHeight; ///< of the containing block, when it was measured
+    // Where a positioned child without offsets stands: in that room, at the part of it that is free.
+    bool aligned = false;
+    Size room;
+    double alignX = 0, alignY = 0;
+};
+
 /// A box with a border box of its own: a block, a replaced element, a table and its parts.
 class BlockBox : public Box
 {
@@ -189,6 +210,7 @@ public:
     bool dependsOnHeight = false; ///< some percentage below asks for the containing block's height
     bool quirkyTop = false, quirkyBottom = false;
     bool layoutOnce = false;
+    ChildLayout mode = ChildLayout::Flow;
     Unit shift;                  ///< a cell's content stands that much lower
     Unit linesShift;             ///< the shift that is in the places of its lines
     Unit naturalHeight = Unit::fromRaw(-1); ///< a cell's height before its row stretched it
@@ -209,6 +231,8 @@ public:
         std::vector<BlockBox *> positioned; ///< boxes whose containing block this is
         std::vector<BlockBox *> dirty;      ///< children that need layout
         std::unique_ptr<MarkerData> marker;
+        std::unique_ptr<ItemData> item;
+        std::optional<Unit> firstBaseline, lastBaseline; ///< of a flex or grid container
         QPoint scroll;
         bool allDirty = false;
     };
@@ -219,6 +243,13 @@ public:
         return *rare;
     }
 
+    ItemData &itemData()
+    {
+        Rare &data = rareData();
+        if (!data.item) data.item = std::make_unique<ItemData>();
+        return *data.item;
+    }
+    bool hasItems() const { return mode != ChildLayout::Flow; }
     bool hasInlineChildren() const { return inlineContent != nullptr; }
     Edges frame() const { return border + padding; }
     Unit contentWidth() const { return std::max(Unit(), width - border.horizontal() - padding.horizontal()); }

@@ -20,7 +20,7 @@ bool isTableChild(const Box &box)
 bool reusable(const Box &box, const Box &made)
 {
     return box.kind() == made.kind() && box.floating == made.floating && box.positioned == made.positioned &&
-           box.inlineLevel == made.inlineLevel && box.formattingRoot == made.formattingRoot;
+           box.inlineLevel == made.inlineLevel && (box.item ? box.styledRoot : box.formattingRoot) == made.formattingRoot;
 }
 
 } // namespace
@@ -29,6 +29,7 @@ BlockBox *BoxBuilder::anonymous(BoxKind kind, const Box &parent)
 {
     BlockBox *box = kind == BoxKind::Table ? new TableBox(nullptr, parent.styleRef()) : new BlockBox(kind, nullptr, parent.styleRef());
     box->anonymous = true;
+    box->dependsOnHeight = true; // some inline box in it may
     if (kind == BoxKind::TableCell) box->formattingRoot = true;
     ++mTree.mWork.boxesBuilt;
     return box;
@@ -40,13 +41,26 @@ void BoxBuilder::append(Box &parent, Box *child, Box *before)
     BlockBox *block = child->asBlock();
     BlockBox *owner = parent.asBlock();
     if (owner && child->isOutOfFlow()) owner->hasOutOfFlow = true;
+    if (block) setItem(*block, owner && owner->hasItems() && !block->isOutOfFlow());
     if (!block || !owner || child->isOutOfFlow() || child->inlineLevel) return;
-    if (owner->kind() != BoxKind::Block && owner->kind() != BoxKind::TableCell) return;
+    if (owner->hasItems() || (owner->kind() != BoxKind::Block && owner->kind() != BoxKind::TableCell)) return;
     BlockBox *next = nullptr;
     for (Box *b = before; b && !next; b = b->next())
         if (b->isBlockBox() && b->asBlock()->inSumTree) next = b->asBlock();
     owner->flow.insert(*block, next);
     block->inSumTree = true;
+}
+
+// An item is a formatting context of its own, sized by its container; whatever else a box becomes, that ends.
+void BoxBuilder::setItem(BlockBox &box, bool item)
+{
+    if (box.item == item) return;
+    if (item) box.styledRoot = box.formattingRoot;
+    box.item = item;
+    box.formattingRoot = item || box.styledRoot;
+    box.heightForced = false;
+    if (box.rare) box.rare->item.reset();
+    mTree.markDirty(box);
 }
 
 bool BoxBuilder::isBlank(const Box &box) const
@@ -322,7 +336,11 @@ void BoxBuilder::fill(BlockBox &box, List &&list)
         }
         break;
     default:
-        fillBlock(box, wrapTableParts(list, box), nullptr, false);
+        box.mode = layoutOfChildren(box, list);
+        if (box.hasItems())
+            fillItems(box, list);
+        else
+            fillBlock(box, wrapTableParts(list, box), nullptr, false);
     }
 }
 
@@ -368,6 +386,52 @@ void BoxBuilder::fillBlock(BlockBox &box, const List &list, Box *before, bool ke
         } else {
             run.push_back(child);
         }
+    }
+    flush();
+}
+
+ChildLayout BoxBuilder::layoutOfChildren(const BlockBox &box, const List &list) const
+{
+    if (box.anonymous || box.kind() != BoxKind::Block) return ChildLayout::Flow;
+    // One that is held open shows its line as a block does, until something comes into it.
+    const bool empty = std::all_of(list.begin(), list.end(), [&](Box *b) { return isBlank(*b) || b->isOutOfFlow(); });
+    if (empty && box.element() && box.element()->isHeldOpen()) return ChildLayout::Flow;
+    switch (box.style().display()) {
+    case css::Display::Flex:
+    case css::Display::InlineFlex: return ChildLayout::Flex;
+    case css::Display::Grid:
+    case css::Display::InlineGrid: return ChildLayout::Grid;
+    default: return ChildLayout::Flow;
+    }
+}
+
+// Each child in flow is an item, each stretch of text one too, blanks alone aren't (CSS Flexible Box Layout 1, 4).
+void BoxBuilder::fillItems(BlockBox &box, const List &list)
+{
+    box.inlineContent.reset();
+    List run;
+    const auto flush = [&] {
+        const bool real = std::any_of(run.begin(), run.end(), [&](Box *b) { return !isBlank(*b); });
+        BlockBox *wrapper = real ? anonymous(BoxKind::Block, box) : nullptr;
+        for (Box *child : run) {
+            if (wrapper)
+                append(*wrapper, child);
+            else
+                dissolve(*child);
+        }
+        if (wrapper) {
+            wrapper->inlineContent = std::make_unique<InlineContent>();
+            append(box, wrapper);
+        }
+        run.clear();
+    };
+    for (Box *child : wrapTableParts(list, box)) {
+        if (child->inlineLevel) {
+            run.push_back(child);
+            continue;
+        }
+        flush();
+        append(box, child);
     }
     flush();
 }

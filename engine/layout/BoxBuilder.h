@@ -28,6 +28,9 @@ private:
     Box *boxFor(dom::Element &element, const StyleRef &style);
     void fill(BlockBox &box, List &&list);
     void fillBlock(BlockBox &box, const List &list, Box *before, bool keepsBlocks);
+    void fillItems(BlockBox &box, const List &list);
+    ChildLayout layoutOfChildren(const BlockBox &box, const List &list) const;
+    void setItem(BlockBox &box, bool item);
     void fillTable(TableBox &table, const List &list);
     void fillSection(BlockBox &section, const List &list);
     void fillRow(BlockBox &row, const List &list);

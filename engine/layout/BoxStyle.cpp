@@ -244,6 +244,7 @@ Unit clampedWidth(const BlockBox &box, Unit width, Unit containingWidth)
 
 std::optional<Unit> usedHeight(const BlockBox &box, const Constraint &constraint)
 {
+    if (box.heightForced) return box.rare->item->forcedHeight;
     if (box.anonymous) return {};
     const css::Length &height = box.style().box().height;
     if (!height.isDefinite() || (height.hasPercent() && !constraint.hasHeight())) return {};

@@ -2,6 +2,8 @@
 #include "engine/layout/Engine.h"
 
 #include "engine/layout/BoxStyle.h"
+#include "engine/layout/FlexLayout.h"
+#include "engine/layout/GridLayout.h"
 #include "engine/layout/InlineLayout.h"
 #include "engine/layout/TableLayout.h"
 
@@ -348,6 +350,9 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
         layoutReplaced(box, constraint);
     } else if (box.isTable()) {
         TableLayout(*this, box, constraint).run();
+    } else if (box.hasItems()) {
+        state.y = box.mode == ChildLayout::Flex ? FlexLayout(*this, box, constraint).run() : GridLayout(*this, box, constraint).run();
+        state.atTop = false;
     } else if (box.inlineContent) {
         prepareInline(box);
         InlineLayout(*this, box, inner, area).run(state);
@@ -400,8 +405,9 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     if (box.element() && box.element()->isHeldOpen() && !box.inlineContent && !box.firstChild())
         content = std::max(content, lineHeightOf(box.style()));
     Unit height = content + frame.vertical();
+    if (box.item) box.itemData().natural = height;
     if (const auto given = usedHeight(box, constraint)) height = *given;
-    height = clampedHeight(box, height, constraint);
+    if (!box.heightForced) height = clampedHeight(box, height, constraint);
     if (box.isCell() && usedHeight(box, constraint)) height = std::max(height, content + frame.vertical());
     height = quirkHeight(*this, box, height);
     if (box.isCell()) box.shift = {};
@@ -449,7 +455,8 @@ void Engine::finishOverflow(BlockBox &box)
             }
         }
     }
-    for (Box *each = box.firstChild(); each && (box.subtreeHasFloats || box.isTable() || box.isTablePart()); each = each->next()) {
+    const bool placed = box.subtreeHasFloats || box.hasItems() || box.isTable() || box.isTablePart();
+    for (Box *each = placed ? box.firstChild() : nullptr; each; each = each->next()) {
         BlockBox *child = each->asBlock();
         if (child && !child->inSumTree && !child->positioned && !child->inlineLevel) include(child->gap, child->x, *child);
     }
@@ -481,9 +488,11 @@ void Engine::finishOverflow(BlockBox &box)
 
 Unit Engine::definiteHeight(const BlockBox &box, const Constraint &constraint) const
 {
-    if (box.anonymous) return constraint.height;
+    if (box.anonymous && !box.item) return constraint.height;
     const auto given = usedHeight(box, constraint);
-    if (!given) return quirkPercentBase(*this, box, constraint);
+    if (box.heightForced)
+        return box.rare->item->forcedDefinite ? std::max(Unit(), *given - box.frame().vertical()) : Unit::fromRaw(-1);
+    if (!given) return box.item ? Unit::fromRaw(-1) : quirkPercentBase(*this, box, constraint);
     return std::max(Unit(), clampedHeight(box, *given, constraint) - box.frame().vertical());
 }
 

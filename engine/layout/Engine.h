@@ -77,7 +77,10 @@ public:
     PreferredWidths preferredWidths(BlockBox &box);
     /// Fills the memo of margins that collapse at the box's top, and whether it collapses through.
     void updateFlowMemo(BlockBox &box, Unit containingWidth);
-    Size replacedSize(BlockBox &box, const Constraint &constraint);
+    /// With `width`, that is its border-box width, whatever its style says.
+    Size replacedSize(BlockBox &box, const Constraint &constraint, std::optional<Unit> width = {});
+    /// Whether its height follows its width.
+    bool hasRatio(const BlockBox &box) const;
     void prepareInline(BlockBox &box);
     /// Sets margins, borders and paddings of a box from its style.
     void resolveEdges(BlockBox &box, Unit containingWidth);
@@ -89,6 +92,8 @@ public:
 private:
     friend class TableLayout;
     friend class InlineLayout;
+    friend class FlexLayout;
+    friend class GridLayout;
     void resolveInFlowWidth(BlockBox &box, const Constraint &constraint, FloatArea area);
     void layoutContents(BlockBox &box, const Constraint &constraint, FloatArea area);
     void layoutFlowChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state);

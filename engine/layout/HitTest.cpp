@@ -26,6 +26,29 @@ BlockBox *Queries::hitPositioned(BlockBox &box, Point point, Point &local)
     return nullptr;
 }
 
+// The item at a point, the topmost one, or else the nearest: a click beside one puts the caret into it.
+BlockBox *Queries::itemAt(const BlockBox &box, Point point)
+{
+    BlockBox *nearest = nullptr;
+    int64_t least = INT64_MAX;
+    for (Box *each = box.lastChild(); each; each = each->previous()) {
+        BlockBox *item = each->asBlock();
+        if (!item || !item->item) continue;
+        const Point inner = point - item->position() - item->relativeOffset();
+        if (holds(*item, inner)) return item;
+        const auto away = [](Unit at, Unit size) { return int64_t(at.raw < 0 ? -at.raw : at >= size ? at.raw - size.raw + 1 : 0); };
+        const Unit reachX = item->clips ? item->width : std::max(item->width, item->overflowRight);
+        const Unit reachY = item->clips ? item->height : std::max(item->height, item->overflowBottom);
+        const int64_t x = away(inner.x, reachX), y = away(inner.y, reachY);
+        // What lies beside at the same height is nearer than what lies above or below.
+        const int64_t distance = y * 4 + x;
+        if (distance >= least) continue;
+        least = distance;
+        nearest = item;
+    }
+    return nearest;
+}
+
 // The innermost block at a point of `box`'s coordinates; `local` becomes the point in the found one's.
 BlockBox *Queries::hitBlock(BlockBox &box, Point point, Point &local)
 {
@@ -42,6 +65,12 @@ BlockBox *Queries::hitBlock(BlockBox &box, Point point, Point &local)
             if (!child || child->inSumTree || child->positioned || child->inlineLevel || child->isTablePart()) continue;
             if (holds(*child, point - child->position() - child->relativeOffset())) return enter(*child);
         }
+    if (box.hasItems()) {
+        BlockBox *item = itemAt(box, point);
+        if (item) return enter(*item);
+        local = point;
+        return &box;
+    }
     if (box.isTable()) {
         const auto &table = static_cast<const TableBox &>(box);
         const TableRow *row = table.rowAt(point.y);
@@ -133,7 +162,16 @@ Hit Queries::hitTest(QPointF point)
     Point local;
     BlockBox *block = hitBlock(root, pointOf(point), local);
     if (!block) return hit;
-    for (Box *up = block; up && !hit.element; up = up->parent()) hit.element = up->element();
+    Box *start = block;
+    for (BlockBox *up = block; up; up = up->blockParent()) {
+        if (!up->item) continue;
+        // Beside its items a container is hit itself, though the caret goes into one of them.
+        const Point inner = pointOf(point) - origin(*up);
+        const bool inside = inner.x.raw >= 0 && inner.y.raw >= 0 && inner.x < std::max(up->width, up->overflowRight) &&
+                            inner.y < std::max(up->height, up->overflowBottom);
+        if (!inside) start = up->blockParent();
+    }
+    for (Box *up = start; up && !hit.element; up = up->parent()) hit.element = up->element();
     if (!hit.element) hit.element = mTree.document().documentElement();
     if (!block->inlineContent || block->inlineContent->lines.empty()) {
         hit.position = {block->node() ? block->node() : hit.element, 0};
@@ -195,7 +233,18 @@ Queries::Where Queries::locate(TextPosition position, bool atLineEnd)
                     if (item.box == at) offset = before ? item.start : item.end;
         } else { // a block: its first or last line
             BlockBox *inner = at->asBlock();
-            while (inner && !inner->inlineContent && !inner->flow.empty()) inner = before ? inner->flow.at(0) : inner->flow.at(inner->flow.size() - 1);
+            while (inner && !inner->inlineContent) {
+                BlockBox *next = nullptr;
+                if (!inner->flow.empty()) {
+                    next = before ? inner->flow.at(0) : inner->flow.at(inner->flow.size() - 1);
+                } else if (inner->hasItems()) {
+                    Box *child = before ? inner->firstChild() : inner->lastChild();
+                    while (child && !(child->asBlock() && child->item)) child = before ? child->next() : child->previous();
+                    next = child ? child->asBlock() : nullptr;
+                }
+                if (!next) break;
+                inner = next;
+            }
             where.block = inner;
             offset = before || !inner || !inner->inlineContent ? 0 : uint32_t(inner->inlineContent->text.size());
         }

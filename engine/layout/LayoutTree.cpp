@@ -251,7 +251,7 @@ void LayoutTree::restyle(dom::Element &element)
         const BlockBox *block = box->asBlock();
         same = decision.kind == box->kind() && decision.floating == box->floating && decision.positioned == box->positioned &&
                decision.inlineLevel == box->inlineLevel && !decision.listItem && !(block && block->isListItem) &&
-               (!block || block->isTable() || decision.formattingRoot == block->formattingRoot) &&
+               (!block || block->isTable() || decision.formattingRoot == (block->item ? block->styledRoot : block->formattingRoot)) &&
                isPositionedStyle(*box) == isPositioned(*style) &&
                collapsesBlanks(*style) == collapsesBlanks(box->style()) && preservesLineBreaks(*style) == preservesLineBreaks(box->style());
         if (same && block) const_cast<BlockBox *>(block)->clips = decision.clips;

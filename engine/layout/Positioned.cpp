@@ -2,6 +2,7 @@
 // Boxes out of flow: absolute and fixed positions, list markers, baselines.
 #include "engine/layout/BoxStyle.h"
 #include "engine/layout/Engine.h"
+#include "engine/layout/ItemLayout.h"
 
 namespace layout {
 
@@ -10,6 +11,7 @@ void Engine::noteStaticPosition(BlockBox &parent, BlockBox &child, Point at)
     BlockBox *block = child.containingBlock();
     if (!block) return;
     child.staticPosition = at; // the parent itself has no place yet
+    if (child.rare && child.rare->item) child.rare->item->aligned = false;
     auto &list = block->rareData().positioned;
     if (std::find(list.begin(), list.end(), &child) == list.end()) list.push_back(&child);
 }
@@ -39,10 +41,19 @@ void Engine::layoutPositioned(BlockBox &block)
         else if (!offsets.right) available = available - (place.x - originX);
         if (offsets.right) available = available - *offsets.right;
         if (box.isReplaced() || box.isTable()) used = {};
+        // Between two offsets the height is known before the content is, and percentages below count on it.
+        const bool wasForced = box.heightForced;
+        box.heightForced = false;
+        std::optional<Unit> stretched;
+        if (!usedHeight(box, constraint) && offsets.top && offsets.bottom && !box.isReplaced() && !box.isTable())
+            stretched = clampedHeight(box, std::max(box.frame().vertical(), height - *offsets.top - *offsets.bottom - box.marginTop - box.marginBottom), constraint);
+        box.heightForced = wasForced;
+        forceHeight(box, stretched, true);
         layoutIndependent(box, constraint, std::max(Unit(), available), used);
-        if (!usedHeight(box, constraint) && offsets.top && offsets.bottom && !box.isReplaced() && !box.isTable()) {
-            box.height = clampedHeight(box, std::max(box.frame().vertical(), height - *offsets.top - *offsets.bottom - box.marginTop - box.marginBottom), constraint);
-            finishOverflow(box);
+        const ItemData *data = box.rare ? box.rare->item.get() : nullptr;
+        if (data && data->aligned) {
+            place.x += Unit::from(data->alignX * (data->room.width - box.marginLeft - box.width - box.marginRight).toDouble());
+            place.y += Unit::from(data->alignY * (data->room.height - box.marginTop - box.height - box.marginBottom).toDouble());
         }
         Unit left = box.marginLeft, top = box.marginTop;
         if (offsets.left && offsets.right && marginIsAuto(box, Side::Left) && marginIsAuto(box, Side::Right))
@@ -67,6 +78,7 @@ void Engine::layoutPositioned(BlockBox &block)
 std::optional<Unit> Engine::firstBaseline(const BlockBox &box) const
 {
     if (box.isReplaced()) return {};
+    if (box.hasItems()) return box.rare ? box.rare->firstBaseline : std::nullopt;
     if (box.inlineContent) {
         for (const Line &line : box.inlineContent->lines) {
             if (!line.block) {
@@ -94,6 +106,7 @@ std::optional<Unit> Engine::lastBaseline(const BlockBox &box) const
 {
     if (box.isReplaced()) return {};
     if (box.isTable()) return firstBaseline(box);
+    if (box.hasItems()) return box.rare ? box.rare->lastBaseline : std::nullopt;
     if (box.inlineContent) {
         for (auto line = box.inlineContent->lines.rbegin(); line != box.inlineContent->lines.rend(); ++line) {
             if (!line->block) {

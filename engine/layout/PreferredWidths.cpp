@@ -3,6 +3,8 @@
 #include "engine/layout/BoxStyle.h"
 #include "engine/layout/BreakFinder.h"
 #include "engine/layout/Engine.h"
+#include "engine/layout/FlexLayout.h"
+#include "engine/layout/GridLayout.h"
 #include "engine/layout/TableLayout.h"
 
 namespace layout {
@@ -13,13 +15,18 @@ PreferredWidths Engine::preferredWidths(BlockBox &box)
     resolveEdges(box, Unit());
     PreferredWidths widths;
     if (box.isReplaced()) {
+        const bool forced = box.heightForced;
+        box.heightForced = false; // what layout made of it says nothing about what it would like
         const Size size = replacedSize(box, {Unit(), Unit::fromRaw(-1)});
+        box.heightForced = forced;
         widths = {size.width, size.width};
         if (widthIsPercent(box)) widths.min = Unit();
     } else if (box.isTable()) {
         widths = TableLayout::preferred(*this, box);
     } else {
-        widths = box.inlineContent ? inlinePreferredWidths(box) : blockPreferredWidths(box);
+        widths = box.mode == ChildLayout::Flex   ? FlexLayout::preferred(*this, box)
+                 : box.mode == ChildLayout::Grid ? GridLayout::preferred(*this, box)
+                 : box.inlineContent ? inlinePreferredWidths(box) : blockPreferredWidths(box);
         const Unit frame = box.frame().horizontal();
         widths.min += frame;
         widths.max += frame;

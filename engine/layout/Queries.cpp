@@ -119,6 +119,12 @@ QSize Queries::scrollSize(const dom::Element &element)
         right = std::max(right, Unit::fromRaw(sum.right));
         bottom = std::max(bottom, block->contentTop() + Unit::fromRaw(sum.bottom) + block->padding.bottom);
     }
+    if (block->hasItems())
+        for (Box *each = block->firstChild(); each; each = each->next())
+            if (const BlockBox *item = each->asBlock(); item && item->item) {
+                right = std::max(right, item->x + item->overflowRight + item->marginRight + block->padding.right);
+                bottom = std::max(bottom, item->gap + item->overflowBottom + item->marginBottom + block->padding.bottom);
+            }
     if (block->inlineContent)
         for (const Line &line : block->inlineContent->lines) {
             right = std::max(right, line.left + line.width);

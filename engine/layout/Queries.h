@@ -70,6 +70,7 @@ private:
     TextPosition positionOn(BlockBox &block, const Line &line, Unit x, bool *inside = nullptr);
     TextPosition positionOf(BlockBox &block, uint32_t offset);
     BlockBox *hitBlock(BlockBox &box, Point point, Point &local);
+    static BlockBox *itemAt(const BlockBox &box, Point point);
     BlockBox *hitPositioned(BlockBox &box, Point point, Point &local);
     TextPosition nearLine(TextPosition position, double x, int direction);
 

@@ -101,12 +101,19 @@ Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSourc
 
 } // namespace
 
-Size Engine::replacedSize(BlockBox &box, const Constraint &constraint)
+bool Engine::hasRatio(const BlockBox &box) const
+{
+    if (!box.isReplaced() || !box.element()) return false;
+    const Natural natural = naturalSize(box, *box.element(), mImages);
+    return natural.hasRatio && natural.width > 0 && natural.height > 0;
+}
+
+Size Engine::replacedSize(BlockBox &box, const Constraint &constraint, std::optional<Unit> forced)
 {
     const dom::Element *element = box.element();
     const Natural natural = element ? naturalSize(box, *element, mImages) : Natural{};
     const Edges frame = natural.borderBox ? Edges{} : box.frame();
-    const std::optional<Unit> givenWidth = usedWidth(box, constraint.width), givenHeight = usedHeight(box, constraint);
+    const std::optional<Unit> givenWidth = forced ? forced : usedWidth(box, constraint.width), givenHeight = usedHeight(box, constraint);
     Unit width = Unit::from(natural.width) + frame.horizontal(), height = Unit::from(natural.height) + frame.vertical();
     const bool ratio = natural.hasRatio && natural.width > 0 && natural.height > 0;
     if (givenWidth) width = *givenWidth;
@@ -115,6 +122,7 @@ Size Engine::replacedSize(BlockBox &box, const Constraint &constraint)
         height = Unit::from((*givenWidth - frame.horizontal()).toDouble() * natural.height / natural.width) + frame.vertical();
     if (ratio && givenHeight && !givenWidth)
         width = Unit::from((*givenHeight - frame.vertical()).toDouble() * natural.width / natural.height) + frame.horizontal();
+    if (forced) return {width, box.heightForced ? height : clampedHeight(box, height, constraint)};
     const Unit clamped = clampedWidth(box, width, constraint.width);
     if (clamped != width && ratio && !givenHeight)
         height = Unit::from((clamped - frame.horizontal()).toDouble() * natural.height / natural.width) + frame.vertical();
@@ -126,7 +134,8 @@ Size Engine::replacedSize(BlockBox &box, const Constraint &constraint)
 
 void Engine::layoutReplaced(BlockBox &box, const Constraint &constraint)
 {
-    const Size size = replacedSize(box, constraint);
+    // An item's width is what its container made of it.
+    const Size size = replacedSize(box, constraint, box.item ? std::optional<Unit>(box.width) : std::nullopt);
     box.width = size.width;
     box.height = size.height;
     box.collapsesThrough = false;
@@ -137,7 +146,7 @@ void Engine::layoutReplaced(BlockBox &box, const Constraint &constraint)
 std::optional<Unit> atomicBaseline(const Engine &engine, const BlockBox &box)
 {
     if (!box.isReplaced()) {
-        if (box.clips && !box.isTable()) return {};
+        if (box.clips && !box.isTable() && !box.hasItems()) return {};
         return engine.lastBaseline(box);
     }
     const dom::Element *element = box.element();

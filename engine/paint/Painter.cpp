@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/paint/Painter.h"
 
+#include "engine/layout/ItemLayout.h"
+
 #include "engine/dom/Names.h"
 #include "engine/layout/BoxStyle.h"
 
@@ -144,6 +146,18 @@ void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
             BlockBox &rowBox = *cell.box->container();
             const Point at = origin + cell.box->position() + rowBox.position() + rowBox.container()->position();
             paintPhase(*cell.box, at, phase, false);
+        }
+        return;
+    }
+    if (box.hasItems()) {
+        // Each item is painted as one, in the order of `order` and `z-index` (CSS Flexible Box Layout 1, 5.4).
+        if (phase != Phase::Lines) return;
+        std::vector<BlockBox *> items = layout::itemsInOrder(box);
+        const auto level = [](const BlockBox *item) { return item->anonymous ? 0 : item->style().box().zIndex; };
+        std::stable_sort(items.begin(), items.end(), [&](const BlockBox *a, const BlockBox *b) { return level(a) < level(b); });
+        for (BlockBox *item : items) {
+            const Point at = origin + item->position() + item->relativeOffset();
+            if (meetsClip(*item, at)) paintContext(*item, at);
         }
         return;
     }
