@@ -202,6 +202,8 @@ void DocumentText::ed_DocumentComplete(const QString &URL)
 {
     trap(module, "ed_DocumentComplete", &mState, [&] {
         Parameters parameters("URL", URL);
+        // What a script's address ends in is no load, and takes neither edits nor undo steps away.
+        if (std::exchange(mScriptAddress, false) && !mState.mLoadingEd) return;
         mState.mLoadingEd = false;
         if (mState.mRespondToDocumentComplete && !mState.mTerminating && !mState.mTerminated) {
             mState.mLoaded = true;
@@ -390,7 +392,8 @@ void DocumentText::Navigate(const surface::Navigation &navigation)
     trap(module, "Navigate", &mState, [&] {
         Parameters parameters("URL", navigation.url);
         mState.mAllowNavigate = true;
-        if (!(startsWith(navigation.url, "javascript:") && mState.mEditMode == 0)) {
+        mScriptAddress = startsWith(navigation.url, "javascript:") && mState.mEditMode == 0;
+        if (!mScriptAddress) {
             mState.mLoadingEd = true;
             support::SettingsStore &store = support::SettingsStore::instance();
             const QString sound = store.read(support::SettingsRoot::CurrentUser, navigatingKey, QString());

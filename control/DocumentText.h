@@ -57,4 +57,5 @@ private:
     HTMLEditor &ed;
     CodeMax &txtHTMLSource;
     platform::FileFormat mFormat; ///< of the file last loaded
+    bool mScriptAddress = false;  ///< the surface was handed a script's address while the page is only read
 };

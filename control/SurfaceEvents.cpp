@@ -174,12 +174,15 @@ void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bo
 void SurfaceEvents::ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel)
 {
     const QString &URL = navigation.url;
+    const bool browsesScript =
+        URL.startsWith(QLatin1String("javascript:"), Qt::CaseInsensitive) && mState.mEditMode == 0;
     trap(module, "ed_BeforeNavigate", given(&mState, "URL", URL, "Cancel", Cancel), [&] {
         if (navigation.targetFrameName == QLatin1String("ic_modal_Frame")) {
             mState.mRespondToDocumentComplete = false;
         } else if (mState.mAllowNavigate) {
-            ShutDownBeforeReload();
-        } else if (URL.startsWith(QLatin1String("javascript:"), Qt::CaseInsensitive) && mState.mEditMode == 0) {
+            // A page's own script replaces nothing while the page is read: what it stands in stays.
+            if (!browsesScript) ShutDownBeforeReload();
+        } else if (browsesScript) {
             return;
         } else if (URL.startsWith(QLatin1String("designcommand:"))) {
             Cancel = true;
