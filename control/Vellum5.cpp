@@ -443,6 +443,13 @@ bool Vellum5::RedoEnabled() const
     return mParts->changes.RedoEnabled();
 }
 
+// Spelling
+
+QString Vellum5::SpellImagePath() const
+{
+    return trap(module, "SpellImagePath", &mParts->state, [&] { return mParts->state.mSpellImagePath; });
+}
+
 // Page map
 
 bool Vellum5::PageMapDragInProgress() const

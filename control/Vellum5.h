@@ -70,15 +70,17 @@ class VELLUMKIT_EXPORT Vellum5 : public QWidget
     Q_PROPERTY(bool HasFocus READ HasFocus)
     Q_PROPERTY(bool UndoEnabled READ UndoEnabled)
     Q_PROPERTY(bool RedoEnabled READ RedoEnabled)
+    // Spelling
+    Q_PROPERTY(QString SpellImagePath READ SpellImagePath)
     // Page map
     Q_PROPERTY(bool PageMapDragInProgress READ PageMapDragInProgress WRITE setPageMapDragInProgress)
     Q_PROPERTY(bool LockPageMapAndBarRefresh READ LockPageMapAndBarRefresh WRITE setLockPageMapAndBarRefresh)
 
 public:
     /// A control that never had a property bag; its properties have their initial values.
-    explicit Vellum5(QWidget *parent = nullptr);
+    explicit Vellum5(QWidget *parent = nullptr, HostContainer *Container = nullptr);
     /// A control that reads its properties from `Bag`, as the host's form kept them. `Container` (not owned, may be null)
-    /// is the host's side of the control: without one the control runs in user mode.
+    /// is the host's side of the control, also above: without one the control runs in user mode.
     Vellum5(PropertyBag &Bag, QWidget *parent = nullptr, HostContainer *Container = nullptr);
     ~Vellum5() override;
 
@@ -202,6 +204,10 @@ public:
     Q_INVOKABLE bool IsInWidget(dom::Element *e);
     Q_INVOKABLE void RunCommandEx(const QString &CommandName, dom::Element *SpecificElement);
     Q_INVOKABLE void ForceElementChange(dom::Element *Element);
+
+    // Spelling
+    /// Of the picture below misspelt words: what follows "res://". "" at design time.
+    QString SpellImagePath() const;
 
     // Page map
     bool PageMapDragInProgress() const;

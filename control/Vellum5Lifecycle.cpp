@@ -51,10 +51,11 @@ Vellum5::Parts::Parts(Vellum5 &control)
     timSpellCheck.setInterval(750);
 }
 
-Vellum5::Vellum5(QWidget *parent) : QWidget(parent), mParts(std::make_unique<Parts>(*this))
+Vellum5::Vellum5(QWidget *parent, HostContainer *Container)
+    : QWidget(parent), mParts(std::make_unique<Parts>(*this))
 {
     EditScope scope;
-    UserControl_Initialize(nullptr);
+    UserControl_Initialize(Container);
     UserControl_InitProperties();
 }
 

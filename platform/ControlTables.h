@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
 #include "platform/Dispatch.h"
 
 /// What the control publishes: its members by family, its events, its enumerations. The ids of members are ours and, like
@@ -8,7 +9,7 @@
 namespace platform::control {
 
 /// Interface `Vellum5`.
-const std::vector<MemberRow> &members();
+VELLUMKIT_EXPORT const std::vector<MemberRow> &members();
 
 struct EventRow {
     int id;
@@ -17,9 +18,9 @@ struct EventRow {
     const char *arguments;
 };
 /// The event set `Vellum5Events`, in the order of the control's declaration.
-const std::vector<EventRow> &events();
+VELLUMKIT_EXPORT const std::vector<EventRow> &events();
 /// In any case; null for none.
-const EventRow *findEvent(const QString &name);
+VELLUMKIT_EXPORT const EventRow *findEvent(const QString &name);
 
 struct EnumerationValue {
     const char *name;
@@ -29,7 +30,7 @@ struct Enumeration {
     const char *name;
     std::vector<EnumerationValue> values;
 };
-const std::vector<Enumeration> &enumerations();
+VELLUMKIT_EXPORT const std::vector<Enumeration> &enumerations();
 
 inline constexpr char interfaceName[] = "Vellum5";
 inline constexpr char eventSetName[] = "Vellum5Events";

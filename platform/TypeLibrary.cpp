@@ -13,9 +13,9 @@
 /// The text is a heading a thing, `interface NAME`, `events NAME` or `enum NAME`, and below it a line a member:
 ///
 ///     interface IHTMLDOMAttribute
-///       1601 get nodeName
-///       1602 get set nodeValue
-///       1603 get specified
+///       1601 nodeName get
+///       1602 nodeValue get set
+///       1603 specified get
 ///
 /// Arguments in brackets may be left out, one with a "&" is taken by reference. A member that has its id and isn't
 /// there yet is "unavailable"; of an event, only those of its arguments with a "&" can be answered.
@@ -54,7 +54,7 @@ Chapter chapterOf(const Interface &interface)
     for (const Member &member : interface.members())
         chapter.lines +=
             QStringLiteral("%1 %2 %3")
-                .arg(QString::number(member.id), kindOf(member), member.isMissing ? member.name : member.signature());
+                .arg(QString::number(member.id), member.isMissing ? member.name : member.signature(), kindOf(member));
     return chapter;
 }
 
@@ -72,7 +72,7 @@ std::vector<Chapter> chapters()
         if (interface->name() == controlName) all.push_back(chapterOf(*interface));
     Chapter events{QStringLiteral("events"), QLatin1String(control::eventSetName), {}};
     for (const control::EventRow &event : control::events())
-        events.lines += QStringLiteral("%1 event %2").arg(QString::number(event.id), eventSignature(event));
+        events.lines += QStringLiteral("%1 %2 event").arg(QString::number(event.id), eventSignature(event));
     all.push_back(std::move(events));
     for (const control::Enumeration &enumeration : control::enumerations()) {
         Chapter chapter{QStringLiteral("enum"), QLatin1String(enumeration.name), {}};

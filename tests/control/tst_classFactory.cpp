@@ -109,6 +109,7 @@ private Q_SLOTS:
         QTRY_VERIFY(get(control, "Loaded").toBoolean());
         QCOMPARE(get(control, "DOM.body.children(0).tagName").toString(), QString("P"));
         QCOMPARE(get(control, "VisualEditControl.#1.body.innerText").toString(), QString("Hello"));
+        QVERIFY(get(control, "EditorhWnd").toInteger() == get(control, "VisualEditControl.#126").toInteger());
         put(control, "EditView", 1);
         QCOMPARE(get(control, "SourceEditControl.#-517").toString(),
                  QString("<html><head></head><body><p>Hello</p></body></html>"));
@@ -135,8 +136,8 @@ private Q_SLOTS:
         QFile library(store.read(root, "Software\\Classes\\TypeLib\\VellumKit5", ""));
         QVERIFY(library.open(QIODevice::ReadOnly));
         const QString text = QString::fromUtf8(library.readAll());
-        QVERIFY(text.contains("\ninterface Vellum5\n  1 get set AppName\n"));
-        QVERIFY(text.contains("\nevents Vellum5Events\n  1 event SpellIgnoreWordAdded(Word)\n"));
+        QVERIFY(text.contains("\ninterface Vellum5\n  1 AppName get set\n"));
+        QVERIFY(text.contains("\nevents Vellum5Events\n  1 SpellIgnoreWordAdded(Word) event\n"));
         QVERIFY(text.contains("\nenum EditViewEnum\n  0 hvVisualEdit\n  1 hvSourceEdit\n  2 hvPreview\n"));
         QCOMPARE(DllRegisterServer(), vellumOk); // again, over itself
 

@@ -171,6 +171,22 @@ private Q_SLOTS:
                  QStringList({"ShowPropertySheet", "ShowDetails", "ShowPropertySheet", "BackColor", "BorderStyle"}));
         control.Terminate();
     }
+    void aFormThatGetsANewControlHearsItsInitialValues()
+    {
+        Form form;
+        Vellum5 control(nullptr, &form);
+        QCOMPARE(form.told, QStringList({"ShowPropertySheet", "BackColor", "BorderStyle"}));
+        QVERIFY(control.state().mInitialised);
+        control.Terminate();
+        Form designer;
+        designer.userMode = false;
+        Vellum5 designed(nullptr, &designer);
+        QCOMPARE(designer.told, QStringList({"BackColor", "BorderStyle"}));
+        QVERIFY(!designed.state().mInitialised);
+        QVERIFY(designed.ShowFlatStrip());
+        QCOMPARE(designed.BackColor(), 0xFFFFFFu);
+        designed.Terminate();
+    }
     void theContainerIsAskedWhetherTheControlShows()
     {
         Form form;
@@ -271,6 +287,28 @@ private Q_SLOTS:
         }
         QCOMPARE(modMain::mInstanceCount, before + 1);
         second.Terminate();
+    }
+    void theEndGoesInItsOrder()
+    {
+        Vellum5 control;
+        load(control, "<p>x");
+        control.StyleSheets()->Add("a.css");
+        int asked = 0;
+        connect(control.EventProxy(), &QObject::destroyed, this, [&] {
+            ++asked;
+            QVERIFY(control.Terminating());
+            QVERIFY(!control.Terminated());
+            QVERIFY(!control.DOM());
+            QCOMPARE(control.StyleSheets()->Count(), 0);
+            QVERIFY(!control.state().mTheme);
+            QVERIFY(control.CommandManager()); // goes behind the proxy
+            control.Terminate(); // within the end: nothing more
+            QVERIFY(control.Terminating());
+        });
+        control.Terminate();
+        QCOMPARE(asked, 1);
+        QVERIFY(control.Terminated());
+        QVERIFY(!control.CommandManager());
     }
     void theEndMayComeInAnyEvent()
     {
