@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
+
 #include <QObject>
 
 /// What a host's toolbar listens to when it knows the control only by this object, which lives from the first question
 /// for it to the control's end. It tells behind the control's own event.
-class EventProxy : public QObject
+class VELLUMKIT_EXPORT EventProxy : public QObject
 {
     Q_OBJECT
 public:
