@@ -292,7 +292,7 @@ bool Vellum5::Locked() const
 void Vellum5::setLocked(bool Locked)
 {
     EditScope scope;
-    trap(module, "Locked", given(&mParts->state, "Locked", Locked), [&] {
+    trap(module, "Locked", support::given(&mParts->state, "Locked", Locked), [&] {
         mParts->state.mLocked = Locked;
         mParts->ed->setReadOnly(Locked);
         mParts->txtHTMLSource->setReadOnly(Locked);

@@ -1,10 +1,36 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/ranges/SelectionObject.h"
 
+#include "engine/ranges/Bookmarks.h"
+#include "engine/ranges/TextIndex.h"
+
 namespace ranges {
 
 using namespace dom;
 using changes::SavedSelection;
+
+SelectionObject::SelectionObject(RangeKeeper &keeper, const Rendering &rendering)
+    : mKeeper(keeper), mAnchor(keeper, {}), mFocus(keeper, {}), mRendering(rendering),
+      mHandle(std::make_shared<SelectionObject *>(this))
+{
+}
+
+SelectionObject::~SelectionObject()
+{
+    *mHandle = nullptr;
+}
+
+TextIndex &SelectionObject::index()
+{
+    if (!mIndex) mIndex = std::make_unique<TextIndex>(document(), mRendering);
+    return *mIndex;
+}
+
+Bookmarks &SelectionObject::bookmarks()
+{
+    if (!mBookmarks) mBookmarks = std::make_unique<Bookmarks>(mKeeper);
+    return *mBookmarks;
+}
 
 SelectionObject::Type SelectionObject::type() const
 {

@@ -3,11 +3,17 @@
 
 #include "engine/changes/ChangeTracker.h"
 #include "engine/ranges/RangeKeeper.h"
+#include "engine/ranges/Rendering.h"
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace ranges {
+
+class Bookmarks;
+class RangeHost;
+class TextIndex;
 
 /// What is selected in a document: nothing, a stretch of text (a caret where it is empty), or objects. It keeps exactly
 /// the places that it was given, edits carry them along, and records save them by node and offset.
@@ -16,7 +22,10 @@ class SelectionObject final : public changes::SelectionKeeper
 public:
     enum class Type : uint8_t { None, Text, Control };
 
-    explicit SelectionObject(RangeKeeper &keeper) : mKeeper(keeper), mAnchor(keeper, {}), mFocus(keeper, {}) {}
+    explicit SelectionObject(RangeKeeper &keeper, const Rendering &rendering = Rendering::byHtml());
+    ~SelectionObject() override;
+    SelectionObject(const SelectionObject &) = delete;
+    SelectionObject &operator=(const SelectionObject &) = delete;
     dom::Document &document() const { return mKeeper.document(); }
     RangeKeeper &keeper() const { return mKeeper; }
 
@@ -43,6 +52,15 @@ public:
     /// whoever edits knows.
     std::function<void()> selectionChanged;
 
+    // What the document's ranges share.
+    /// Made at the first question.
+    TextIndex &index();
+    Bookmarks &bookmarks();
+    /// Points at null once the selection is gone.
+    const std::shared_ptr<SelectionObject *> &handle() const { return mHandle; }
+    /// What shows and edits the document; null where nobody does. Not owned.
+    RangeHost *host = nullptr;
+
     // changes::SelectionKeeper. Nodes that aren't there any more leave the selection as it is.
     changes::SavedSelection savedSelection() const override;
     void restoreSelection(const changes::SavedSelection &selection) override;
@@ -53,6 +71,10 @@ private:
     LivePosition mAnchor;
     LivePosition mFocus;
     std::vector<Ref<dom::Element>> mElements;
+    const Rendering &mRendering;
+    std::unique_ptr<TextIndex> mIndex;
+    std::unique_ptr<Bookmarks> mBookmarks;
+    std::shared_ptr<SelectionObject *> mHandle;
 };
 
 } // namespace ranges

@@ -8,6 +8,7 @@
 #include "engine/ranges/Movement.h"
 #include "engine/surface/HTMLEditor.h"
 #include "engine/surface/LoadedDocument.h"
+#include "engine/surface/RangeView.h"
 
 #include <QApplication>
 #include <QJsonDocument>
@@ -25,7 +26,7 @@ constexpr double smallestZoom = 0.25;
 constexpr double largestZoom = 5;
 } // namespace
 
-View::View(HTMLEditor &widget) : mWidget(widget), mDrag(pageForDrag()) {}
+View::View(HTMLEditor &widget) : mWidget(widget), mRangeView(std::make_unique<RangeView>(*this)), mDrag(pageForDrag()) {}
 
 View::~View() = default;
 
@@ -44,6 +45,7 @@ void View::documentLoaded(LoadedDocument &loaded)
     mLoaded = &loaded;
     loaded.document().boxes = this;
     loaded.document().interaction = this;
+    loaded.selection().host = mRangeView.get();
     loaded.selection().selectionChanged = [this] { selectionMoved(); };
     mWidget.horizontalScrollBar()->setValue(0);
     mWidget.verticalScrollBar()->setValue(0);

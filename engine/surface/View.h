@@ -12,6 +12,7 @@
 #include <QPoint>
 #include <QRect>
 #include <QVariant>
+#include <memory>
 
 class QKeyEvent;
 class QMouseEvent;
@@ -25,6 +26,7 @@ namespace surface {
 
 class HTMLEditor;
 class LoadedDocument;
+class RangeView;
 
 /// What the widget shows and what input does to it: between the widget, which knows Qt, and the document's layout,
 /// selection and editor, which don't. Points are client pixels unless told otherwise; a document's coordinates are CSS
@@ -77,6 +79,7 @@ public:
     bool execCommand(int command, const QString &value);
     bool execNamed(const QString &name, const QString &value);
     CommandState queryNamed(const QString &name);
+    bool hasCommand(const QString &name) const;
 
     const base::Ref<dom::Element> &hovered() const { return mHovered; }
     void setHovered(const base::Ref<dom::Element> &element) { mHovered = element; }
@@ -107,6 +110,7 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
+    friend class RangeView;
     enum class Extend { No, Yes };
     QPointF toDocument(QPointF client) const;
     QRectF toClient(const QRectF &document) const;
@@ -131,6 +135,7 @@ private:
     dom::Element *anchorOf(dom::Element *element) const;
 
     HTMLEditor &mWidget;
+    std::unique_ptr<RangeView> mRangeView;
     LoadedDocument *mLoaded = nullptr;
     base::Ref<dom::Element> mHovered;
     base::Ref<dom::EventObject> mCurrentEvent;

@@ -334,6 +334,11 @@ const editing::Command *findCommand(const QString &name)
 
 } // namespace
 
+bool View::hasCommand(const QString &name) const
+{
+    return findCommand(name) != nullptr;
+}
+
 bool View::execNamed(const QString &name, const QString &value)
 {
     const editing::Command *command = findCommand(name);

@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/editing/RangeEdits.h"
+
+#include "base/Error.h"
+#include "engine/dom/Assignment.h"
+#include "engine/dom/Names.h"
+#include "engine/editing/Editor.h"
+
+namespace editing {
+
+using namespace dom;
+using namespace ranges;
+using base::Error;
+
+namespace {
+
+const Element *cellOf(const Element *at)
+{
+    while (at && !isCell(*at))
+        at = at->parentElement();
+    return at;
+}
+
+} // namespace
+
+RangeEdits::RangeEdits(Editor &editor)
+    : mEditor(editor), mTracker(editor.tracker()), mContent(editor.rendering(), *editor.document().body()),
+      mEdits(mContent, mTracker, editor.selection().keeper()), mRemoval(mContent, mTracker, editor.selection().keeper())
+{
+}
+
+bool RangeEdits::holdsTwoCells(TextRange &range) const
+{
+    const uint32_t end = range.endCount();
+    uint32_t base = 0;
+    const Element *seen = nullptr;
+    uint32_t at = range.startCount();
+    for (const TextRun *run = range.index().runAt(at, &base); run && at < end; run = run->next) {
+        const bool boundaryOnly = run->length > 0 && at == base + run->length;
+        if (!boundaryOnly) {
+            if (const Element *cell = cellOf(range.index().blockOf(*run))) {
+                if (seen && seen != cell) return true;
+                seen = cell;
+            }
+        }
+        base += run->length + 1;
+        at = base;
+    }
+    return false;
+}
+
+bool RangeEdits::selectionStandsIn(const TextRange &range) const
+{
+    SelectionObject &selection = mEditor.selection();
+    if (selection.type() != SelectionObject::Type::Text) return false;
+    const Span span = selection.span(), mine = range.span();
+    TextIndex &index = range.index();
+    return index.countBefore(span.start) >= index.countBefore(mine.start) &&
+           index.countBefore(span.end) <= index.countBefore(mine.end);
+}
+
+RangeEdits::Taken RangeEdits::takeOut(TextRange &range)
+{
+    TextIndex &index = range.index();
+    const uint32_t start = range.startCount(), end = range.endCount();
+    const Position given = range.span().start;
+    Taken taken{mContent.normalised(mContent.contains(given) ? given : Position::endOf(*index.limit())), {}};
+    if (start >= end) return taken;
+    uint32_t firstBase = 0, lastBase = 0;
+    const TextRun *first = index.runAt(start, &firstBase), *last = index.runAt(end - 1, &lastBase);
+    if (last->endsWithBoundary() && end == lastBase + last->length + 1) {
+        Element *block = range.parentElement();
+        if (block && block != index.limit() && index.countBefore(Position::startOf(*block)) >= start)
+            taken.whole = Ref<Element>(block);
+    }
+    const Span span{TextIndex::placeIn(*first, start - firstBase, TextIndex::Side::Following),
+                    TextIndex::placeIn(*last, std::min(end - lastBase, last->content()), TextIndex::Side::Preceding)};
+    if (span.isEmpty()) {
+        taken.place = span.start;
+        return taken;
+    }
+    taken.place = mRemoval.remove(span);
+    return taken;
+}
+
+Position RangeEdits::insertText(const Position &p, const QString &text)
+{
+    if (Text *node = p.text()) {
+        mTracker.replaceText(*node, p.offset, 0, text);
+        return {node, p.offset + uint32_t(text.size())};
+    }
+    if (Node *before = p.childBefore(); before && before->isText()) {
+        auto &node = static_cast<Text &>(*before);
+        const uint32_t at = node.length();
+        mTracker.replaceText(node, at, 0, text);
+        return {&node, at + uint32_t(text.size())};
+    }
+    const Ref<Text> node = mEditor.document().createTextNode(text);
+    mEdits.insert(p, *node);
+    return Position::endOf(*node);
+}
+
+void RangeEdits::settle(TextRange &range, const Position &p, bool withSelection)
+{
+    range.setSpan({p, p});
+    if (withSelection) mEditor.selection().setCaret(p);
+}
+
+void RangeEdits::write(TextRange &range, const QString &given)
+{
+    QString text = given;
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n');
+    if (range.isEmpty() && text.isEmpty()) return;
+    const bool withSelection = selectionStandsIn(range);
+    Assignment assignment(mEditor.document());
+    Position p = takeOut(range).place;
+    if (text.isEmpty()) {
+        LivePosition live(mEditor.selection().keeper(), p);
+        mEdits.showLine(p);
+        p = live;
+    } else {
+        Element *container = mContent.container(p);
+        if (container && container->isHeldOpen()) mTracker.setHeldOpen(*container, false);
+        const bool preserved = p.text() && mContent.rendering().preservesSpace(*p.text());
+        const QStringList lines = preserved ? QStringList{text} : text.split(u'\n');
+        for (qsizetype i = 0; i < lines.size(); ++i) {
+            if (i > 0) {
+                const Ref<Element> lineBreak = mEditor.document().createElement(QStringLiteral("br"));
+                const Position at = mEdits.splitText(p);
+                mEdits.insert(at, *lineBreak);
+                p = Position::after(*lineBreak);
+            }
+            if (!lines[i].isEmpty()) p = insertText(p, lines[i]);
+        }
+    }
+    assignment.done();
+    settle(range, p, withSelection);
+}
+
+Position RangeEdits::insertInline(const Position &p, DocumentFragment &content)
+{
+    Element *container = mContent.container(p);
+    if (container && container->isHeldOpen()) mTracker.setHeldOpen(*container, false);
+    if (container && isTableStructure(*container))
+        throw Error(base::errors::notPossible, QStringLiteral("Text can't stand between cells."));
+    Position at = mEdits.splitText(p);
+    Node *last = nullptr;
+    while (Ref<Node> child = Ref<Node>(content.firstChild())) {
+        content.removeChild(*child);
+        mEdits.insert(at, *child);
+        at = Position::after(*child);
+        last = child.get();
+    }
+    if (!last) return at;
+    if (last->isText()) return Position::endOf(*last);
+    // Behind the last thing that was written, inside the elements that it brought.
+    Position inside = Position::after(*last);
+    for (Element *element = last->asElement(); element && !isObject(*element) && !isBreak(*element);) {
+        inside = Position::endOf(*element);
+        Node *child = element->lastChild();
+        if (!child) break;
+        if (child->isText()) return Position::endOf(*child);
+        element = child->asElement();
+    }
+    return inside;
+}
+
+Element *RangeEdits::parentFor(const Position &p, const DocumentFragment &content) const
+{
+    const MarkupServices *markup = mEditor.document().markup;
+    for (Element *at = mContent.container(p); at; at = at->parentElement()) {
+        bool all = !isTableStructure(*at) || markup;
+        for (const Node *child = content.firstChild(); all && child; child = child->nextSibling())
+            all = !child->asElement() || !markup || markup->canStandIn(*at, *child);
+        if (all) return at;
+        if (isCell(*at) || at == &mContent.limit()) break;
+    }
+    throw Error(base::errors::notPossible, QStringLiteral("The HTML can't stand here."));
+}
+
+Position RangeEdits::insertBlocks(const Taken &taken, DocumentFragment &content)
+{
+    RangeKeeper &keeper = mEditor.selection().keeper();
+    LivePosition place(keeper, taken.place);
+    Ref<Element> emptied;
+    Element *whole = taken.whole.get();
+    if (whole && whole->isConnected() && !isCell(*whole) && !mEdits.isFixed(*whole) && mContent.isEmpty(*whole))
+        emptied = Ref<Element>(whole);
+    if (emptied) place = Position::before(*emptied);
+    Element *parent = nullptr;
+    if (emptied) {
+        Element *around = emptied->parentElement();
+        const MarkupServices *markup = mEditor.document().markup;
+        for (const Node *child = content.firstChild(); child; child = child->nextSibling())
+            if (child->isElement() && !markup->canStandIn(*around, *child))
+                throw Error(base::errors::notPossible, QStringLiteral("The HTML can't stand here."));
+        parent = around;
+    } else {
+        parent = parentFor(place, content);
+    }
+    // An emptied or empty block that can't hold the new ones gives way to them.
+    Element *container = emptied ? nullptr : mContent.container(place);
+    if (container && container != parent && (container->isHeldOpen() || !container->hasChildNodes()) &&
+        !mEdits.isFixed(*container) && mContent.isEmpty(*container)) {
+        emptied = Ref<Element>(container);
+        place = Position::before(*container);
+    }
+    if (parent->isHeldOpen()) mTracker.setHeldOpen(*parent, false);
+    Position at = place;
+    if (at.node != parent) {
+        // At its ends a block isn't split, so that no empty half is left.
+        const bool atStart = mContent.pastBlanksBefore(at).isEdge();
+        if (atStart) {
+            Node *branch = at.node.get();
+            while (branch->parentNode() != parent)
+                branch = branch->parentNode();
+            at = Position::before(*branch);
+        } else {
+            at = mEdits.splitUpTo(at, *parent);
+        }
+    }
+    Node *last = nullptr;
+    while (Ref<Node> child = Ref<Node>(content.firstChild())) {
+        content.removeChild(*child);
+        mEdits.insert(at, *child);
+        at = Position::after(*child);
+        last = child.get();
+    }
+    if (emptied && emptied->isConnected()) {
+        LivePosition live(keeper, at);
+        mTracker.remove(*emptied);
+        at = live;
+    }
+    if (!last) return at;
+    if (Element *element = last->asElement(); element && !isObject(*element) && !element->is(names::table))
+        return mContent.normalised(Position::endOf(*element));
+    return last->isText() ? Position::endOf(*last) : at;
+}
+
+void RangeEdits::paste(TextRange &range, const QString &html)
+{
+    if (html.isEmpty() && range.isEmpty()) return;
+    if (!html.isEmpty() && holdsTwoCells(range))
+        throw Error(base::errors::notPossible, QStringLiteral("The range holds something of two cells."));
+    const bool withSelection = selectionStandsIn(range);
+    Document &document = mEditor.document();
+    Ref<DocumentFragment> content;
+    bool blocks = false;
+    if (!html.isEmpty()) {
+        content = document.markup->parseFragment(document, *document.body(), html);
+        for (const Node *child = content->firstChild(); child && !blocks; child = child->nextSibling())
+            blocks = mContent.delimitsLines(*child);
+    }
+    Assignment assignment(mEditor.document());
+    Taken taken = takeOut(range);
+    Position p = taken.place;
+    if (!content || !content->hasChildNodes()) {
+        LivePosition live(mEditor.selection().keeper(), p);
+        mEdits.showLine(p);
+        p = live;
+    } else if (blocks) {
+        p = insertBlocks(taken, *content);
+    } else {
+        p = insertInline(p, *content);
+    }
+    assignment.done();
+    settle(range, p, withSelection);
+}
+
+} // namespace editing

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/editing/Removal.h"
+#include "engine/ranges/TextRange.h"
+
+namespace editing {
+
+class Editor;
+
+/// What a script writes through a text range. Each call is one assignment: one record, nothing where it fails.
+/// Afterwards the range, and a selection that stood in it, stand behind what was written.
+class RangeEdits
+{
+public:
+    explicit RangeEdits(Editor &editor);
+
+    /// Literally; line ends become breaks. A block whose end was in the range stays.
+    void write(ranges::TextRange &range, const QString &text);
+    /// A block whose end was in the range stays unless the HTML brings blocks; a cell always. Fails over two cells, but
+    /// for "", and for what can't stand there.
+    void paste(ranges::TextRange &range, const QString &html);
+
+private:
+    struct Taken
+    {
+        ranges::Position place;
+        base::Ref<dom::Element> whole; ///< the block that was covered with its end
+    };
+    bool holdsTwoCells(ranges::TextRange &range) const;
+    bool selectionStandsIn(const ranges::TextRange &range) const;
+    Taken takeOut(ranges::TextRange &range);
+    ranges::Position insertText(const ranges::Position &p, const QString &text);
+    ranges::Position insertInline(const ranges::Position &p, dom::DocumentFragment &content);
+    ranges::Position insertBlocks(const Taken &taken, dom::DocumentFragment &content);
+    dom::Element *parentFor(const ranges::Position &p, const dom::DocumentFragment &content) const;
+    void settle(ranges::TextRange &range, const ranges::Position &p, bool withSelection);
+
+    Editor &mEditor;
+    changes::ChangeTracker &mTracker;
+    ranges::Content mContent;
+    TreeEdits mEdits;
+    Removal mRemoval;
+};
+
+} // namespace editing
