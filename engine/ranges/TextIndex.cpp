@@ -213,6 +213,9 @@ Position TextIndex::edgeBefore(Position p)
 TextIndex::Stop TextIndex::scan(Position &p, Position &near, TextRun &run)
 {
     TextRunWriter writer(run, mRendering);
+    const Position start = p;
+    // A block with others in it has no line of its own.
+    const auto isHeldLine = [&](Element &block) { return block.isHeldOpen() && start == Position::startOf(block); };
     Node *parent = p.node.get();
     Node *child = p.childAfter();
     for (;;) {
@@ -223,12 +226,12 @@ TextIndex::Stop TextIndex::scan(Position &p, Position &near, TextRun &run)
             if (left)
                 if (TextRun *old = runOf(*left)) drop(old, false); // the line that was held open
             if (left == limit() || !left) {
-                if (left && left->isHeldOpen()) writer.holdOpen(*left);
+                if (left && isHeldLine(*left)) writer.holdOpen(*left);
                 writer.finish();
                 return Stop::End;
             }
             if (mRendering.isBlock(*left)) {
-                if (left->isHeldOpen()) writer.holdOpen(*left);
+                if (isHeldLine(*left)) writer.holdOpen(*left);
                 writer.finish();
                 p = Position::after(*left);
                 return Stop::Edge;
