@@ -43,7 +43,14 @@ void tap(QPointer<QWidget> widget, int key, Qt::KeyboardModifiers modifiers, con
 
 void pressKey(Interpreter &in, int key, Qt::KeyboardModifiers modifiers, const QString &text)
 {
-    if (QWidget *widget = focused(in)) tap(widget, key, modifiers, text);
+    const QPointer<QWidget> widget = focused(in);
+    if (!widget) return;
+    tap(widget, key, modifiers, text);
+    if (!widget || key != Qt::Key_Menu) return;
+    // The window system asks for the menu beside sending the key.
+    const QPoint at = widget->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, at, widget->mapToGlobal(at), modifiers);
+    QApplication::sendEvent(widget, &event);
 }
 
 QKeySequence keysOf(const QString &name)

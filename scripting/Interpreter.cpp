@@ -156,13 +156,12 @@ void Interpreter::execute(const Command &command)
     try {
         (*verb)(*this, words);
     } catch (...) {
-        if (--mDepth == 0 && waits && !isExpectation(name)) settle();
+        if (--mDepth == 0 && waits) settle();
         if (mDepth == 0) skipSettle = false;
         throw;
     }
     --mDepth;
-    // An expectation only looks at what was said: what wasn't waited for is still under way behind it.
-    if (waits && !skipSettle && !isExpectation(name)) settle();
+    if (waits && !skipSettle) settle();
     if (mDepth == 0)
         skipSettle = false;
     else if (!isExpectation(name))
@@ -262,10 +261,12 @@ MessageBox::Button Interpreter::answerBox(const MessageBox::Request &request)
         }
         if (!found) failLater(QStringLiteral("the message box has no button %1").arg(wanted));
     }
-    QString text = request.text;
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n').replace(u'\n', QStringLiteral("\\n"));
-    mBoxes << QStringList{MessageBox::name(request.icon), request.caption, text, names.join(u'/'),
-                          MessageBox::name(answer)}
+    const auto oneLine = [](QString text) {
+        text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
+        return text.replace(u'\n', QStringLiteral("\\n"));
+    };
+    mBoxes << QStringList{MessageBox::name(request.icon), oneLine(request.caption), oneLine(request.text),
+                          names.join(u'/'), MessageBox::name(answer)}
                   .join(QStringLiteral(" | "));
     return answer;
 }
