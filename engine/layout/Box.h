@@ -141,7 +141,7 @@ struct FlowSum {
         right = std::max(right, o.right);
         up = std::max(up, o.up);
         down = std::max(down, o.down);
-        height += o.height;
+        height = Unit::fromRaw(int64_t(height) + o.height).raw; // stays within what a page can measure
         items += o.items;
         return *this;
     }

@@ -224,6 +224,7 @@ void BoxBuilder::addPseudo(dom::Element &element, Pseudo pseudo, List &list)
     Box *box = generatedBox(mTree, element, pseudo, style);
     if (!box) return;
     ++mTree.mWork.boxesBuilt;
+    mTree.noteCounters(element, *style);
     box->pseudo = pseudo;
     if (BlockBox *block = box->asBlock(); block && !block->isReplaced()) {
         List children;
@@ -270,6 +271,7 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
         addPseudo(element, Pseudo::After, list);
         return;
     }
+    mTree.noteCounters(element, *style);
     Box *made = boxFor(element, style);
     Box *old = boxOf(element);
     if (old && !old->parent() && old->isBlockBox() && reusable(*old, *made) && !old->doomed) {

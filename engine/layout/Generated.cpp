@@ -84,52 +84,6 @@ css::Pseudo cssPseudo(Pseudo pseudo)
     return pseudo == Pseudo::Before ? css::Pseudo::Before : pseudo == Pseudo::After ? css::Pseudo::After : css::Pseudo::Marker;
 }
 
-int changeFor(const std::vector<css::CounterChange> &changes, const QString &name, bool &found)
-{
-    int sum = 0;
-    for (const css::CounterChange &change : changes)
-        if (change.name == name) {
-            sum += change.value;
-            found = true;
-        }
-    return sum;
-}
-
-// The values of a counter where `element` stands, outermost first. Walks the elements in front of it: counters are rare,
-// and asked for only when boxes are made.
-std::vector<int> counterValues(LayoutTree &tree, const dom::Element &element, const QString &name)
-{
-    struct Scope {
-        const dom::Node *parent;
-        int value;
-    };
-    std::vector<Scope> scopes;
-    for (dom::Node *node = tree.document().documentElement(); node; node = node->next()) {
-        auto *each = node->asElement();
-        if (!each) continue;
-        const StyleRef style = tree.styles().styleFor(*each);
-        if (style && style->display() != Display::None) {
-            while (!scopes.empty() && scopes.back().parent && !scopes.back().parent->isAncestorOf(*each)) scopes.pop_back();
-            bool reset = false, increment = false;
-            const int start = changeFor(style->rare().counterReset, name, reset);
-            if (reset) {
-                if (!scopes.empty() && scopes.back().parent == each->parentNode()) scopes.pop_back();
-                scopes.push_back({each->parentNode(), start});
-            }
-            const int step = changeFor(style->rare().counterIncrement, name, increment);
-            if (increment) {
-                if (scopes.empty()) scopes.push_back({nullptr, 0});
-                scopes.back().value += step;
-            }
-        }
-        if (each == &element) break;
-    }
-    std::vector<int> values;
-    for (const Scope &scope : scopes) values.push_back(scope.value);
-    if (values.empty()) values.push_back(0);
-    return values;
-}
-
 int quoteDepth(const dom::Element &element)
 {
     int depth = 0;
@@ -138,15 +92,15 @@ int quoteDepth(const dom::Element &element)
     return depth;
 }
 
-QString itemText(LayoutTree &tree, dom::Element &element, const css::ContentItem &item, const css::ComputedStyle &style)
+QString itemText(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const css::ContentItem &item, const css::ComputedStyle &style)
 {
     using Kind = css::ContentItem::Kind;
     switch (item.kind) {
     case Kind::Text: return item.text;
-    case Kind::Counter: return counterText(counterValues(tree, element, item.text).back(), item.listStyle);
+    case Kind::Counter: return counterText(tree.counters().valuesAt(tree, element, pseudo, item.text).back(), item.listStyle);
     case Kind::Counters: {
         QStringList parts;
-        for (const int value : counterValues(tree, element, item.text)) parts << counterText(value, item.listStyle);
+        for (const int value : tree.counters().valuesAt(tree, element, pseudo, item.text)) parts << counterText(value, item.listStyle);
         return parts.join(item.separator);
     }
     case Kind::OpenQuote:
@@ -174,6 +128,20 @@ bool hasGeneratedContent(LayoutTree &tree, dom::Element &element)
     return generatedStyle(tree, element, Pseudo::Before) || generatedStyle(tree, element, Pseudo::After);
 }
 
+bool showsCounters(const css::ComputedStyle &style)
+{
+    using Kind = css::ContentItem::Kind;
+    const auto &content = style.rare().content;
+    return std::any_of(content.begin(), content.end(), [](const css::ContentItem &item) { return item.kind == Kind::Counter || item.kind == Kind::Counters; });
+}
+
+QString generatedText(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const css::ComputedStyle &style)
+{
+    QString text;
+    for (const css::ContentItem &item : style.rare().content) text += itemText(tree, element, pseudo, item, style);
+    return text;
+}
+
 Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const StyleRef &style)
 {
     const BoxDecision decision = decideBox(element, *style);
@@ -186,8 +154,7 @@ Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const 
     box->floating = decision.floating;
     box->positioned = decision.positioned;
     box->formattingRoot = decision.formattingRoot;
-    QString text;
-    for (const css::ContentItem &item : style->rare().content) text += itemText(tree, element, item, *style);
+    const QString text = generatedText(tree, element, pseudo, *style);
     if (!text.isEmpty()) {
         auto *child = new TextBox(nullptr, style);
         child->generated = text;
@@ -197,25 +164,6 @@ Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const 
 }
 
 // ---- List markers ----
-
-int listOrdinal(const dom::Element &item)
-{
-    const QString given = item.attributeValue("value").trimmed();
-    bool ok = false;
-    const int value = given.toInt(&ok);
-    if (ok) return value;
-    // From the last item in front that says its own number, or from the list's start.
-    int steps = 0;
-    const dom::Element *list = item.parentElement();
-    for (const dom::Element *each = item.previousElementSibling(); each; each = each->previousElementSibling()) {
-        if (!each->is(dom::names::li)) continue;
-        const int own = each->attributeValue("value").trimmed().toInt(&ok);
-        ++steps;
-        if (ok) return own + steps;
-    }
-    const int start = list && list->is(dom::names::ol) ? list->attributeValue("start").trimmed().toInt(&ok) : (ok = false, 0);
-    return (ok ? start : 1) + steps;
-}
 
 namespace {
 
@@ -312,18 +260,18 @@ void makeMarker(LayoutTree &tree, BlockBox &item)
     else if (isBulletType(text.listStyleType))
         marker->text = counterText(1, text.listStyleType) + QLatin1Char(' ');
     else
-        marker->text = counterText(item.element() ? listOrdinal(*item.element()) : 1, text.listStyleType) + QStringLiteral(". ");
+        marker->text = counterText(item.element() ? tree.counters().ordinalOf(*item.element()) : 1, text.listStyleType) + QStringLiteral(". ");
     marker->inside = text.listStylePosition == css::ListStylePosition::Inside;
     item.rareData().marker = std::move(marker);
 }
 
-void refreshMarker(BlockBox &item)
+void refreshMarker(LayoutTree &tree, BlockBox &item)
 {
     if (!item.rare || !item.rare->marker || item.rare->marker->inside || !item.element()) return;
     const css::TextGroup &text = item.style().text();
     if (!text.listStyleString.isNull() || isBulletType(text.listStyleType)) return;
     MarkerData &marker = *item.rare->marker;
-    const QString now = counterText(listOrdinal(*item.element()), text.listStyleType) + QStringLiteral(". ");
+    const QString now = counterText(tree.counters().ordinalOf(*item.element()), text.listStyleType) + QStringLiteral(". ");
     if (now == marker.text) return;
     marker.text = now;
     marker.width = markerWidth(item, marker);

@@ -16,15 +16,16 @@ bool isContents(const css::ComputedStyle &style);
 
 /// Null where the element generates nothing there.
 StyleRef generatedStyle(LayoutTree &tree, dom::Element &element, Pseudo pseudo);
+/// What it shows there. `showsCounters`: it may change when something in front does.
+QString generatedText(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const css::ComputedStyle &style);
+bool showsCounters(const css::ComputedStyle &style);
 /// The box with its text and images as children.
 Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const StyleRef &style);
 
 /// Gives a list item its marker, outside as data, inside as a first inline child.
 void makeMarker(LayoutTree &tree, BlockBox &item);
 /// Items that come or go in front of this one change its number: it is counted when it is shown. Outside markers only.
-void refreshMarker(BlockBox &item);
-/// The number of a list item, counted from its list's start.
-int listOrdinal(const dom::Element &item);
+void refreshMarker(LayoutTree &tree, BlockBox &item);
 /// A counter's value in a list style: "iv", "c", "12".
 QString counterText(int value, css::ListStyleType type);
 bool isBulletType(css::ListStyleType type);

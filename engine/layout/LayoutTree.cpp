@@ -137,6 +137,7 @@ void unhookTree(Box &box)
 
 void LayoutTree::aboutToRemove(dom::Node &node)
 {
+    mCounters.forget();
     if (mRebuildAll) return;
     forget(node);
     for (dom::Node *each = &node; each; each = each->next(&node)) {
@@ -146,6 +147,7 @@ void LayoutTree::aboutToRemove(dom::Node &node)
             dropAll();
             return;
         }
+        mRecount = mRecount || counts(box->style());
         markDirty(*box->parent());
         if (BlockBox *block = box->blockParent()) block->needsLayout = block->needsLayout || !box->isBlockBox();
         unhookTree(*box);
@@ -163,6 +165,7 @@ void LayoutTree::removed(dom::Node &node, dom::ParentNode &parent, dom::Node *be
 
 void LayoutTree::inserted(dom::Node &node)
 {
+    mCounters.forget();
     if ((node.isText() || node.isElement()) && node.parentNode()) note(*node.parentNode(), &node);
 }
 
@@ -183,6 +186,7 @@ void LayoutTree::textReplaced(dom::CharacterData &node, uint32_t, uint32_t, uint
 
 void LayoutTree::attributeChanged(dom::Element &element, dom::Atom name, const QString *)
 {
+    mCounters.forget();
     // What style doesn't tell of: content and sizes that stand in attributes.
     using namespace dom::names;
     if (name == src || name == alt || name == dom::names::type || name == value || name == colspan || name == rowspan || name == dom::names::span ||
@@ -319,7 +323,9 @@ void LayoutTree::buildAll()
     mPending.clear();
     mRoot.reset();
     mRebuildAll = false;
+    mShowCounters.clear();
     mRoot = BoxBuilder(*this).buildRoot();
+    mRecount = false; // boxes were made in document order
     ++mVersion;
 }
 
@@ -366,14 +372,63 @@ void LayoutTree::buildPending()
     if (mRebuildAll) buildAll();
 }
 
+void LayoutTree::noteCounters(const dom::Element &element, const css::ComputedStyle &style)
+{
+    mRecount = mRecount || counts(style);
+    if (showsCounters(style) && (mShowCounters.empty() || mShowCounters.back() != element.id())) mShowCounters.push_back(element.id());
+}
+
+// Something that counts came or went: what is shown behind it may be another number now.
+void LayoutTree::recount()
+{
+    mRecount = false;
+    mCounters.forget();
+    std::sort(mShowCounters.begin(), mShowCounters.end());
+    mShowCounters.erase(std::unique(mShowCounters.begin(), mShowCounters.end()), mShowCounters.end());
+    std::erase_if(mShowCounters, [this](dom::NodeId id) {
+        const dom::Node *node = mDocument.nodeById(id);
+        return !node || !node->isConnected() || !node->layoutSlot;
+    });
+    if (mShowCounters.empty()) return;
+    for (dom::Node *node = mDocument.documentElement(); node; node = node->next()) {
+        Box *box = node->isElement() ? boxOf(*node) : nullptr;
+        if (!box || !std::binary_search(mShowCounters.begin(), mShowCounters.end(), node->id())) continue;
+        for (Box *child = box->firstChild(); child; child = child->next())
+            if (child->anonymous || child->pseudo != Pseudo::None) recount(*child, *box->element());
+    }
+}
+
+// Generated boxes stand among the element's own, or in anonymous ones around them.
+void LayoutTree::recount(Box &box, dom::Element &element)
+{
+    for (Box *child = box.firstChild(); child; child = child->next()) {
+        if (!child->isText()) {
+            if (child->anonymous || child->pseudo != Pseudo::None) recount(*child, element);
+            continue;
+        }
+        if (child->node() || box.node() != &element || box.pseudo == Pseudo::None) continue;
+        auto &text = static_cast<TextBox &>(*child);
+        const QString now = generatedText(*this, element, box.pseudo, box.style());
+        if (now == text.generated) continue;
+        text.generated = now;
+        BlockBox &block = *text.blockParent();
+        if (block.inlineContent) block.inlineContent->itemsValid = false;
+        markDirty(block);
+        block.needsLayout = true;
+    }
+}
+
 void LayoutTree::update()
 {
     if (mUpdating) return;
     mUpdating = true;
     mStyles.update();
     mStylesWait = false;
+    mCounters.forget();
     if (mRebuildAll || !mRoot) buildAll();
     if (!mPending.empty()) buildPending();
+    if (mRecount) recount();
+    mCounters.forget();
     if (mRoot && (mRoot->needsLayout || mRoot->childNeedsLayout)) {
         const auto mode = mDocument.mode();
         Engine engine(mode == dom::DocumentMode::Quirks, mode != dom::DocumentMode::Standards,
@@ -403,7 +458,7 @@ QSize LayoutTree::pageSize()
 
 QString LayoutTree::markerText(BlockBox &item)
 {
-    refreshMarker(item);
+    refreshMarker(*this, item);
     return item.rare && item.rare->marker ? item.rare->marker->text : QString();
 }
 

@@ -3,6 +3,7 @@
 
 #include "engine/dom/Document.h"
 #include "engine/dom/Observer.h"
+#include "engine/layout/Counters.h"
 #include "engine/layout/Engine.h"
 #include "engine/layout/StyleSource.h"
 #include "engine/layout/TableLayout.h"
@@ -42,6 +43,7 @@ public:
     uint64_t version() const { return mVersion; }
     /// What an element shows for `marker`, or "" (a list's numbers are counted when one is asked).
     QString markerText(BlockBox &item);
+    Counters &counters() { return mCounters; }
 
     /// One line a box: kind, name, geometry, lines. Two trees that lay out the same give the same text.
     QString dump();
@@ -76,6 +78,9 @@ private:
     void dropAll();
     void reattachElement(dom::Element &element);
     void restyle(dom::Element &element);
+    void noteCounters(const dom::Element &element, const css::ComputedStyle &style);
+    void recount();
+    void recount(Box &box, dom::Element &element);
     Unit availableHeight() const { return Unit::px(mViewport.height()); }
 
     dom::Document &mDocument;
@@ -84,6 +89,9 @@ private:
     QSize mViewport{1000, 800};
     std::unique_ptr<BlockBox> mRoot;
     std::vector<Pending> mPending;
+    Counters mCounters;
+    std::vector<dom::NodeId> mShowCounters; // elements whose generated content shows some
+    bool mRecount = false;
     bool mRebuildAll = true;
     bool mUpdating = false;
     bool mStylesWait = false;

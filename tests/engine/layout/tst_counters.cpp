@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/css/Services.h"
+#include "engine/html/Parser.h"
+#include "engine/layout/EngineStyles.h"
+#include "engine/layout/Queries.h"
+
+#include <QtTest>
+
+using namespace layout;
+
+namespace {
+
+struct Page {
+    base::Ref<dom::Document> document;
+    css::Services services;
+    EngineStyles styles;
+    LayoutTree tree;
+    explicit Page(const QString &html)
+        : document(html::parseDocument("<!DOCTYPE html>" + html)), services(*document), styles(services.engine()), tree(*document, styles)
+    {
+    }
+    /// The generated text of every element with that name, in order.
+    QStringList shown(const char *name)
+    {
+        tree.update();
+        QStringList texts;
+        for (dom::Element *element : document->elementsNamed(name)) {
+            QString text;
+            gather(*boxOf(*element), text);
+            texts << text;
+        }
+        return texts;
+    }
+    QStringList markers()
+    {
+        tree.update();
+        QStringList texts;
+        for (dom::Element *element : document->elementsNamed("li")) texts << tree.markerText(*boxOf(*element)->asBlock()).trimmed();
+        return texts;
+    }
+
+private:
+    static void gather(Box &box, QString &text)
+    {
+        for (Box *child = box.firstChild(); child; child = child->next()) {
+            if (child->isText() && !child->node()) text += static_cast<TextBox &>(*child).generated;
+            if (child->anonymous || child->pseudo != Pseudo::None) gather(*child, text);
+        }
+    }
+};
+
+} // namespace
+
+class CountersTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void chaptersAndSections()
+    {
+        Page page("<style>body{counter-reset:chapter}h1{counter-reset:section;counter-increment:chapter}"
+                  "h1::before{content:counter(chapter) '. '}h2::before{counter-increment:section;content:counter(chapter) '.' counter(section) ' '}"
+                  "</style><body><h1>a</h1><h2>b</h2><h2>c</h2><h1>d</h1><h2>e</h2>");
+        QCOMPARE(page.shown("h1"), (QStringList{"1. ", "2. "}));
+        QCOMPARE(page.shown("h2"), (QStringList{"1.1 ", "1.2 ", "2.1 "}));
+    }
+    void nestedScopes()
+    {
+        Page page("<style>ol{counter-reset:item}i{counter-increment:item}i::before{content:counters(item,'.')}</style>"
+                  "<ol><i></i><i></i><b><ol><i></i><i></i></ol></b><i></i><b><ol><i></i></ol></b></ol><ol><i></i></ol>");
+        QCOMPARE(page.shown("i"), (QStringList{"1", "2", "2.1", "2.2", "3", "3.1", "1"}));
+    }
+    void whatNobodyResetBeginsWhereItIsCounted()
+    {
+        Page page("<style>i{counter-increment:n}i::after{content:counter(n)}</style><div><i></i><i></i></div><div><i></i></div>");
+        QCOMPARE(page.shown("i"), (QStringList{"1", "2", "1"}));
+    }
+    void whatIsNotDisplayedCountsNothing()
+    {
+        Page page("<style>body{counter-reset:n}i{counter-increment:n}i::after{content:counter(n)}</style><i></i><div id=gone style='display:none'><i></i></div><b><i></i></b>");
+        page.tree.update();
+        page.document->getElementById("gone")->setInnerHTML("");
+        QCOMPARE(page.shown("i"), (QStringList{"1", "2"}));
+    }
+    void numbersFollowChangesInFront()
+    {
+        Page page("<style>body{counter-reset:n}h2{counter-increment:n}h2::before{content:counter(n) ' '}.no{counter-increment:none}</style>"
+                  "<body><div id=a></div><h2 id=b>b</h2><h2 id=c>c</h2>");
+        QCOMPARE(page.shown("h2"), (QStringList{"1 ", "2 "}));
+        page.document->getElementById("a")->setInnerHTML("<h2>new</h2><p>text</p>");
+        QCOMPARE(page.shown("h2"), (QStringList{"1 ", "2 ", "3 "}));
+        QCOMPARE(page.tree.compareWithFresh(), QString());
+        page.document->getElementById("b")->setClassName("no");
+        QCOMPARE(page.shown("h2"), (QStringList{"1 ", "1 ", "2 "}));
+        page.document->getElementById("a")->setInnerHTML("");
+        QCOMPARE(page.shown("h2"), (QStringList{"0 ", "1 "}));
+        QCOMPARE(page.tree.compareWithFresh(), QString());
+    }
+    void listsCount()
+    {
+        Page page("<ol><li>a<li value=7>b<li>c</ol><ol start=-1><li>d<li>e</ol><ol reversed><li>f<li>g</ol><ol reversed start=9><li>h<li>i</ol>");
+        QCOMPARE(page.markers(), (QStringList{"1.", "7.", "8.", "-1.", "0.", "2.", "1.", "9.", "8."}));
+        page.document->elementsNamed("li")[0]->insertAdjacentHTML("beforebegin", "<li>new</li>");
+        QCOMPARE(page.markers(), (QStringList{"1.", "2.", "7.", "8.", "-1.", "0.", "2.", "1.", "9.", "8."}));
+    }
+};
+
+QTEST_MAIN(CountersTest)
+#include "tst_counters.moc"
