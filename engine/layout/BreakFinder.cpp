@@ -39,8 +39,8 @@ bool asciiBreak(char16_t beforeLast, char16_t last, char16_t next)
                next == '~' || next == '^' || next == '_' || next == '%' || next == '-';
     case '|':
         return isAsciiAlphanumeric(next);
-    case '!': case ')': case ']': case '}':
-        return next == '(' && last != ')' && last != '!' ? false : last == '!' && (next == '(' || next == '[' || next == '{');
+    case '!': case ')': case ']': case '}': case ',': case '.': case ':': case ';':
+        return next == '(' || next == '<' || next == '[' || next == '{';
     default:
         return false;
     }

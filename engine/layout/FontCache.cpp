@@ -106,7 +106,7 @@ double FontFace::advance(uint32_t glyph) const
 // Latin up to its extension A, and the punctuation that word processors write.
 int FontFace::tableIndex(char16_t character)
 {
-    if (character < 0x180) return character == 0xAD ? -1 : character;
+    if (character < 0x180) return character; // a soft hyphen among them, which shows only at a line's end
     if (character >= 0x2010 && character < 0x2040) {
         const bool invisible = character >= 0x2028 && character <= 0x202F;
         return invisible || character == 0x2011 ? -1 : 0x180 + (character - 0x2010);
@@ -124,9 +124,10 @@ const FontFace::Entry &FontFace::learn(int index) const
     Entry &e = mEntries[std::size_t(index)];
     char16_t c = tableCharacter(index);
     if (c == '\t' || c == '\n' || c == '\r' || c == 0xA0) c = ' ';
-    const uint32_t g = glyph(c);
+    const bool invisible = c == 0xAD;
+    const uint32_t g = glyph(invisible ? ' ' : c);
     e.glyph = uint16_t(g);
-    e.advance = int16_t(advance(g));
+    e.advance = invisible ? int16_t(0) : int16_t(advance(g));
     e.known = true;
     return e;
 }
@@ -140,7 +141,7 @@ int16_t FontFace::learnPair(int first, int second) const
     }
     int16_t &value = (*row)[std::size_t(second)];
     value = 0;
-    if (!mKerns || first < 0x20 || second < 0x20) return value;
+    if (!mKerns || first < 0x20 || second < 0x20 || first == 0xAD || second == 0xAD) return value;
     const Entry &a = entry(first), &b = entry(second);
     if (!a.glyph || !b.glyph) return value;
     QString text;

@@ -218,9 +218,15 @@ uint32_t InlineLayout::wordEnd(const InlineItem &item, uint32_t at, Unit room, B
     return end;
 }
 
+// What fits is asked with the smallest unit to spare: widths were rounded up to it.
+Unit InlineLayout::room() const
+{
+    return mRight - mLeft + Unit::fromRaw(1);
+}
+
 bool InlineLayout::overflows(Unit width) const
 {
-    return mUsed + width > mRight - mLeft;
+    return mUsed + width > room();
 }
 
 bool InlineLayout::hasWidth() const
@@ -396,8 +402,8 @@ bool InlineLayout::addText()
         Unit hyphen;
         if (wraps && visible > at && mContent.text[visible - 1] == QChar(0xAD)) hyphen = Unit::ceil(fontOf(style).face().advance(fontOf(style).face().glyph('-')) * fontOf(style).scale());
         // A word that a rounded sum says is too long is measured with all in front of it.
-        const bool tooLong = wraps && before + word + hyphen > mRight - mLeft && visible > at &&
-                             before + widthOf(item, start, visible) + hyphen > mRight - mLeft;
+        const bool tooLong = wraps && before + word + hyphen > room() && visible > at &&
+                             before + widthOf(item, start, visible) + hyphen > room();
         if (tooLong) {
             if (mCandidate.set) {
                 if (mPieces.back().end > mPieces.back().start || mCandidate.pieces < mPieces.size()) {

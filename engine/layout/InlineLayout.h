@@ -63,6 +63,7 @@ private:
     bool addAtomic();
     void addFloat();
     bool overflows(Unit width) const;
+    Unit room() const;
     void rewind();
     void note();
     Unit widthOf(const InlineItem &item, uint32_t start, uint32_t end) const;
