@@ -87,6 +87,7 @@ struct BoxGroup
 {
     Display display = Display::Inline;
     bool originalInline = false;
+    bool blockifiesChildren = false; ///< a flex or grid container, or within one with `display: contents`
     Position position = Position::Static;
     Float floating = Float::None;
     Clear clear = Clear::None;

@@ -148,6 +148,7 @@ QString nameInSheet(const QString &written)
     if (written.startsWith(QLatin1String("--"))) return written;
     const QString lower = written.toLower();
     if (isKnownProperty(lower)) return lower;
+    if (const QString physical = physicalName(lower); physical != lower) return physical;
     // Other spellings that CSS itself has: prefixes and older names. The forms of scripts aren't CSS.
     if (lower.startsWith(u'-') || lower == QLatin1String("word-wrap") || lower == QLatin1String("grid-gap") ||
         lower == QLatin1String("grid-row-gap") || lower == QLatin1String("grid-column-gap") ||
@@ -282,6 +283,7 @@ QString DeclarationBlock::shorthandText(Shorthand shorthand) const
     switch (shorthand) {
     case Shorthand::Margin:
     case Shorthand::Padding:
+    case Shorthand::Inset:
     case Shorthand::BorderWidth:
     case Shorthand::BorderStyle:
     case Shorthand::BorderColor:
@@ -298,6 +300,12 @@ QString DeclarationBlock::shorthandText(Shorthand shorthand) const
     }
     case Shorthand::Overflow:
     case Shorthand::Gap:
+    case Shorthand::MarginInline:
+    case Shorthand::MarginBlock:
+    case Shorthand::PaddingInline:
+    case Shorthand::PaddingBlock:
+    case Shorthand::InsetInline:
+    case Shorthand::InsetBlock:
     case Shorthand::PlaceContent:
     case Shorthand::PlaceItems:
     case Shorthand::PlaceSelf:

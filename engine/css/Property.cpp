@@ -87,6 +87,13 @@ std::vector<ShorthandRow> makeShorthands()
          "grid",
          {Id::GridTemplateRows, Id::GridTemplateColumns, Id::GridTemplateAreas, Id::GridAutoRows, Id::GridAutoColumns,
           Id::GridAutoFlow}},
+        {S::MarginInline, "margin-inline", {Id::MarginInlineStart, Id::MarginInlineEnd}},
+        {S::MarginBlock, "margin-block", {Id::MarginTop, Id::MarginBottom}},
+        {S::PaddingInline, "padding-inline", {Id::PaddingInlineStart, Id::PaddingInlineEnd}},
+        {S::PaddingBlock, "padding-block", {Id::PaddingTop, Id::PaddingBottom}},
+        {S::Inset, "inset", {Id::Top, Id::Right, Id::Bottom, Id::Left}},
+        {S::InsetInline, "inset-inline", {Id::InsetInlineStart, Id::InsetInlineEnd}},
+        {S::InsetBlock, "inset-block", {Id::Top, Id::Bottom}},
         {S::All, "all", all},
     };
 }
@@ -203,6 +210,25 @@ QString canonicalName(const QString &name)
     if (lower.startsWith(u'-')) return tables().prefixed.value(lower, lower);
     const auto found = tables().canonical.constFind(Tables::squeezed(lower));
     return found == tables().canonical.constEnd() ? lower : *found;
+}
+
+QString physicalName(const QString &lower)
+{
+    static const QHash<QString, QString> names{{"margin-block-start", "margin-top"},
+                                               {"margin-block-end", "margin-bottom"},
+                                               {"padding-block-start", "padding-top"},
+                                               {"padding-block-end", "padding-bottom"},
+                                               {"inset-block-start", "top"},
+                                               {"inset-block-end", "bottom"},
+                                               {"border-block-start", "border-top"},
+                                               {"border-block-end", "border-bottom"},
+                                               {"inline-size", "width"},
+                                               {"block-size", "height"},
+                                               {"min-inline-size", "min-width"},
+                                               {"min-block-size", "min-height"},
+                                               {"max-inline-size", "max-width"},
+                                               {"max-block-size", "max-height"}};
+    return names.value(lower, lower);
 }
 
 bool isKnownProperty(const QString &canonical)

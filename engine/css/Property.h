@@ -96,6 +96,12 @@ namespace css {
     X(Clip, "clip", false, Clip, "")                                                                                   \
     CSS_FOUR(X, Margin, , "margin", "", AutoLength, "")                                                                \
     CSS_FOUR(X, Padding, , "padding", "", Positive, "")                                                                \
+    X(MarginInlineStart, "margin-inline-start", false, AutoLength, "")                                                 \
+    X(MarginInlineEnd, "margin-inline-end", false, AutoLength, "")                                                     \
+    X(PaddingInlineStart, "padding-inline-start", false, Positive, "")                                                 \
+    X(PaddingInlineEnd, "padding-inline-end", false, Positive, "")                                                     \
+    X(InsetInlineStart, "inset-inline-start", false, AutoLength, "")                                                   \
+    X(InsetInlineEnd, "inset-inline-end", false, AutoLength, "")                                                       \
     CSS_FOUR(X, Border, Width, "border", "-width", BorderWidth, "thin medium thick")                                   \
     CSS_FOUR(X, Border, Style, "border", "-style", Words, CSS_BORDER_STYLES)                                           \
     CSS_FOUR(X, Border, Color, "border", "-color", Color, "")                                                          \
@@ -264,6 +270,13 @@ enum class Shorthand : uint8_t {
     GridArea,
     GridTemplate,
     Grid,
+    MarginInline,
+    MarginBlock,
+    PaddingInline,
+    PaddingBlock,
+    Inset,
+    InsetInline,
+    InsetBlock,
     All
 };
 /// By name in lower case; None for what isn't one.
@@ -276,6 +289,9 @@ const std::vector<PropertyId> &longhandsOf(Shorthand shorthand);
 /// "BACKGROUND-COLOR", "backgroundimage", "styleFloat", "word-wrap". An unknown name comes back in lower case, except
 /// that a custom property keeps its case.
 QString canonicalName(const QString &name);
+/// A name of the writing direction that is a physical one in horizontal writing ("margin-block-start", "inline-size"),
+/// as that; others as they are.
+QString physicalName(const QString &lower);
 /// Whether the style knows the property (a shorthand too).
 bool isKnownProperty(const QString &canonical);
 /// "background-color" -> "backgroundColor", "float" -> "styleFloat".

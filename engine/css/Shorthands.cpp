@@ -327,6 +327,7 @@ std::optional<std::vector<PropertyValue>> readShorthand(Shorthand shorthand, Val
     switch (shorthand) {
     case Shorthand::Margin:
     case Shorthand::Padding:
+    case Shorthand::Inset:
     case Shorthand::BorderWidth:
     case Shorthand::BorderStyle:
     case Shorthand::BorderColor:
@@ -345,6 +346,12 @@ std::optional<std::vector<PropertyValue>> readShorthand(Shorthand shorthand, Val
         return listStyle(reader);
     case Shorthand::Overflow:
     case Shorthand::Gap:
+    case Shorthand::MarginInline:
+    case Shorthand::MarginBlock:
+    case Shorthand::PaddingInline:
+    case Shorthand::PaddingBlock:
+    case Shorthand::InsetInline:
+    case Shorthand::InsetBlock:
         return pair(ids, reader);
     case Shorthand::Flex:
         return flex(reader);

@@ -26,7 +26,7 @@ void StyleBuilder::add(const DeclarationBlock &block, Weight weight)
             }
             Winner &winner = mWinners[size_t(entry.id)];
             if (!winner.value) mSet.push_back(uint8_t(entry.id));
-            winner = {&entry.value, &block};
+            winner = {&entry.value, &block, ++mOrder};
         }
     }
 }
@@ -42,6 +42,7 @@ base::Ref<ComputedStyle> StyleBuilder::build()
     }
     // Direction first: alignment is told by it.
     if (isDeclared(Id::Direction)) apply(Id::Direction);
+    resolveDirections();
     for (const uint8_t index : mSet) {
         const Id id = Id(index);
         const bool done = id == Id::Color || id == Id::Direction || id <= Id::LineHeight ||
@@ -54,6 +55,25 @@ base::Ref<ComputedStyle> StyleBuilder::build()
     finishBox();
     mStyle->shareGroups(&mContext.parent);
     return mStyle;
+}
+
+// Properties that speak of the writing direction stand for the left or the right one, whichever was declared later.
+void StyleBuilder::resolveDirections()
+{
+    const bool rtl = mStyle->text().direction == Direction::Rtl;
+    static constexpr std::array<Id, 4> rows[] = {
+        {Id::MarginInlineStart, Id::MarginInlineEnd, Id::MarginLeft, Id::MarginRight},
+        {Id::PaddingInlineStart, Id::PaddingInlineEnd, Id::PaddingLeft, Id::PaddingRight},
+        {Id::InsetInlineStart, Id::InsetInlineEnd, Id::Left, Id::Right}};
+    for (const auto &row : rows)
+        for (size_t i = 0; i < 2; ++i) {
+            const Winner &logical = winner(row[i]);
+            const Id physical = row[2 + (rtl ? 1 - i : i)];
+            Winner &other = mWinners[size_t(physical)];
+            if (!logical.value || (other.value && other.order > logical.order)) continue;
+            if (!other.value) mSet.push_back(uint8_t(physical));
+            other = logical;
+        }
 }
 
 // Variables
@@ -226,15 +246,17 @@ void StyleBuilder::finishBox()
     const Display display = box.display;
     const bool absolute = box.position == Position::Absolute || box.position == Position::Fixed;
     if (absolute && box.floating != Float::None) mStyle->writeBox().floating = Float::None;
-    const Display parent = mContext.parent.display();
-    const bool item = !mContext.isRoot && (parent == Display::Flex || parent == Display::InlineFlex ||
-                                           parent == Display::Grid || parent == Display::InlineGrid);
+    const bool item = !mContext.isRoot && mContext.parent.box().blockifiesChildren;
     if (item && box.floating != Float::None) mStyle->writeBox().floating = Float::None;
     if (absolute || box.floating != Float::None || mContext.isRoot || item) {
         const Display block = blockified(display);
         if (block != display) mStyle->writeBox().display = block;
         if (absolute && isInlineDisplay(display)) mStyle->writeBox().originalInline = true;
     }
+    const Display now = mStyle->display();
+    const bool container = now == Display::Flex || now == Display::InlineFlex || now == Display::Grid ||
+                           now == Display::InlineGrid || (now == Display::Contents && item);
+    if (container) mStyle->writeBox().blockifiesChildren = true;
     const auto scrolls = [](Overflow o) { return o != Overflow::Visible && o != Overflow::Clip; };
     const auto settle = [](Overflow o) { return o == Overflow::Clip ? Overflow::Hidden : Overflow::Auto; };
     if (scrolls(box.overflowX) && !scrolls(box.overflowY)) mStyle->writeBox().overflowY = settle(box.overflowY);

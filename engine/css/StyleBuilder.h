@@ -45,11 +45,13 @@ private:
     {
         const Value *value = nullptr;
         const DeclarationBlock *block = nullptr;
+        uint32_t order = 0; ///< the later of two declarations has the larger one
     };
 
     const Winner &winner(PropertyId id) const { return mWinners[size_t(id)]; }
     bool isDeclared(PropertyId id) const { return winner(id).value != nullptr; }
     void resolveVariables();
+    void resolveDirections();
     QString substitute(const QString &text, int depth, bool &ok);
     bool resolveOne(PropertyId id, Winner &winner);
 
@@ -95,6 +97,7 @@ private:
     std::vector<uint8_t> mSet; ///< which have a winner, in the order in which they were first met
     std::vector<std::pair<QString, const Value *>> mCustomDeclared;
     std::deque<Value> mResolved;
+    uint32_t mOrder = 0;
     bool mUsedViewport = false;
     bool mUsedAttribute = false;
     bool mInheritedExplicitly = false;

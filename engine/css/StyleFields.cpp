@@ -119,6 +119,7 @@ double StyleBuilder::pixels(const Value &value, double fontSize)
             if (term.unit != Unit::Percent) sum += pixels(term, fontSize);
         return within(value.word == 1 && value.items.size() == 1 ? std::max(0.0, sum) : sum);
     }
+    if (value.kind == Value::Kind::Function) return within(length(value).resolve(0));
     if (value.kind != Value::Kind::Length) return 0;
     const QSizeF viewport = mContext.medium.viewport;
     if (value.unit >= Unit::Vw && value.unit <= Unit::Vmax) mUsedViewport = true;
@@ -147,9 +148,43 @@ double StyleBuilder::pixels(const Value &value, double fontSize)
     return 0;
 }
 
+namespace {
+
+/// The smaller or the larger of two lengths. What can't be told before the containing block is known is kept: pixels
+/// against per cents. Sums of both among them are rare; the other one stands for them.
+Length compared(const Length &a, const Length &b, bool least)
+{
+    if (a.isFixed() && b.isFixed()) return Length::fixed(least ? std::min(a.px, b.px) : std::max(a.px, b.px));
+    if (a.isPercent() && b.isPercent())
+        return Length::percentage(least ? std::min(a.percent, b.percent) : std::max(a.percent, b.percent));
+    const Length::Kind kind = least ? Length::Kind::Least : Length::Kind::Most;
+    const Length &first = a.isPercent() ? b : a, &second = a.isPercent() ? a : b;
+    if (first.isFixed() && second.isPercent()) return {kind, first.px, second.percent};
+    if (first.kind == kind && second.isFixed()) return {kind, least ? std::min(first.px, second.px) : std::max(first.px, second.px), first.percent};
+    if (second.kind == kind && first.isFixed()) return {kind, least ? std::min(first.px, second.px) : std::max(first.px, second.px), second.percent};
+    if (first.kind == kind && second.isPercent())
+        return {kind, first.px, least ? std::min(first.percent, second.percent) : std::max(first.percent, second.percent)};
+    return first.isFixed() || first.isPercent() ? second : first;
+}
+
+} // namespace
+
 Length StyleBuilder::length(const Value &value)
 {
     const double size = mStyle->font().size;
+    if (value.kind == Value::Kind::Function) {
+        if (value.items.empty()) return Length::automatic();
+        Length result;
+        if (value.word == 2) { // clamp(): the lower bound wins
+            result = compared(length(value.items[0]), compared(length(value.items[1]), length(value.items[2]), true), false);
+        } else {
+            result = length(value.items[0]);
+            for (size_t i = 1; i < value.items.size(); ++i)
+                result = compared(result, length(value.items[i]), value.word == 0);
+        }
+        if (value.number > 0 && result.isFixed()) result.px = std::max(0.f, result.px);
+        return result;
+    }
     if (value.kind == Value::Kind::Length)
         return value.unit == Unit::Percent ? Length::percentage(float(within(value.number)))
                                            : Length::fixed(float(pixels(value, size)));
@@ -175,6 +210,7 @@ QRgb StyleBuilder::color(const Value &value)
 
 void StyleBuilder::apply(Id id)
 {
+    if ((id >= Id::MarginInlineStart && id <= Id::InsetInlineEnd)) return; // stand for others
     const Winner &won = winner(id);
     if (const ComputedStyle *from = sourceOf(id, *won.value))
         copyField(id, *from);

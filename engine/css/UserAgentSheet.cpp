@@ -26,9 +26,9 @@ th { font-weight: bold; text-align: -internal-center }
 body { margin: 8px }
 p, dl, blockquote, figure, ul, ol, dir, menu, pre, listing, xmp, plaintext { margin-top: 1em; margin-bottom: 1em }
 blockquote, figure { margin-left: 40px; margin-right: 40px }
-dd { margin-left: 40px }
-ul, menu, dir { list-style-type: disc; padding-left: 40px }
-ol { list-style-type: decimal; padding-left: 40px }
+dd { margin-inline-start: 40px }
+ul, menu, dir { list-style-type: disc; padding-inline-start: 40px }
+ol { list-style-type: decimal; padding-inline-start: 40px }
 ul ul, ol ul, menu ul, dir ul, ul menu, ol menu, menu menu, ul dir, ol dir { list-style-type: circle }
 ol ol ul, ol ul ul, ul ol ul, ul ul ul, ol ol menu, ol ul menu, ul ol menu, ul ul menu, ol ol dir, ol ul dir,
 ul ol dir, ul ul dir { list-style-type: square }

@@ -215,6 +215,7 @@ QString valueText(PropertyId id, const Value &value)
     case Value::Kind::List:
         return value.text.isEmpty() ? listText(id, value) : value.text;
     case Value::Kind::Function:
+        return value.text;
     case Value::Kind::Unresolved:
         return {};
     }

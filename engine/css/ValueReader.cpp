@@ -270,9 +270,32 @@ std::optional<Value> ValueReader::takeCalc(unsigned flags)
     return value;
 }
 
+// min(), max() and clamp(): a Function whose items are what is compared.
+std::optional<Value> ValueReader::takeComparison(unsigned flags)
+{
+    const size_t back = mAt;
+    Value value = Value::ofText(Value::Kind::Function, QString());
+    value.word = peek().isFunction("min") ? 0 : peek().isFunction("max") ? 1 : 2;
+    ValueReader arguments = takeFunction();
+    bool good = true;
+    do {
+        const auto item = arguments.takeLength(flags & Percent);
+        good = item.has_value();
+        if (good) value.items.push_back(*item);
+    } while (good && arguments.takeComma());
+    if (!good || !arguments.atEnd() || (value.word == 2 && value.items.size() != 3)) {
+        mAt = back;
+        return {};
+    }
+    value.number = flags & NonNegative ? 1 : 0;
+    value.text = sourceOf(mTokens, back, skipComponent(mTokens, back, mEnd), mText);
+    return value;
+}
+
 std::optional<Value> ValueReader::takeLength(unsigned flags)
 {
     const Token &token = peek();
+    if (token.isFunction("min") || token.isFunction("max") || token.isFunction("clamp")) return takeComparison(flags);
     if (token.isFunction("calc") || token.isFunction("-webkit-calc")) return takeCalc(flags);
     if ((flags & NonNegative) && token.number < 0) return {};
     const double number = token.number;

@@ -65,6 +65,7 @@ private:
     }
     std::optional<Value> takeColorFunction();
     std::optional<Value> takeCalc(unsigned flags);
+    std::optional<Value> takeComparison(unsigned flags);
 
     const Tokens &mTokens;
     size_t mAt;

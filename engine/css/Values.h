@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QColor>
+#include <algorithm>
 #include <QString>
 #include <QStringList>
 #include <cstdint>
@@ -14,11 +15,11 @@ namespace css {
 /// percentages wait for layout.
 struct Length
 {
-    enum class Kind : uint8_t { Auto, None, Fixed, Percent, Calc, MinContent, MaxContent, FitContent, Content };
+    enum class Kind : uint8_t { Auto, None, Fixed, Percent, Calc, MinContent, MaxContent, FitContent, Content, Least, Most };
 
     Kind kind = Kind::Auto;
-    float px = 0;      ///< Fixed, Calc
-    float percent = 0; ///< Percent, Calc
+    float px = 0;      ///< Fixed, Calc; Least and Most: the smaller and the larger of the two
+    float percent = 0; ///< Percent, Calc, Least, Most
 
     static Length automatic() { return {}; }
     static Length none() { return {Kind::None, 0, 0}; }
@@ -30,7 +31,7 @@ struct Length
     bool isNone() const { return kind == Kind::None; }
     bool isFixed() const { return kind == Kind::Fixed; }
     bool isPercent() const { return kind == Kind::Percent; }
-    bool hasPercent() const { return kind == Kind::Percent || kind == Kind::Calc; }
+    bool hasPercent() const { return kind == Kind::Percent || kind == Kind::Calc || kind == Kind::Least || kind == Kind::Most; }
     /// A length or percentage, so that `resolve` answers.
     bool isDefinite() const { return kind == Kind::Fixed || hasPercent(); }
     /// Pixels, with per cents of `base` pixels; 0 for the keywords.
@@ -43,6 +44,10 @@ struct Length
             return double(percent) * base / 100.0;
         case Kind::Calc:
             return double(px) + double(percent) * base / 100.0;
+        case Kind::Least:
+            return std::min(double(px), double(percent) * base / 100.0);
+        case Kind::Most:
+            return std::max(double(px), double(percent) * base / 100.0);
         default:
             return 0;
         }

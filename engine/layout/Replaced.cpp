@@ -77,8 +77,47 @@ Natural selectSize(const BlockBox &box, const dom::Element &element)
     return {std::ceil(widest) + 24, lineOf(box) + 4 - 2, false, true};
 }
 
-Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSource *images)
+// "20", "1.5em", "50%": pixels; nothing for what isn't a length. Per cents of `base`, if that is known.
+std::optional<double> attributeLength(const BlockBox &box, const dom::Element &element, const char *name, std::optional<double> base)
 {
+    const QString text = element.attributeValue(name).trimmed().toLower();
+    qsizetype digits = 0;
+    while (digits < text.size() && (text[digits].isDigit() || text[digits] == QLatin1Char('.'))) ++digits;
+    bool ok = false;
+    const double number = QStringView(text).left(digits).toDouble(&ok);
+    if (!ok) return {};
+    const QString unit = text.mid(digits);
+    if (unit == QLatin1String("%")) return base ? std::optional<double>(number * *base / 100) : std::nullopt;
+    static const std::pair<const char *, double> units[] = {{"", 1}, {"px", 1}, {"pt", 96.0 / 72}, {"pc", 16}, {"in", 96}, {"cm", 96 / 2.54}, {"mm", 96 / 25.4}};
+    for (const auto &[known, factor] : units)
+        if (unit == QLatin1String(known)) return number * factor;
+    if (unit == QLatin1String("em")) return number * box.style().font().size;
+    if (unit == QLatin1String("ex")) return number * box.style().font().size / 2;
+    return {};
+}
+
+// An SVG image is as big as its attributes say; one with a view box alone is as wide as there is room, in its ratio.
+Natural svgSize(const BlockBox &box, const dom::Element &element, const Constraint &constraint)
+{
+    const double room = constraint.width.toDouble();
+    std::optional<double> height = attributeLength(box, element, "height", constraint.hasHeight() ? std::optional<double>(constraint.height.toDouble()) : std::nullopt);
+    std::optional<double> width = attributeLength(box, element, "width", room);
+    QString text = element.attributeValue("viewBox");
+    if (text.isEmpty()) text = element.attributeValue("viewbox");
+    const QStringList view = text.replace(QLatin1Char(','), QLatin1Char(' ')).simplified().split(QLatin1Char(' '));
+    const double viewWidth = view.size() == 4 ? view[2].toDouble() : 0, viewHeight = view.size() == 4 ? view[3].toDouble() : 0;
+    const bool ratio = viewWidth > 0 && viewHeight > 0;
+    if (width && height) return {*width, *height, *width > 0 && *height > 0, false};
+    if (!ratio) return {width.value_or(300), height.value_or(150), false, false};
+    if (!width && !height) width = room > 0 ? std::max(0.0, room - box.frame().horizontal().toDouble()) : 300;
+    if (!width) width = *height * viewWidth / viewHeight;
+    if (!height) height = *width * viewHeight / viewWidth;
+    return {*width, *height, true, false};
+}
+
+Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSource *images, const Constraint &constraint)
+{
+    if (element.space() == dom::Namespace::Svg) return svgSize(box, element, constraint);
     if (element.is(img) || (element.is(input) && element.attributeValue("type").compare(QLatin1String("image"), Qt::CaseInsensitive) == 0)) {
         const QString url = element.attributeValue("src");
         const QSize size = images && !url.isEmpty() ? images->imageSize(element.document().resolve(url)) : QSize();
@@ -104,14 +143,14 @@ Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSourc
 bool Engine::hasRatio(const BlockBox &box) const
 {
     if (!box.isReplaced() || !box.element()) return false;
-    const Natural natural = naturalSize(box, *box.element(), mImages);
+    const Natural natural = naturalSize(box, *box.element(), mImages, {Unit::px(1), Unit::fromRaw(-1)});
     return natural.hasRatio && natural.width > 0 && natural.height > 0;
 }
 
 Size Engine::replacedSize(BlockBox &box, const Constraint &constraint, std::optional<Unit> forced)
 {
     const dom::Element *element = box.element();
-    const Natural natural = element ? naturalSize(box, *element, mImages) : Natural{};
+    const Natural natural = element ? naturalSize(box, *element, mImages, constraint) : Natural{};
     const Edges frame = natural.borderBox ? Edges{} : box.frame();
     const std::optional<Unit> givenWidth = forced ? forced : usedWidth(box, constraint.width), givenHeight = usedHeight(box, constraint);
     Unit width = Unit::from(natural.width) + frame.horizontal(), height = Unit::from(natural.height) + frame.vertical();
