@@ -217,6 +217,7 @@ public:
     Unit marginLeft, marginRight, marginTop, marginBottom;
     Point staticPosition;        ///< of a positioned box: where it would stand in its parent
     Unit layoutWidth = Unit::fromRaw(-1); ///< containing block width of the last layout
+    Unit layoutLeft; ///< where its container's content began at the last layout in flow
     Unit layoutHeight = Unit::fromRaw(-1); ///< definite containing block height of the last layout, -1 for none
     // How far content sticks out of the border box.
     Unit overflowBottom, overflowRight; ///< layout overflow: reach from the border box's top left corner

@@ -153,6 +153,7 @@ void Engine::resolveInFlowWidth(BlockBox &box, const Constraint &constraint, Flo
     else if (!autoRight)
         shift = blockAlignShift(box, free);
     box.x = start + left + box.marginLeft + shift;
+    box.layoutLeft = start;
 }
 
 bool Engine::canReuse(const BlockBox &box, const Constraint &constraint, FloatArea area) const
@@ -186,9 +187,18 @@ void Engine::replayFloats(BlockBox &box, FloatArea area)
     visit(visit, box);
 }
 
+// The container's border or padding may be another while its content is as wide as before.
+void Engine::keepPlace(BlockBox &box)
+{
+    const Unit start = box.container() ? box.container()->contentLeft() : Unit();
+    box.x += start - box.layoutLeft;
+    box.layoutLeft = start;
+}
+
 void Engine::layoutInFlow(BlockBox &box, const Constraint &constraint, FloatArea area)
 {
     if (canReuse(box, constraint, area)) {
+        keepPlace(box);
         replayFloats(box, area.movedBy({box.x, Unit()}));
         return;
     }
@@ -201,6 +211,8 @@ void Engine::layoutInFlow(BlockBox &box, const Constraint &constraint, FloatArea
         if (!box.flowValid) resolveEdges(box, constraint.width);
         resolveInFlowWidth(box, constraint, area);
         if (box.width != oldWidth) box.needsLayout = true;
+    } else {
+        keepPlace(box);
     }
     layoutContents(box, constraint, area.movedBy({box.x, Unit()}));
 }

@@ -95,6 +95,7 @@ private:
     friend class FlexLayout;
     friend class GridLayout;
     void resolveInFlowWidth(BlockBox &box, const Constraint &constraint, FloatArea area);
+    void keepPlace(BlockBox &box);
     void layoutContents(BlockBox &box, const Constraint &constraint, FloatArea area);
     void layoutFlowChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state);
     bool relayoutDirtyChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state);
