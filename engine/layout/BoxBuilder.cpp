@@ -290,6 +290,11 @@ void BoxBuilder::addElement(dom::Element &element, List &list)
     addPseudo(element, Pseudo::Before, children);
     collect(style, element.firstChild(), nullptr, children);
     addPseudo(element, Pseudo::After, children);
+    if (element.is(dom::names::wbr) && element.space() == dom::Namespace::Html && children.empty()) {
+        auto *chance = new TextBox(nullptr, style); // nothing but a place where the line may break
+        chance->generated = QChar(0x200B);
+        children.push_back(chance);
+    }
     if (BlockBox *block = made->asBlock()) {
         fill(*block, std::move(children));
         setMarker(*block);

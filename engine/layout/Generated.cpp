@@ -23,7 +23,7 @@ bool isHidden(const dom::Element &element, const css::ComputedStyle &style)
     using namespace dom::names;
     if (element.is(input)) return element.attributeValue("type").compare(QLatin1String("hidden"), Qt::CaseInsensitive) == 0;
     if (element.is(audio)) return !element.hasAttribute("controls");
-    return element.is(wbr) || element.is(area) || element.is(param) || element.is(source) || element.is(track);
+    return element.is(area) || element.is(param) || element.is(source) || element.is(track);
 }
 
 bool isContents(const css::ComputedStyle &style)

@@ -248,7 +248,10 @@ void InlineCollector::splitByDirection()
     items.reserve(mContent.items.size());
     const uint8_t base = rightToLeft ? 1 : 0;
     for (InlineItem item : mContent.items) {
-        item.level = item.start < levels.size() && item.end > item.start ? levels[item.start] : base;
+        // An element's ends turn around with what they enclose.
+        const uint32_t at = item.type == ItemType::Close && item.start > 0 ? item.start - 1 : item.start;
+        const bool takesPart = item.end > item.start || item.type == ItemType::Open || item.type == ItemType::Close;
+        item.level = takesPart && at < levels.size() ? levels[at] : base;
         if (item.type == ItemType::Break) item.level = base;
         if (item.type != ItemType::Text) {
             if (auto *box = item.box && item.box->isInline() ? static_cast<InlineBox *>(item.box) : nullptr)
