@@ -158,12 +158,18 @@ Length compared(const Length &a, const Length &b, bool least)
     if (a.isPercent() && b.isPercent())
         return Length::percentage(least ? std::min(a.percent, b.percent) : std::max(a.percent, b.percent));
     const Length::Kind kind = least ? Length::Kind::Least : Length::Kind::Most;
+    const auto both = [kind](float px, float percent) {
+        Length length = Length::fixed(px);
+        length.kind = kind;
+        length.percent = percent;
+        return length;
+    };
     const Length &first = a.isPercent() ? b : a, &second = a.isPercent() ? a : b;
-    if (first.isFixed() && second.isPercent()) return {kind, first.px, second.percent};
-    if (first.kind == kind && second.isFixed()) return {kind, least ? std::min(first.px, second.px) : std::max(first.px, second.px), first.percent};
-    if (second.kind == kind && first.isFixed()) return {kind, least ? std::min(first.px, second.px) : std::max(first.px, second.px), second.percent};
+    if (first.isFixed() && second.isPercent()) return both(first.px, second.percent);
+    if (first.kind == kind && second.isFixed()) return both(least ? std::min(first.px, second.px) : std::max(first.px, second.px), first.percent);
+    if (second.kind == kind && first.isFixed()) return both(least ? std::min(first.px, second.px) : std::max(first.px, second.px), second.percent);
     if (first.kind == kind && second.isPercent())
-        return {kind, first.px, least ? std::min(first.percent, second.percent) : std::max(first.percent, second.percent)};
+        return both(first.px, least ? std::min(first.percent, second.percent) : std::max(first.percent, second.percent));
     return first.isFixed() || first.isPercent() ? second : first;
 }
 
@@ -176,7 +182,12 @@ Length StyleBuilder::length(const Value &value)
         if (value.items.empty()) return Length::automatic();
         Length result;
         if (value.word == 2) { // clamp(): the lower bound wins
-            result = compared(length(value.items[0]), compared(length(value.items[1]), length(value.items[2]), true), false);
+            const Length bound = length(value.items[0]);
+            result = compared(length(value.items[1]), length(value.items[2]), true);
+            if (result.kind == Length::Kind::Least && bound.isFixed())
+                result.least = bound.px;
+            else
+                result = compared(bound, result, false);
         } else {
             result = length(value.items[0]);
             for (size_t i = 1; i < value.items.size(); ++i)

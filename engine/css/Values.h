@@ -20,10 +20,11 @@ struct Length
     Kind kind = Kind::Auto;
     float px = 0;      ///< Fixed, Calc; Least and Most: the smaller and the larger of the two
     float percent = 0; ///< Percent, Calc, Least, Most
+    float least = -1;  ///< Least: not below these pixels, where it isn't negative
 
     static Length automatic() { return {}; }
-    static Length none() { return {Kind::None, 0, 0}; }
-    static Length fixed(float px) { return {Kind::Fixed, px, 0}; }
+    static Length none() { return {Kind::None}; }
+    static Length fixed(float px) { return {Kind::Fixed, px}; }
     static Length percentage(float percent) { return {Kind::Percent, 0, percent}; }
     static Length calc(float px, float percent) { return {Kind::Calc, px, percent}; }
 
@@ -45,7 +46,7 @@ struct Length
         case Kind::Calc:
             return double(px) + double(percent) * base / 100.0;
         case Kind::Least:
-            return std::min(double(px), double(percent) * base / 100.0);
+            return std::max(std::min(double(px), double(percent) * base / 100.0), least < 0 ? -1e9 : double(least));
         case Kind::Most:
             return std::max(double(px), double(percent) * base / 100.0);
         default:

@@ -58,6 +58,9 @@ bool hasInlineEdges(const InlineBox &box);
 Edges inlineMargins(const InlineBox &box, Unit containingWidth);
 Edges inlineFrame(const InlineBox &box, Unit containingWidth); ///< borders and paddings
 
+/// Stands for the width of a containing block that isn't known: limits in per cents of it are none.
+inline constexpr Unit unknownWidth = Unit::px(1000000);
+
 // Sizes of border boxes; nothing for `auto` and what can't be resolved
 std::optional<Unit> usedWidth(const BlockBox &box, Unit containingWidth);
 std::optional<Unit> fixedWidth(const BlockBox &box); ///< percentages count as auto

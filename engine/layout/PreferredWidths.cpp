@@ -17,10 +17,13 @@ PreferredWidths Engine::preferredWidths(BlockBox &box)
     if (box.isReplaced()) {
         const bool forced = box.heightForced;
         box.heightForced = false; // what layout made of it says nothing about what it would like
-        const Size size = replacedSize(box, {Unit(), Unit::fromRaw(-1)});
+        // Per cents of a width that isn't known: as a limit they are none, but let it become as narrow as can be.
+        const auto &style = box.style().box();
+        const bool limited = style.maxWidth.hasPercent() && !widthIsPercent(box) && !style.minWidth.hasPercent();
+        const Size size = replacedSize(box, {limited ? unknownWidth : Unit(), Unit::fromRaw(-1)});
         box.heightForced = forced;
         widths = {size.width, size.width};
-        if (widthIsPercent(box)) widths.min = Unit();
+        if (limited || widthIsPercent(box)) widths.min = Unit();
     } else if (box.isTable()) {
         widths = TableLayout::preferred(*this, box);
     } else {

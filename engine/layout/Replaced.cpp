@@ -109,7 +109,8 @@ Natural svgSize(const BlockBox &box, const dom::Element &element, const Constrai
     const bool ratio = viewWidth > 0 && viewHeight > 0;
     if (width && height) return {*width, *height, *width > 0 && *height > 0, false};
     if (!ratio) return {width.value_or(300), height.value_or(150), false, false};
-    if (!width && !height) width = room > 0 ? std::max(0.0, room - box.frame().horizontal().toDouble()) : 300;
+    const bool known = room > 0 && constraint.width < unknownWidth;
+    if (!width && !height) width = known ? std::max(0.0, room - box.frame().horizontal().toDouble()) : 300;
     if (!width) width = *height * viewWidth / viewHeight;
     if (!height) height = *width * viewHeight / viewWidth;
     return {*width, *height, true, false};
