@@ -268,10 +268,6 @@ void StyleEngine::visit(const Visit &at, std::vector<Visit> &pending)
             listener->styleChanged(element, change);
         quiet = change == Difference::Reframe;
     }
-    const auto isContainer = [](const ComputedStyle &style) {
-        return style.display() == Display::Flex || style.display() == Display::InlineFlex ||
-               style.display() == Display::Grid || style.display() == Display::InlineGrid;
-    };
     const bool inherits = !now.sharesInheritedWith(*old) &&
                           !(now.font() == old->font() && now.text() == old->text() && now.custom() == old->custom());
     const bool more = slot->childrenInheritMore && change != Difference::None;
@@ -280,7 +276,7 @@ void StyleEngine::visit(const Visit &at, std::vector<Visit> &pending)
     const bool body = mDocument->isQuirks() && now.color() != old->color() && mDocument->body() == &element;
     if (root) mShared.clear();
     const bool below = all || root || body;
-    if (!below && !inherits && !more && isContainer(now) == isContainer(*old)) return;
+    if (!below && !inherits && !more && now.box().blockifiesChildren == old->box().blockifiesChildren) return;
     for (dom::Node *child = element.lastChild(); child; child = child->previousSibling())
         if (Element *next = child->asElement(); next && next->styleSlot) pending.push_back({next, true, below, quiet});
 }

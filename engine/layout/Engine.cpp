@@ -523,9 +523,9 @@ void Engine::layoutRoot(BlockBox &root)
 
 void Engine::layoutIndependent(BlockBox &box, const Constraint &constraint, Unit available, std::optional<Unit> width)
 {
-    const bool widthChanged = width && *width != box.width;
-    if (!box.needsLayout && !box.childNeedsLayout && box.layoutWidth == constraint.width && box.layoutHeight == constraint.height && !widthChanged)
-        return;
+    const bool clean = !box.needsLayout && !box.childNeedsLayout && box.layoutWidth == constraint.width && box.layoutHeight == constraint.height;
+    // What is available to a positioned box hangs on where it would have stood, too.
+    if (clean && (width ? *width == box.width : !box.positioned)) return;
     resolveEdges(box, constraint.width);
     Unit used;
     if (width) {
@@ -541,6 +541,7 @@ void Engine::layoutIndependent(BlockBox &box, const Constraint &constraint, Unit
         const Unit room = available - box.marginLeft - box.marginRight;
         used = clampedWidth(box, std::min(std::max(preferred.min, room), preferred.max), constraint.width);
     }
+    if (clean && used == box.width) return;
     if (used != box.width || box.layoutWidth != constraint.width || box.layoutHeight != constraint.height) box.needsLayout = true;
     box.width = used;
     layoutContents(box, constraint, {});

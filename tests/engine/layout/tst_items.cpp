@@ -172,7 +172,9 @@ private Q_SLOTS:
             std::vector<dom::Node *> nodes;
             for (dom::Node *n = page.document->body(); n; n = n->next(page.document->body())) nodes.push_back(n);
             dom::Node *node = nodes[random.bounded(quint32(nodes.size()))];
-            switch (random.bounded(7)) {
+            const int action = random.bounded(7);
+            if (qEnvironmentVariableIsSet("DUMP")) qInfo() << step << action << node->id() << node->nodeName() << (node->parentNode() ? node->parentNode()->nodeName() : "") << (node->isElement() ? static_cast<dom::Element *>(node)->attributeValue("style") : node->nodeValue());
+            switch (action) {
             case 0:
                 if (node->isText()) dom::RawTree::replaceText(static_cast<dom::CharacterData &>(*node), 0, random.bounded(4u), random.bounded(2) ? u"new words " : u" ");
                 break;
@@ -195,7 +197,9 @@ private Q_SLOTS:
                 if (node->isElement()) dom::RawTree::insert(static_cast<dom::ParentNode &>(*node), *page.document->createTextNode(random.bounded(3) ? "text " : " "), node->childAt(random.bounded(node->childCount() + 1)));
             }
             if (random.bounded(3) == 0) continue; // several at once
+            const QString mine = page.tree.dump();
             const QString difference = page.tree.compareWithFresh();
+            if (!difference.isEmpty() && qEnvironmentVariableIsSet("DUMP")) qInfo().noquote() << mine;
             QVERIFY2(difference.isEmpty(), qPrintable(QString("step %1: %2").arg(step).arg(difference)));
         }
     }
