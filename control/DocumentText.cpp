@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "control/DocumentText.h"
 
+#include "control/RecoveryJournal.h"
 #include "core/Host.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
@@ -89,6 +90,7 @@ void DocumentText::setDocumentHTML(const QString &Text)
 {
     trap(module, "DocumentHTML", &mState, [&] {
         Parameters parameters("Text", Text);
+        RecoveryJournal::Replacement replacement(*journal);
         SetInternalHTMLText(Text, true);
         UpdateCurrentView(true);
         // The call cleared the flag; in the source view the surface still holds the old text.
@@ -138,12 +140,13 @@ void DocumentText::SetedDocumentHTML(const QString &Text)
         mState.mLoadingEd = true;
         ShutDownBeforeReload();
         mState.mRespondToDocumentComplete = true;
+        QString posted = Text;
         if (mState.mBodyMode)
-            ed.setDocumentText(AddHTMLWrapper(modMain::ReturnBody(Text)));
+            posted = AddHTMLWrapper(modMain::ReturnBody(Text));
         else if (!mState.mBOM.isEmpty() && !Text.startsWith(shownMark))
-            ed.setDocumentText(mState.mBOM + Text);
-        else
-            ed.setDocumentText(Text);
+            posted = mState.mBOM + Text;
+        journal->posts(posted);
+        ed.setDocumentText(posted);
     });
 }
 
@@ -377,6 +380,7 @@ void DocumentText::SaveFile(bool &Cancel, bool Prompt)
         const platform::EncodedText written =
             platform::FileHelper::writeText(mState.mFileName, GetInternalHTMLText(), mFormat);
         mFormat = written.format;
+        journal->documentSaved();
         if (!written.message.isEmpty()) {
             using platform::MessageBox;
             MessageBox::show(MessageBox::Icon::Information, QStringLiteral("Save changes"), written.message,

@@ -6,6 +6,7 @@
 
 class CodeMax;
 class Host;
+class RecoveryJournal;
 
 /// The road of the document's text: how it gets in, where it lives, how it reaches the surface and comes back.
 ///
@@ -20,6 +21,7 @@ public:
     std::function<void(bool PostContent)> UpdateCurrentView;
     std::function<void()> CreateNewChangeManager;
     std::function<void()> KillChangeManager;
+    RecoveryJournal *journal = nullptr;
 
     QString DocumentHTML();
     void setDocumentHTML(const QString &Text);

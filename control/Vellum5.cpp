@@ -22,6 +22,11 @@ ControlState &Vellum5::state() const
     return mParts->state;
 }
 
+RecoveryJournal &Vellum5::Recovery() const
+{
+    return mParts->journal;
+}
+
 // Document text
 
 QString Vellum5::DocumentHTML()

@@ -13,6 +13,7 @@
 
 class CodeMax;
 class QMimeData;
+class RecoveryJournal;
 class VirtualCommandManager;
 struct ControlState;
 
@@ -224,6 +225,9 @@ public:
     Q_INVOKABLE void Redo();
     bool UndoEnabled() const;
     bool RedoEnabled() const;
+
+    /// What the host says to the recovery journal of the document, and asks of it.
+    RecoveryJournal &Recovery() const;
 
     /// The control's concerns, for those who look inside.
     struct Parts;

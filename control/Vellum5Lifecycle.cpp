@@ -46,7 +46,7 @@ Vellum5::Parts::Parts(Vellum5 &control)
       text(state, host, *ed, *txtHTMLSource),
       views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
       events(state, host, *ed, *txtHTMLSource, regions), changes(state, host, *ed, *txtHTMLSource, events),
-      commands(host, state.mSpecificElement)
+      commands(host, state.mSpecificElement), journal(state, host, *ed, *txtHTMLSource)
 {
     timSpellCheck.setInterval(750);
 }
@@ -100,6 +100,20 @@ void Vellum5::wireChildren()
     p.text.UpdateCurrentView = [&p](bool PostContent) { p.views.UpdateCurrentView(PostContent); };
     p.text.CreateNewChangeManager = [&p] { p.changes.CreateNewChangeManager(); };
     p.text.KillChangeManager = [&p] { p.changes.KillChangeManager(); };
+    p.text.journal = &p.journal;
+    p.views.ViewChanged = [&p] { p.journal.viewChanged(); };
+    p.journal.showView = [&p](int view) {
+        const bool dontPost = std::exchange(p.state.DontPostWhenEditViewChanges, true);
+        p.views.setEditView(EditViewEnum(view));
+        p.state.DontPostWhenEditViewChanges = dontPost;
+        p.views.UpdateCurrentView(false);
+    };
+    p.journal.loadSurface = [&p](const QString &text) {
+        p.state.mLoadingEd = true;
+        p.text.ShutDownBeforeReload();
+        p.state.mRespondToDocumentComplete = true;
+        p.ed->setDocumentText(text);
+    };
     p.events.ShutDownBeforeReload = [&p] { p.text.ShutDownBeforeReload(); };
 
     // The surface knows no files; without a reader every page that it navigates to is empty.
@@ -109,9 +123,11 @@ void Vellum5::wireChildren()
             return platform::HttpHelper::fetchText(url);
         return platform::FileHelper::readText(url).text;
     };
+    connect(p.ed, &HTMLEditor::documentLoaded, this, [&p](const QString &text) { p.journal.surfaceLoaded(text); });
     connect(p.ed, &HTMLEditor::documentComplete, this, [&p](const QString &url) {
         EditScope scope;
         p.text.ed_DocumentComplete(url);
+        p.journal.loadCompleted();
     });
     connect(p.ed, &HTMLEditor::beforeNavigate, this, [&p](const surface::Navigation &navigation, bool &Cancel) {
         p.events.ed_BeforeNavigate(navigation, Cancel);
@@ -279,6 +295,7 @@ void Vellum5::Terminate()
         ControlState &state = mParts->state;
         if (state.mTerminating || state.mTerminated) return;
         state.mTerminating = true;
+        mParts->journal.close();
         mParts->text.ResetNavSound();
         state.mTheme.reset();
         mParts->events.timChange.setEnabled(false);

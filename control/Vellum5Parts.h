@@ -6,6 +6,7 @@
 #include "control/Changes.h"
 #include "control/DocumentText.h"
 #include "control/EventProxy.h"
+#include "control/RecoveryJournal.h"
 #include "control/SurfaceEvents.h"
 #include "control/Vellum5.h"
 #include "control/Views.h"
@@ -80,4 +81,5 @@ struct Vellum5::Parts {
     SurfaceEvents events;
     Changes changes;
     Commands commands;
+    RecoveryJournal journal;
 };

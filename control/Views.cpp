@@ -54,6 +54,7 @@ void Views::setEditView(EditViewEnum View)
         mState.mCurrentEditView = View;
         UserControl_Resize();
         if (mState.mInitialised && !mState.DontPostWhenEditViewChanges) UpdateCurrentView(true);
+        if (ViewChanged) ViewChanged();
     });
 }
 

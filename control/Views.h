@@ -25,6 +25,9 @@ public:
     };
     Views(ControlState &state, Host &host, DocumentText &text, const Children &children);
 
+    /// Set by the control.
+    std::function<void()> ViewChanged;
+
     /// The view whose tab is selected.
     EditViewEnum EditView() const;
     void setEditView(EditViewEnum View);

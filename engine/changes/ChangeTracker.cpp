@@ -209,6 +209,7 @@ void ChangeTracker::store(const QByteArray &record)
     ++mRecordCount;
     for (const auto &log : mLogs) log->append(record);
     if (mLogs.empty() && !mPlaying) keepOwn(record);
+    if (journal) journal(record);
     if (onRecord) onRecord(record);
 }
 

@@ -97,7 +97,8 @@ public:
     void play(const QByteArray &record, bool forward);
     /// Told now, if records wait and no primitive is under way.
     void tellSinks();
-    /// Every record written, in order; for a journal and for checks.
+    /// Every record written, in order, as soon as it is; the first for a journal, the other for checks.
+    std::function<void(const QByteArray &)> journal;
     std::function<void(const QByteArray &)> onRecord;
 
     // Dirty range: the innermost elements between which all changes since the last question lie.
