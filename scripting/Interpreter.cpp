@@ -3,6 +3,7 @@
 
 #include "base/Clock.h"
 #include "base/Fault.h"
+#include "control/RecoveryJournal.h"
 #include "control/Vellum5.h"
 #include "scripting/Objects.h"
 #include "support/Debug.h"
@@ -27,6 +28,8 @@ Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing)
 {
     support::SettingsStore::instance().setFolder(options.settingsFolder.isEmpty() ? mFreshSettings.path()
                                                                                   : options.settingsFolder);
+    // What a script does in its journals is nobody else's business.
+    RecoveryJournal::setFolder(support::SettingsStore::instance().folder() + QStringLiteral("/recovery"));
     mFilesFolder = options.filesFolder.isEmpty() ? mFreshFiles.path() : QDir(options.filesFolder).absolutePath();
     QDir().mkpath(mFilesFolder);
     base::Clock::instance().setManual(QDateTime(QDate(2026, 1, 1), QTime(12, 0)));
@@ -58,6 +61,7 @@ Interpreter::~Interpreter()
     support::setFailurePresenter({});
     support::setDebugSink({});
     base::Clock::instance().setSystem();
+    RecoveryJournal::setFolder(QString());
 }
 
 void Interpreter::settle()
@@ -138,7 +142,8 @@ static const QHash<QString, Verb> &verbs()
     static const auto table = [] {
         QHash<QString, Verb> table;
         for (const auto *group :
-             {&hostVerbs(), &lateVerbs(), &eventVerbs(), &inputVerbs(), &dragVerbs(), &lookVerbs(), &insideVerbs()})
+             {&hostVerbs(), &lateVerbs(), &eventVerbs(), &inputVerbs(), &dragVerbs(), &lookVerbs(), &insideVerbs(),
+              &journalVerbs()})
             for (const VerbRow &row : *group) table.insert(QLatin1String(row.name), row.run);
         return table;
     }();

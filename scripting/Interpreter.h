@@ -128,6 +128,7 @@ const std::vector<VerbRow> &inputVerbs();
 const std::vector<VerbRow> &dragVerbs();
 const std::vector<VerbRow> &lookVerbs();
 const std::vector<VerbRow> &insideVerbs();
+const std::vector<VerbRow> &journalVerbs();
 
 [[noreturn]] void notAvailable();
 
