@@ -117,6 +117,7 @@ void DocumentText::SetInternalHTMLText(QString Text, bool ClearUndo)
         const bool bodyMode = mState.mBodyMode;
         txtHTMLSource.setText(bodyMode ? FormatHTML(modMain::ReturnBody(Text), true) : FormatHTML(Text, false));
         mState.mHTMLSourceChanged = true;
+        journal->stateChanged();
         if (ClearUndo) txtHTMLSource.ClearUndo();
     });
 }

@@ -46,6 +46,7 @@ RecoveryJournal::RecoveryJournal(ControlState &state, Host &host, HTMLEditor &su
     connect(&mTimer, &base::Timer::timeout, this, &RecoveryJournal::tick);
     // The notice in front of each change, whoever makes it: typing, undo, a drop, a call.
     connect(&txtHTMLSource, &QsciScintillaBase::SCN_MODIFIED, this, &RecoveryJournal::sourceEdited);
+    connect(&txtHTMLSource, &CodeMax::Change, this, &RecoveryJournal::sourceSettled);
 }
 
 RecoveryJournal::~RecoveryJournal()
@@ -195,11 +196,13 @@ void RecoveryJournal::drop()
     mTimer.setEnabled(false);
     if (mFile) mFile->remove();
     mFile.reset();
+    mInserted = 0;
     mStopped = mTold = false;
 }
 
 void RecoveryJournal::documentSaved()
 {
+    sourceSettled();
     if (!isWriting()) return;
     mTimer.setEnabled(false);
     // The texts stay at hand: the next edit is again one of the tree that they, with all that was done since, make.
@@ -238,6 +241,7 @@ void RecoveryJournal::endsReplacing()
 
 void RecoveryJournal::posts(const QString &text)
 {
+    sourceSettled();
     mLive = false;
     mHasPosted = true;
     mAwaited = text;
@@ -253,6 +257,7 @@ void RecoveryJournal::surfaceLoaded(const QString &text)
 {
     changes::ChangeTracker &tracker = *ed.tracker();
     tracker.journal = [this](const QByteArray &record) {
+        sourceSettled();
         if (mLive) note(true, [&] { return mWriter->record(record); });
     };
     const QString awaited = std::exchange(mAwaited, QString());
@@ -269,21 +274,40 @@ void RecoveryJournal::surfaceLoaded(const QString &text)
     mLive = true;
 }
 
-void RecoveryJournal::sourceEdited(int position, int type, const char *text, int length)
+/// Comes in front of each change. It names the text that goes, but of the one that comes only the length: that is read
+/// where it stands as soon as it does, at the next change or when the edit is over.
+void RecoveryJournal::sourceEdited(int position, int type, const char *, int length)
 {
     const bool comes = type & QsciScintillaBase::SC_MOD_BEFOREINSERT;
     const bool goes = type & QsciScintillaBase::SC_MOD_BEFOREDELETE;
     if ((!comes && !goes) || mReplacing > 0 || mRecovering || (!mFile && !mStopped)) return;
-    // In the other views the store only follows the surface, whose records are the edits.
-    const bool edit = mState.mCurrentEditView == EditViewEnum::hvSourceEdit;
-    note(edit, [&] {
-        return mWriter->storeEdit(uint64_t(position), goes ? uint64_t(length) : 0,
-                                  comes && text ? QByteArray(text, length) : QByteArray());
-    });
+    sourceSettled();
+    if (comes) {
+        mInsertedAt = position;
+        mInserted = length;
+    } else {
+        note(isSourceEdit(), [&] { return mWriter->storeEdit(uint64_t(position), uint64_t(length), {}); });
+    }
 }
 
-void RecoveryJournal::viewChanged()
+void RecoveryJournal::sourceSettled()
 {
+    if (mInserted == 0) return;
+    const int length = std::exchange(mInserted, 0);
+    const auto *bytes = reinterpret_cast<const char *>(static_cast<intptr_t>(
+        txtHTMLSource.SendScintilla(QsciScintillaBase::SCI_GETRANGEPOINTER, static_cast<unsigned long>(mInsertedAt), length)));
+    note(isSourceEdit(), [&] { return mWriter->storeEdit(uint64_t(mInsertedAt), 0, QByteArray(bytes, length)); });
+}
+
+/// In the other views the store only follows the surface, whose records are the edits.
+bool RecoveryJournal::isSourceEdit() const
+{
+    return mState.mCurrentEditView == EditViewEnum::hvSourceEdit;
+}
+
+void RecoveryJournal::stateChanged()
+{
+    sourceSettled();
     if (!mRecovering) note(false, [] { return QByteArray(); });
 }
 

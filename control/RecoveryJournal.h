@@ -62,11 +62,14 @@ public:
     private:
         RecoveryJournal &mJournal;
     };
+    /// An edit of the store is over.
+    void sourceSettled();
     /// The surface is about to load a text of the store.
     void posts(const QString &text);
     void surfaceLoaded(const QString &text);
     void loadCompleted();
-    void viewChanged();
+    /// The store follows the surface, or another view is shown.
+    void stateChanged();
     /// The control ends.
     void close();
     /// Brings a document back, takes its journal over and goes on with it. False, with nothing taken, if the control
@@ -89,7 +92,8 @@ private:
     void drop();
     void stop(const QString &reason, bool edit);
     void tellStopped();
-    void sourceEdited(int position, int type, const char *text, int length);
+    void sourceEdited(int position, int type, const char *, int length);
+    bool isSourceEdit() const;
     changes::JournalState now() const;
     template <class Encode> void note(bool edit, Encode encode);
     void arm();
@@ -112,6 +116,8 @@ private:
     std::unique_ptr<changes::JournalState> mToldState;
     QString mToldName;
     std::unique_ptr<Recovering> mRecovering;
+    int mInsertedAt = 0; ///< what came into the store and isn't written yet, in bytes of UTF-8
+    int mInserted = 0;
     bool mStopped = false;
     bool mTold = false;
     QString mReason;

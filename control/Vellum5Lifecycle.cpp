@@ -101,7 +101,7 @@ void Vellum5::wireChildren()
     p.text.CreateNewChangeManager = [&p] { p.changes.CreateNewChangeManager(); };
     p.text.KillChangeManager = [&p] { p.changes.KillChangeManager(); };
     p.text.journal = &p.journal;
-    p.views.ViewChanged = [&p] { p.journal.viewChanged(); };
+    p.views.ViewChanged = [&p] { p.journal.stateChanged(); };
     p.journal.showView = [&p](int view) {
         const bool dontPost = std::exchange(p.state.DontPostWhenEditViewChanges, true);
         p.views.setEditView(EditViewEnum(view));

@@ -298,8 +298,8 @@ void tst_recovery::everyKindOfEditComesBack()
         dom::Element *body = editor.control.DOM()->body();
         body->setAttribute(QStringLiteral("class"), QStringLiteral("c \u4e2d"));
         body->insertAdjacentHTML(QStringLiteral("beforeend"), QStringLiteral("<ul><li>x<li>y</ul><!-- c -->"));
-        body->children().front()->setInnerHTML(QStringLiteral("all <i>new</i>"));
-        body->children()[1]->setOuterHTML(QString());
+        body->firstChild()->asElement()->setInnerHTML(QStringLiteral("all <i>new</i>"));
+        body->firstChild()->nextSibling()->asElement()->setOuterHTML(QString());
     }
     compareAfterKill(editor);
     editor.control.DocumentHTML();
