@@ -3,6 +3,7 @@
 
 #include <VellumKit5/CommandManager>
 #include <VellumKit5/Error>
+#include <VellumKit5/Recovery>
 
 #include <QActionGroup>
 #include <QApplication>
@@ -63,7 +64,11 @@ MainWindow::MainWindow() : mControl(new Vellum5(this))
     connect(mControl, &Vellum5::DocumentComplete, this, &MainWindow::loaded);
     connect(mControl, &Vellum5::Change, this, &MainWindow::changed);
     connect(mControl, &Vellum5::ToolsRefreshed, this, &MainWindow::toolsRefreshed);
+    connect(&mControl->Recovery(), &RecoveryJournal::Stopped, this, [this](const QString &message) {
+        statusBar()->showMessage(message); // it stays; a box would take the next keys that somebody types
+    });
     mControl->setAppName(QStringLiteral("VellumPad"));
+    mControl->Recovery().setOn(true);
     newDocument();
     mControl->SetFocusEx();
 }
@@ -238,6 +243,7 @@ bool MainWindow::saveFile(const QString &name)
         const QString text = mControl->DocumentHTML();
         const platform::EncodedText written = platform::FileHelper::writeText(name, text, mFormat);
         mFormat = written.format;
+        mControl->Recovery().documentSaved();
         setCurrentFile(name);
         mRecent.add(name);
         mControl->setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
@@ -249,6 +255,21 @@ bool MainWindow::saveFile(const QString &name)
         QMessageBox::warning(this, tr("Save"), error.description());
         return false;
     }
+}
+
+bool MainWindow::recover(FoundJournal &journal)
+{
+    const QString name = journal.documentName();
+    if (!journal.recover(*mControl)) return false;
+    mFormat = {};
+    try {
+        // The file's own encoding and line ends, if it is still there.
+        if (!name.isEmpty()) mFormat = platform::FileHelper::readText(name).format;
+    } catch (const base::Error &) {
+    }
+    setCurrentFile(name);
+    setChanged(true);
+    return true;
 }
 
 bool MainWindow::save()
@@ -297,6 +318,7 @@ void MainWindow::setCurrentFile(const QString &name)
     mFileName = name;
     mTimeOnDisk = timeOnDisk(name);
     mTimeTold = {};
+    mControl->Recovery().setDocumentName(name);
     setWindowFilePath(name);
     QString title = shownName();
     title.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // a name may hold what marks the place of the asterisk

@@ -10,6 +10,7 @@
 #include <QMainWindow>
 #include <functional>
 
+class FoundJournal;
 class QAction;
 class QMenu;
 
@@ -28,6 +29,8 @@ public:
     /// A page of ours to play with. It is nobody's file: saving asks for a name.
     void openSample();
     bool saveFile(const QString &name);
+    /// Takes over a document that an earlier run left; it counts as changed. False if that can't be.
+    bool recover(FoundJournal &journal);
     const QString &fileName() const { return mFileName; }
 
 protected:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "MainWindow.h"
+#include "Recover.h"
 #include "Tour.h"
 
 #ifdef VELLUMPAD_SCRIPTING
@@ -41,5 +42,6 @@ int main(int argc, char **argv)
         return 1;
     if (tour) return runTour(window);
     window.show();
+    QMetaObject::invokeMethod(&window, [&window] { offerRecovery(window); }, Qt::QueuedConnection);
     return QApplication::exec();
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "vellumpad/MainWindow.h"
 
+#include <VellumKit5/Recovery>
 #include <VellumKit5/Settings>
 
 #include <QAccessible>
@@ -165,6 +166,7 @@ private Q_SLOTS:
     {
         QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         support::SettingsStore::instance().setFolder(path("settings"));
+        RecoveryJournal::setFolder(path("recovery"));
     }
     void init()
     {
