@@ -21,7 +21,7 @@ public:
     std::function<void(bool PostContent)> UpdateCurrentView;
     std::function<void()> CreateNewChangeManager;
     std::function<void()> KillChangeManager;
-    RecoveryJournal *journal = nullptr;
+    RecoveryJournal *journal = nullptr; // never null in a control
 
     QString DocumentHTML();
     void setDocumentHTML(const QString &Text);

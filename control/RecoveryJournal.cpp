@@ -37,6 +37,7 @@ QString &movedFolder()
 struct RecoveryJournal::Recovering {
     changes::Journal journal;
     std::unique_ptr<JournalFile> file;
+    bool loaded = false; ///< the surface has the text
 };
 
 RecoveryJournal::RecoveryJournal(ControlState &state, Host &host, HTMLEditor &surface, CodeMax &source)
@@ -262,8 +263,7 @@ void RecoveryJournal::surfaceLoaded(const QString &text)
     };
     const QString awaited = std::exchange(mAwaited, QString());
     if (mRecovering) {
-        for (const QByteArray &record : mRecovering->journal.records) tracker.play(record, true);
-        adopt();
+        mRecovering->loaded = true;
     } else if (awaited.isNull() || awaited != text) {
         // The surface went to another page by itself.
         drop();
@@ -271,7 +271,7 @@ void RecoveryJournal::surfaceLoaded(const QString &text)
         mPosted = text;
         begin();
     }
-    mLive = true;
+    mLive = !mRecovering;
 }
 
 /// Comes in front of each change. It names the text that goes, but of the one that comes only the length: that is read
@@ -341,7 +341,7 @@ bool RecoveryJournal::recover(changes::Journal &journal, std::unique_ptr<Journal
     if (!mState.mInitialised || mState.mTerminated || mState.mTerminating || !journal.isReadable()) return false;
     startsReplacing();
     --mReplacing;
-    mRecovering = std::make_unique<Recovering>(Recovering{std::exchange(journal, {}), std::move(file)});
+    mRecovering = std::make_unique<Recovering>(Recovering{std::exchange(journal, {}), std::move(file), false});
     const changes::Journal &from = mRecovering->journal;
     mName = from.documentName;
     mState.mBodyMode = from.state.bodyMode;
@@ -362,6 +362,14 @@ bool RecoveryJournal::recover(changes::Journal &journal, std::unique_ptr<Journal
     return true;
 }
 
+void RecoveryJournal::loadCompletes()
+{
+    if (!mRecovering || !mRecovering->loaded) return;
+    for (const QByteArray &record : mRecovering->journal.records) ed.tracker()->play(record, true);
+    adopt();
+    mLive = true;
+}
+
 /// The journal that was found is gone on with: at no moment does the document stand in none.
 void RecoveryJournal::adopt()
 {
@@ -377,7 +385,7 @@ void RecoveryJournal::adopt()
 
 void RecoveryJournal::loadCompleted()
 {
-    if (!mRecovering) return;
+    if (!mRecovering || mRecovering->file) return; // the load of something else has ended
     const std::unique_ptr<Recovering> done = std::move(mRecovering);
     mState.mHTMLEdIsDirty = mState.mHTMLEdIsDirty || done->journal.state.surfaceAhead;
     mState.mDirty = mState.mDirty || done->journal.state.dirty;

@@ -67,6 +67,8 @@ public:
     /// The surface is about to load a text of the store.
     void posts(const QString &text);
     void surfaceLoaded(const QString &text);
+    /// Around what the control does at the end of a load.
+    void loadCompletes();
     void loadCompleted();
     /// The store follows the surface, or another view is shown.
     void stateChanged();

@@ -49,6 +49,7 @@ Vellum5::Parts::Parts(Vellum5 &control)
       commands(host, state.mSpecificElement), journal(state, host, *ed, *txtHTMLSource)
 {
     timSpellCheck.setInterval(750);
+    text.journal = &journal;
 }
 
 Vellum5::Vellum5(QWidget *parent, HostContainer *Container)
@@ -100,7 +101,6 @@ void Vellum5::wireChildren()
     p.text.UpdateCurrentView = [&p](bool PostContent) { p.views.UpdateCurrentView(PostContent); };
     p.text.CreateNewChangeManager = [&p] { p.changes.CreateNewChangeManager(); };
     p.text.KillChangeManager = [&p] { p.changes.KillChangeManager(); };
-    p.text.journal = &p.journal;
     p.views.ViewChanged = [&p] { p.journal.stateChanged(); };
     p.journal.showView = [&p](int view) {
         const bool dontPost = std::exchange(p.state.DontPostWhenEditViewChanges, true);
@@ -126,6 +126,7 @@ void Vellum5::wireChildren()
     connect(p.ed, &HTMLEditor::documentLoaded, this, [&p](const QString &text) { p.journal.surfaceLoaded(text); });
     connect(p.ed, &HTMLEditor::documentComplete, this, [&p](const QString &url) {
         EditScope scope;
+        p.journal.loadCompletes();
         p.text.ed_DocumentComplete(url);
         p.journal.loadCompleted();
     });
