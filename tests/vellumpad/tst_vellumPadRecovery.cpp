@@ -126,6 +126,7 @@ void tst_vellumPadRecovery::drive(const std::function<void(RecoveryDialog &)> &r
         if (!dialog || !dialog->isVisible()) return;
         timer->deleteLater();
         timer->stop();
+        QApplication::setActiveWindow(dialog); // there is no window system to do it
         run(*dialog);
         if (dialog->isVisible()) dialog->reject();
     });
