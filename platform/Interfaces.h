@@ -5,6 +5,10 @@
 #include "engine/dom/EventObject.h"
 #include "platform/Dispatch.h"
 
+namespace ranges {
+class TextRange;
+}
+
 /// The published interfaces of the document model: their tables, and its objects as late-bound values.
 ///
 /// Numbers count from a base of each interface, so that those of one object never meet. They are for good.
@@ -20,6 +24,7 @@ Value valueOf(dom::Node *node);
 Value valueOf(const base::Ref<dom::ElementCollection> &collection);
 Value valueOf(const base::Ref<dom::AttributeNode> &attribute);
 Value valueOf(const base::Ref<dom::EventObject> &event);
+Value valueOf(const base::Ref<ranges::TextRange> &range);
 
 /// The node behind a value; null for Nothing. Raises `typeMismatch` for anything else.
 dom::Node *nodeOf(const Value &value);

@@ -52,6 +52,9 @@ const Interface &selection();
 const Interface &textRange();
 const Interface &controlRange();
 Value selectionOf(dom::Document &document);
+Value displayServicesOf(dom::Document &document);
+Value markupServicesOf(dom::Document &document);
+/// Over the element's text.
 Value createTextRange(dom::Element &body);
 Value createControlRange(dom::Element &body);
 

@@ -108,7 +108,9 @@ const Interface &document2()
                 [](D &d, const Value &v) {
                     const std::vector<Element *> &titles = d.elementsNamed("title");
                     if (!titles.empty()) titles.front()->setInnerText(v.toString());
-                });
+                })
+            .read(112, "displayServices", displayServicesOf)
+            .read(113, "markupServices", markupServicesOf);
         return interface;
     }();
     return *made;

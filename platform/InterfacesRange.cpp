@@ -359,3 +359,12 @@ Value createControlRange(dom::Element &element)
 }
 
 } // namespace platform::interfaces
+
+namespace platform {
+
+Value valueOf(const base::Ref<ranges::TextRange> &range)
+{
+    return interfaces::rangeValue(range);
+}
+
+} // namespace platform

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/surface/View.h"
 #include "platform/Contract.h"
 #include "platform/DispatchObject.h"
 #include "platform/DispatchTable.h"
 #include "platform/Interfaces.h"
 #include "platform/Published.h"
+#include "platform/SelectedCells.h"
 #include "platform/SurfaceNumbers.h"
 
 #include <algorithm>
@@ -88,6 +90,11 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
                 [](S &s, Arguments &a) { return Value((s.queryStatus(a[0].toInt()) & statusEnabled) != 0); })
         .method(memberExecCommand, "ExecCommand(Command, [ShowUI], [Value])",
                 [](S &s, Arguments &a) { return Value(s.execCommand(a[0].toInt(), textOr(a[2]))); });
+    table.read(memberSelectedCells, "SelectedCells", [](S &s) { return selectedCellsValue(s); })
+        .property(
+            memberSelectedArea, "SelectedArea",
+            [](S &s) { return valueOf(static_cast<dom::Node *>(s.view().selectedArea())); },
+            [](S &s, const Value &v) { s.view().selectArea(elementOf(v)); });
     // What formats and pastes joins the surface with the engine's commands.
     for (const auto &[id, name] :
          std::initializer_list<std::pair<int, const char *>>{{6, "Cut"},
@@ -113,8 +120,6 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
                                                              {31, "Outdent"},
                                                              {32, "BulletedList"},
                                                              {33, "NumberedList"},
-                                                             {memberSelectedCells, "SelectedCells"},
-                                                             {memberSelectedArea, "SelectedArea"},
                                                              {memberHotSpotTool, "HotSpotTool"},
                                                              {128, "PasteRows"},
                                                              {129, "PasteCells"},

@@ -59,6 +59,17 @@ bool RangeEdits::selectionStandsIn(const TextRange &range) const
            index.countBefore(span.end) <= index.countBefore(mine.end);
 }
 
+Span RangeEdits::contentOf(const TextRange &range) const
+{
+    TextIndex &index = range.index();
+    const uint32_t start = range.startCount(), end = range.endCount();
+    if (start >= end) return {};
+    uint32_t firstBase = 0, lastBase = 0;
+    const TextRun *first = index.runAt(start, &firstBase), *last = index.runAt(end - 1, &lastBase);
+    return {TextIndex::placeIn(*first, start - firstBase, TextIndex::Side::Following),
+            TextIndex::placeIn(*last, std::min(end - lastBase, last->content()), TextIndex::Side::Preceding)};
+}
+
 RangeEdits::Taken RangeEdits::takeOut(TextRange &range)
 {
     TextIndex &index = range.index();
@@ -66,15 +77,14 @@ RangeEdits::Taken RangeEdits::takeOut(TextRange &range)
     const Position given = range.span().start;
     Taken taken{mContent.normalised(mContent.contains(given) ? given : Position::endOf(*index.limit())), {}};
     if (start >= end) return taken;
-    uint32_t firstBase = 0, lastBase = 0;
-    const TextRun *first = index.runAt(start, &firstBase), *last = index.runAt(end - 1, &lastBase);
+    uint32_t lastBase = 0;
+    const TextRun *last = index.runAt(end - 1, &lastBase);
     if (last->endsWithBoundary() && end == lastBase + last->length + 1) {
         Element *block = range.parentElement();
         if (block && block != index.limit() && index.countBefore(Position::startOf(*block)) >= start)
             taken.whole = Ref<Element>(block);
     }
-    const Span span{TextIndex::placeIn(*first, start - firstBase, TextIndex::Side::Following),
-                    TextIndex::placeIn(*last, std::min(end - lastBase, last->content()), TextIndex::Side::Preceding)};
+    const Span span = contentOf(range);
     if (span.isEmpty()) {
         taken.place = span.start;
         return taken;
@@ -106,32 +116,48 @@ void RangeEdits::settle(TextRange &range, const Position &p, bool withSelection)
     if (withSelection) mEditor.selection().setCaret(p);
 }
 
+Position RangeEdits::insertLines(Position p, const QString &text)
+{
+    Element *container = mContent.container(p);
+    if (container && container->isHeldOpen()) mTracker.setHeldOpen(*container, false);
+    const bool preserved = p.text() && mContent.rendering().preservesSpace(*p.text());
+    const QStringList lines = preserved ? QStringList{text} : text.split(u'\n');
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        if (i > 0) {
+            const Ref<Element> lineBreak = mEditor.document().createElement(QStringLiteral("br"));
+            const Position at = mEdits.splitText(p);
+            mEdits.insert(at, *lineBreak);
+            p = Position::after(*lineBreak);
+        }
+        if (!lines[i].isEmpty()) p = insertText(p, lines[i]);
+    }
+    return p;
+}
+
 void RangeEdits::write(TextRange &range, const QString &given)
 {
     QString text = given;
     text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n');
     if (range.isEmpty() && text.isEmpty()) return;
     const bool withSelection = selectionStandsIn(range);
+    RangeKeeper &keeper = mEditor.selection().keeper();
     Assignment assignment(mEditor.document());
-    Position p = takeOut(range).place;
+    Position p;
+    const Span content = contentOf(range);
     if (text.isEmpty()) {
-        LivePosition live(mEditor.selection().keeper(), p);
+        p = takeOut(range).place;
+        LivePosition live(keeper, p);
         mEdits.showLine(p);
         p = live;
+    } else if (content.start.inText() && !content.isEmpty()) {
+        // In front of what goes, so that it has the style of what it replaces.
+        const LivePosition end(keeper, content.end);
+        p = insertLines(content.start, text);
+        const LivePosition behind(keeper, p);
+        if (!(p == end.position())) mRemoval.remove({p, end});
+        p = behind;
     } else {
-        Element *container = mContent.container(p);
-        if (container && container->isHeldOpen()) mTracker.setHeldOpen(*container, false);
-        const bool preserved = p.text() && mContent.rendering().preservesSpace(*p.text());
-        const QStringList lines = preserved ? QStringList{text} : text.split(u'\n');
-        for (qsizetype i = 0; i < lines.size(); ++i) {
-            if (i > 0) {
-                const Ref<Element> lineBreak = mEditor.document().createElement(QStringLiteral("br"));
-                const Position at = mEdits.splitText(p);
-                mEdits.insert(at, *lineBreak);
-                p = Position::after(*lineBreak);
-            }
-            if (!lines[i].isEmpty()) p = insertText(p, lines[i]);
-        }
+        p = insertLines(takeOut(range).place, text);
     }
     assignment.done();
     settle(range, p, withSelection);

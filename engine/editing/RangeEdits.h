@@ -29,7 +29,10 @@ private:
     };
     bool holdsTwoCells(ranges::TextRange &range) const;
     bool selectionStandsIn(const ranges::TextRange &range) const;
+    /// What it covers, without the boundary that ends it; empty where that is all.
+    ranges::Span contentOf(const ranges::TextRange &range) const;
     Taken takeOut(ranges::TextRange &range);
+    ranges::Position insertLines(ranges::Position p, const QString &text);
     ranges::Position insertText(const ranges::Position &p, const QString &text);
     ranges::Position insertInline(const ranges::Position &p, dom::DocumentFragment &content);
     ranges::Position insertBlocks(const Taken &taken, dom::DocumentFragment &content);

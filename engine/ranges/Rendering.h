@@ -18,6 +18,8 @@ public:
     virtual bool preservesSpace(const dom::Text &text) const = 0;
     /// Whether the node by itself takes part; asked from the outside inwards.
     virtual bool isDisplayed(const dom::Node &node) const = 0;
+    /// Asked before a row of questions: brings what they go by up to date.
+    virtual void refresh() const {}
 
     static const Rendering &byHtml();
 };

@@ -95,6 +95,27 @@ void TextIndex::heldOpenChanged(Element &element)
     note(element);
 }
 
+void TextIndex::styleChanged(Element &element, bool reframed)
+{
+    if (!mBuilt) return;
+    if (reframed) {
+        for (Node *at = &element; at; at = at->next(&element))
+            if (TextRun *run = runOf(*at)) drop(run, true);
+        note(element);
+        return;
+    }
+    // Blanks may collapse that didn't, or the other way about.
+    bool asked = false, preserved = false;
+    for (Node *child = element.firstChild(); child; child = child->nextSibling()) {
+        if (!child->isText()) continue;
+        if (!std::exchange(asked, true)) preserved = mRendering.preservesSpace(static_cast<const Text &>(*child));
+        TextRun *run = runOf(*child);
+        if (run ? run->pieces[firstPieceOf(*run, *child)].preserved == preserved : !preserved) continue;
+        if (run) drop(run, true);
+        note(*child);
+    }
+}
+
 void TextIndex::drop(TextRun *run, bool tell)
 {
     for (const TextRun::Piece &piece : run->pieces)
@@ -124,6 +145,7 @@ void TextIndex::keep(std::unique_ptr<TextRun> made, TextRun *behind)
 
 void TextIndex::ensure()
 {
+    mRendering.refresh(); // tells what has changed
     if (!mBuilt) {
         rebuild();
         return;

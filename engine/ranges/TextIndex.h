@@ -95,6 +95,9 @@ public:
     /// "" if a fresh index says the same, else the first difference.
     QString compareWithFresh();
 
+    /// The element is shown in another way: `reframed` if it, or what is in it, stands in other lines or not at all.
+    void styleChanged(dom::Element &element, bool reframed);
+
     // dom::MutationObserver
     void inserted(dom::Node &node) override;
     void removed(dom::Node &node, dom::ParentNode &parent, dom::Node *before) override;

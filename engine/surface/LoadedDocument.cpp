@@ -6,10 +6,11 @@ namespace surface {
 LoadedDocument::LoadedDocument(base::Ref<dom::Document> document)
     : mDocument(std::move(document)), mStyles(*mDocument), mStyleSource(mStyles.engine()),
       mTree(*mDocument, mStyleSource),
-      mQueries(mTree), mKeeper(*mDocument), mSelection(mKeeper), mTracker(*mDocument), mEditor(mTracker, mSelection)
+      mQueries(mTree), mRendering(mStyleSource), mKeeper(*mDocument), mSelection(mKeeper, mRendering), mTracker(*mDocument), mEditor(mTracker, mSelection)
 {
     mTree.setImageSource(&mImages);
     mTracker.setSelectionKeeper(&mSelection);
+    mRendering.setIndex(&mSelection.index());
 }
 
 LoadedDocument::~LoadedDocument()

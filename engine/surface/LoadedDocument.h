@@ -11,6 +11,7 @@
 #include "engine/ranges/RangeKeeper.h"
 #include "engine/ranges/SelectionObject.h"
 #include "engine/surface/ImageStore.h"
+#include "engine/surface/StyledRendering.h"
 
 namespace surface {
 
@@ -36,6 +37,7 @@ private:
     ImageStore mImages;
     layout::LayoutTree mTree;
     layout::Queries mQueries;
+    StyledRendering mRendering;
     ranges::RangeKeeper mKeeper;
     ranges::SelectionObject mSelection;
     changes::ChangeTracker mTracker;

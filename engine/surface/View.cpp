@@ -26,7 +26,10 @@ constexpr double smallestZoom = 0.25;
 constexpr double largestZoom = 5;
 } // namespace
 
-View::View(HTMLEditor &widget) : mWidget(widget), mRangeView(std::make_unique<RangeView>(*this)), mDrag(pageForDrag()) {}
+View::View(HTMLEditor &widget) : mWidget(widget), mRangeView(std::make_unique<RangeView>(*this)), mDrag(pageForDrag())
+{
+    mCells.changed = [this] { cellsChanged(); };
+}
 
 View::~View() = default;
 
@@ -36,6 +39,9 @@ void View::documentGone()
     mHovered = nullptr;
     mPressedAnchor = nullptr;
     mComposition.clear();
+    mCells.forget();
+    mArea = nullptr;
+    mPressed = nullptr;
     mDrag.end();
     mGoalX = -1;
 }
@@ -279,6 +285,11 @@ void View::edited()
 void View::selectionMoved()
 {
     if (!mLoaded) return;
+    // What else is selected takes the place of cells and areas.
+    if (!mSelectingCells) {
+        mCells.clear();
+        mArea = nullptr;
+    }
     showCaret();
     Q_EMIT mWidget.selectionChanged();
     Q_EMIT mWidget.commandStateChange(-1, true);

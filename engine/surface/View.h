@@ -4,6 +4,7 @@
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
 #include "engine/ranges/Position.h"
+#include "engine/surface/CellSelection.h"
 #include "engine/surface/Composition.h"
 #include "engine/surface/DragSelect.h"
 
@@ -57,6 +58,10 @@ public:
     QRect elementRect(const dom::Element &element);
     bool isControlSelected() const;
     editing::Editor *editor();
+    CellSelection &cellSelection() { return mCells; }
+    /// The area of an image map that is selected; null for none, and once it has gone.
+    dom::Element *selectedArea() const;
+    void selectArea(dom::Element *area);
 
     bool wantsKey(const QKeyEvent &event) const;
     bool keyPressed(const QKeyEvent &event);
@@ -132,6 +137,11 @@ private:
     ranges::Span spanAt(const ranges::Position &at, DragSelect::Unit unit);
     void selectUnit(DragSelect::Unit unit, const ranges::Position &at);
     void updateCursor(QPoint client);
+    void cellsChanged();
+    bool dragCells(QPoint client);
+    bool selectFromEdge(QPoint client);
+    bool moveCells(const QKeyEvent &event);
+    bool extendOverCells(const ranges::Position &to);
     dom::Element *anchorOf(dom::Element *element) const;
 
     HTMLEditor &mWidget;
@@ -144,6 +154,10 @@ private:
     double mZoom = 1;
     double mGoalX = -1; ///< where Up and Down aim; negative: at the caret
     DragSelect mDrag;
+    CellSelection mCells;
+    bool mSelectingCells = false; ///< the text selection moves because of the cells
+    base::Ref<dom::Element> mArea;
+    base::Ref<dom::Node> mPressed; ///< where the button went down
     int mClicks = 0;
     QPoint mLastClick;
     QElapsedTimer mClickTimer;

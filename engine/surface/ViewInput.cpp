@@ -125,6 +125,7 @@ bool View::moveByKey(const QKeyEvent &event)
 {
     ranges::SelectionObject &selection = mLoaded->selection();
     if (event.matches(QKeySequence::SelectAll)) return mLoaded->editor().selectAll();
+    if (moveCells(event)) return true;
     if (selection.type() != ranges::SelectionObject::Type::Text) return false;
     if (!mLoaded->editor().canEdit() && !(event.modifiers() & Qt::ShiftModifier)) return false;
     const Extend extend = event.modifiers() & Qt::ShiftModifier ? Extend::Yes : Extend::No;
@@ -161,6 +162,7 @@ bool View::moveByKey(const QKeyEvent &event)
     case Qt::Key_PageDown: to = lineMove(from, page); break;
     default: return false;
     }
+    if (extend == Extend::Yes && extendOverCells(to)) return true;
     moveTo(to, extend);
     return true;
 }
@@ -192,8 +194,11 @@ void View::mousePressed(const QMouseEvent &event)
     mClicks = again ? mClicks % 3 + 1 : 1;
     mClickTimer.start();
     mLastClick = at;
+    if (selectFromEdge(at)) return;
+    mPressed = elementAt(at);
     const Position position = positionAt(toDocument(event.position()));
     if (!position) return;
+    mCells.clear();
     if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     moveTo(position, event.modifiers() & Qt::ShiftModifier ? Extend::Yes : Extend::No);
     mDrag.begin(mLoaded->selection().anchor());
@@ -242,7 +247,10 @@ DragSelect::Page View::pageForDrag()
 
 void View::mouseMoved(const QMouseEvent &event)
 {
-    if (mDrag.isActive() && event.buttons() & Qt::LeftButton) return mDrag.moveTo(event.position());
+    if (mDrag.isActive() && event.buttons() & Qt::LeftButton) {
+        if (!dragCells(event.position().toPoint())) mDrag.moveTo(event.position());
+        return;
+    }
     updateCursor(event.position().toPoint());
 }
 

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/surface/CellSelection.h"
+
+#include "base/Error.h"
+#include "engine/css/StyleObject.h"
+#include "engine/dom/HtmlElements.h"
+#include "engine/dom/Names.h"
+
+#include <set>
+
+namespace surface {
+
+using namespace dom;
+using base::Error;
+
+namespace {
+
+constexpr int widestSpan = 1000; // what HTML allows for columns; it bounds the work on any input
+
+bool isDataCell(const Element &element)
+{
+    return element.is(names::td) || element.is(names::th);
+}
+
+Element &tableOfCell(const Element &cell)
+{
+    Element *table = isDataCell(cell) ? dom::table::tableOf(cell) : nullptr;
+    if (!table || !cell.isConnected())
+        throw Error(base::errors::invalidCall, QStringLiteral("Only cells of a table can be selected as cells."));
+    return *table;
+}
+
+std::vector<base::Ref<Element>> held(const std::vector<Element *> &cells)
+{
+    return {cells.begin(), cells.end()};
+}
+
+} // namespace
+
+// The grid
+
+TableGrid::Area TableGrid::Area::united(const Area &o) const
+{
+    return {std::min(left, o.left), std::min(top, o.top), std::max(right, o.right), std::max(bottom, o.bottom)};
+}
+
+TableGrid::TableGrid(const Element &table)
+{
+    std::set<std::pair<int, int>> taken; // row, column of cells that reach down
+    const std::vector<Element *> rows = dom::table::rows(table);
+    for (int row = 0; row < int(rows.size()); ++row) {
+        int column = 0;
+        for (Element *cell : dom::table::cells(*rows[size_t(row)])) {
+            while (taken.count({row, column}))
+                ++column;
+            const int across = std::clamp(dom::table::span(*cell, names::colspan), 1, widestSpan);
+            const int down = std::clamp(dom::table::span(*cell, names::rowspan), 1, int(rows.size()) - row);
+            mPlaces.push_back({cell, {column, row, column + across - 1, row + down - 1}});
+            for (int y = 1; y < down; ++y)
+                for (int x = 0; x < across; ++x)
+                    taken.insert({row + y, column + x});
+            column += across;
+        }
+    }
+}
+
+const TableGrid::Place *TableGrid::find(const Element &cell) const
+{
+    for (const Place &place : mPlaces)
+        if (place.cell == &cell) return &place;
+    return nullptr;
+}
+
+Element *TableGrid::at(int column, int row) const
+{
+    for (const Place &place : mPlaces)
+        if (place.area.meets({column, row, column, row})) return place.cell;
+    return nullptr;
+}
+
+TableGrid::Area TableGrid::closed(Area area) const
+{
+    for (bool grown = true; grown;) {
+        grown = false;
+        for (const Place &place : mPlaces) {
+            if (!place.area.meets(area) || area.united(place.area) == area) continue;
+            area = area.united(place.area);
+            grown = true;
+        }
+    }
+    return area;
+}
+
+std::vector<Element *> TableGrid::cellsIn(const Area &area) const
+{
+    std::vector<Element *> cells;
+    for (const Place &place : mPlaces)
+        if (place.area.meets(area)) cells.push_back(place.cell);
+    return cells;
+}
+
+// The selection
+
+std::vector<base::Ref<Element>> CellSelection::cells() const
+{
+    std::vector<base::Ref<Element>> there;
+    for (const auto &cell : mCells)
+        if (cell->isConnected()) there.push_back(cell);
+    return there;
+}
+
+void CellSelection::show(Element &cell, bool selected)
+{
+    css::StyleObject *style = cell.runtimeStyle();
+    if (!style) return;
+    style->setAttribute(QStringLiteral("backgroundColor"), selected ? QStringLiteral("#0a246a") : QString());
+    style->setAttribute(QStringLiteral("color"), selected ? QStringLiteral("#ffffff") : QString());
+}
+
+void CellSelection::set(std::vector<base::Ref<Element>> cells)
+{
+    for (const auto &cell : cells)
+        tableOfCell(*cell);
+    std::sort(cells.begin(), cells.end(), [](const auto &a, const auto &b) { return a->compareOrder(*b) < 0; });
+    if (cells == mCells) return;
+    for (const auto &old : mCells)
+        if (std::find(cells.begin(), cells.end(), old) == cells.end()) show(*old, false);
+    for (const auto &cell : cells)
+        if (std::find(mCells.begin(), mCells.end(), cell) == mCells.end()) show(*cell, true);
+    mCells = std::move(cells);
+    if (changed) changed();
+}
+
+void CellSelection::add(Element &cell)
+{
+    tableOfCell(cell);
+    std::vector<base::Ref<Element>> all = cells();
+    for (const auto &there : all)
+        if (there.get() == &cell) return;
+    all.emplace_back(&cell);
+    if (!mAnchor) mAnchor = &cell;
+    mFocus = &cell;
+    set(std::move(all));
+}
+
+void CellSelection::selectRow(Element &cell)
+{
+    const TableGrid grid(tableOfCell(cell));
+    const TableGrid::Place *place = grid.find(cell);
+    if (!place) return;
+    std::vector<Element *> row;
+    for (const TableGrid::Place &other : grid.places())
+        if (other.area.top == place->area.top) row.push_back(other.cell);
+    mAnchor = row.front();
+    mFocus = row.back();
+    set(held(row));
+}
+
+void CellSelection::selectColumn(Element &cell)
+{
+    const TableGrid grid(tableOfCell(cell));
+    const TableGrid::Place *place = grid.find(cell);
+    if (!place) return;
+    std::vector<Element *> column;
+    for (const TableGrid::Place &other : grid.places())
+        if (other.area.left <= place->area.left && place->area.left <= other.area.right) column.push_back(other.cell);
+    mAnchor = column.front();
+    mFocus = column.back();
+    set(held(column));
+}
+
+void CellSelection::selectBlock(Element &anchor, Element &focus)
+{
+    Element &table = tableOfCell(anchor);
+    if (&tableOfCell(focus) != &table)
+        throw Error(base::errors::invalidCall, QStringLiteral("The cells belong to different tables."));
+    const TableGrid grid(table);
+    const TableGrid::Place *from = grid.find(anchor), *to = grid.find(focus);
+    if (!from || !to) return;
+    mAnchor = &anchor;
+    mFocus = &focus;
+    set(held(grid.cellsIn(grid.closed(from->area.united(to->area)))));
+}
+
+bool CellSelection::moveFocus(int columns, int rows)
+{
+    if (!mAnchor || !mFocus || !mAnchor->isConnected() || !mFocus->isConnected()) return false;
+    const TableGrid grid(tableOfCell(*mFocus));
+    const TableGrid::Place *place = grid.find(*mFocus);
+    if (!place) return false;
+    const int column = columns > 0 ? place->area.right + columns : place->area.left + columns;
+    const int row = rows > 0 ? place->area.bottom + rows : place->area.top + rows;
+    Element *next = grid.at(column, row);
+    if (!next) return false;
+    selectBlock(*mAnchor, *next);
+    return true;
+}
+
+void CellSelection::clear()
+{
+    mAnchor = nullptr;
+    mFocus = nullptr;
+    set({});
+}
+
+void CellSelection::forget()
+{
+    mAnchor = nullptr;
+    mFocus = nullptr;
+    mCells.clear();
+}
+
+Element *CellSelection::cellAround(Node *node)
+{
+    for (Element *at = node ? (node->isElement() ? node->asElement() : node->parentElement()) : nullptr; at;
+         at = at->parentElement())
+        if (isDataCell(*at)) return at;
+    return nullptr;
+}
+
+std::pair<Element *, Element *> CellSelection::cellsOfOneTable(Node *a, Node *b)
+{
+    for (Element *first = cellAround(a); first; first = cellAround(first->parentElement())) {
+        const Element *table = dom::table::tableOf(*first);
+        if (!table || !b || !table->contains(*b)) continue;
+        for (Element *second = cellAround(b); second; second = cellAround(second->parentElement()))
+            if (dom::table::tableOf(*second) == table)
+                return first == second ? std::pair<Element *, Element *>() : std::pair(first, second);
+        return {};
+    }
+    return {};
+}
+
+} // namespace surface

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/dom/Element.h"
+
+#include <functional>
+#include <vector>
+
+namespace surface {
+
+/// Cells that are selected as such, beside the text selection: by a drag from one into another, with Shift and the
+/// arrows, from a table's edges, by program. They show by their runtime style, which is in no text.
+///
+/// A cell that leaves the document is no longer one of them.
+class CellSelection
+{
+public:
+    CellSelection() = default;
+    ~CellSelection() { forget(); }
+    CellSelection(const CellSelection &) = delete;
+    CellSelection &operator=(const CellSelection &) = delete;
+
+    bool isEmpty() const { return cells().empty(); }
+    /// In the order of the document.
+    std::vector<base::Ref<dom::Element>> cells() const;
+
+    // Each fails with `base::Error` for what isn't a TD or TH of a table.
+    void add(dom::Element &cell);
+    void select(dom::Element &cell) { set({base::Ref<dom::Element>(&cell)}); }
+    /// All cells of the row, or column, in which the cell stands.
+    void selectRow(dom::Element &cell);
+    void selectColumn(dom::Element &cell);
+    /// The smallest rectangle of the table that holds both, whole spanned cells included. They must be of one table.
+    void selectBlock(dom::Element &anchor, dom::Element &focus);
+    /// Moves the focus of a block by so many columns and rows; false where there is no cell.
+    bool moveFocus(int columns, int rows);
+    dom::Element *anchor() const { return mAnchor.get(); }
+    void clear();
+    /// Forgets them without telling anybody: their document goes.
+    void forget();
+
+    /// Told after the set has changed.
+    std::function<void()> changed;
+
+    /// The cell around a node, of whatever table; null where there is none. `outermost` null: the innermost.
+    static dom::Element *cellAround(dom::Node *node);
+    /// The two cells of one table that stand around the nodes; both null where there are none or it is the same one.
+    static std::pair<dom::Element *, dom::Element *> cellsOfOneTable(dom::Node *a, dom::Node *b);
+
+private:
+    void set(std::vector<base::Ref<dom::Element>> cells);
+    static void show(dom::Element &cell, bool selected);
+
+    std::vector<base::Ref<dom::Element>> mCells;
+    base::Ref<dom::Element> mAnchor;
+    base::Ref<dom::Element> mFocus;
+};
+
+/// Where the cells of a table stand, spans counted.
+class TableGrid
+{
+public:
+    explicit TableGrid(const dom::Element &table);
+    struct Area
+    {
+        int left = 0, top = 0, right = 0, bottom = 0; ///< inclusive
+        bool meets(const Area &o) const
+        {
+            return left <= o.right && o.left <= right && top <= o.bottom && o.top <= bottom;
+        }
+        Area united(const Area &o) const;
+        friend bool operator==(const Area &, const Area &) = default;
+    };
+    struct Place
+    {
+        dom::Element *cell;
+        Area area;
+    };
+    const std::vector<Place> &places() const { return mPlaces; }
+    /// Null for a cell of another table.
+    const Place *find(const dom::Element &cell) const;
+    dom::Element *at(int column, int row) const;
+    /// Grown until no cell reaches over its edge.
+    Area closed(Area area) const;
+    std::vector<dom::Element *> cellsIn(const Area &area) const;
+
+private:
+    std::vector<Place> mPlaces;
+};
+
+} // namespace surface

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "engine/layout/StyleSource.h"
+#include "engine/ranges/TextIndex.h"
+
+namespace surface {
+
+/// How content is shown by its computed styles: what stands on lines of its own, keeps its blanks, or isn't there. Tells
+/// an index of what changes.
+class StyledRendering final : public ranges::Rendering, public css::StyleListener
+{
+public:
+    explicit StyledRendering(layout::StyleSource &styles);
+    ~StyledRendering() override;
+    /// Who is told; null for nobody. Not owned.
+    void setIndex(ranges::TextIndex *index) { mIndex = index; }
+
+    bool isBlock(const dom::Element &element) const override;
+    bool preservesSpace(const dom::Text &text) const override;
+    bool isDisplayed(const dom::Node &node) const override;
+    void refresh() const override;
+
+    void styleChanged(dom::Element &element, css::Difference difference) override;
+
+private:
+    layout::StyleSource &mStyles;
+    ranges::TextIndex *mIndex = nullptr;
+};
+
+} // namespace surface

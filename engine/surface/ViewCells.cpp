@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/dom/HtmlElements.h"
+#include "engine/dom/Names.h"
+#include "engine/ranges/Movement.h"
+#include "engine/surface/HTMLEditor.h"
+#include "engine/surface/LoadedDocument.h"
+#include "engine/surface/View.h"
+
+#include <QKeyEvent>
+#include <QScopedValueRollback>
+
+// Selecting cells, and areas of image maps.
+
+namespace surface {
+
+namespace {
+constexpr int edgeReach = 5; // client pixels around a table's edge in which a press means its rows or columns
+}
+
+void View::cellsChanged()
+{
+    if (!mLoaded) return;
+    mWidget.viewport()->update();
+    Q_EMIT mWidget.cellSelectionChanged();
+    Q_EMIT mWidget.commandStateChange(-1, true);
+}
+
+dom::Element *View::selectedArea() const
+{
+    return mArea && mArea->isConnected() ? mArea.get() : nullptr;
+}
+
+void View::selectArea(dom::Element *area)
+{
+    if (mArea.get() == area) return;
+    mArea = area;
+    if (area) mCells.clear();
+    Q_EMIT mWidget.selectionChanged();
+}
+
+bool View::dragCells(QPoint client)
+{
+    dom::Element *over = elementAt(client);
+    if (!mPressed || !mPressed->isConnected() || !over) return false;
+    const auto [from, to] = CellSelection::cellsOfOneTable(mPressed.get(), over);
+    if (!from) {
+        mCells.clear();
+        return false;
+    }
+    // The text selection stays a caret where the drag began.
+    const QScopedValueRollback<bool> selecting(mSelectingCells, true);
+    ranges::SelectionObject &selection = mLoaded->selection();
+    if (selection.isRange()) selection.setCaret(selection.anchor());
+    mCells.selectBlock(*from, *to);
+    return true;
+}
+
+bool View::selectFromEdge(QPoint client)
+{
+    if (mWidget.editMode() != dom::EditMode::Edit) return false;
+    for (const bool fromLeft : {true, false}) {
+        const QPoint inside = client + (fromLeft ? QPoint(edgeReach + 2, 0) : QPoint(0, edgeReach + 2));
+        dom::Element *cell = CellSelection::cellAround(elementAt(inside));
+        dom::Element *table = cell ? dom::table::tableOf(*cell) : nullptr;
+        if (!table || !table->isContentEditable()) continue;
+        const QRect box = elementRect(*table);
+        const int away = fromLeft ? client.x() - box.left() : client.y() - box.top();
+        if (away < -edgeReach || away > 1) continue;
+        const QScopedValueRollback<bool> selecting(mSelectingCells, true);
+        ranges::SelectionObject &selection = mLoaded->selection();
+        if (!selection.isCaret()) selection.setCaret(ranges::Position::startOf(*cell));
+        fromLeft ? mCells.selectRow(*cell) : mCells.selectColumn(*cell);
+        mDrag.end();
+        return true;
+    }
+    return false;
+}
+
+/// Shift and an arrow while cells are selected.
+bool View::moveCells(const QKeyEvent &event)
+{
+    if (mCells.isEmpty() || !(event.modifiers() & Qt::ShiftModifier)) return false;
+    switch (event.key()) {
+    case Qt::Key_Left: mCells.moveFocus(-1, 0); return true;
+    case Qt::Key_Right: mCells.moveFocus(1, 0); return true;
+    case Qt::Key_Up: mCells.moveFocus(0, -1); return true;
+    case Qt::Key_Down: mCells.moveFocus(0, 1); return true;
+    default: return false;
+    }
+}
+
+/// An extension of the text selection that leaves its cell selects cells instead.
+bool View::extendOverCells(const ranges::Position &to)
+{
+    ranges::SelectionObject &selection = mLoaded->selection();
+    if (!to || !selection.anchor()) return false;
+    const auto [from, focus] = CellSelection::cellsOfOneTable(selection.anchor().node.get(), to.node.get());
+    if (!from) return false;
+    const QScopedValueRollback<bool> selecting(mSelectingCells, true);
+    selection.setCaret(selection.anchor());
+    mCells.selectBlock(*from, *focus);
+    return true;
+}
+
+} // namespace surface
