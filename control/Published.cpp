@@ -10,6 +10,8 @@
 #include "platform/DispatchObject.h"
 #include "platform/DispatchTable.h"
 #include "platform/Interfaces.h"
+#include "engine/ranges/RangeActions.h"
+#include "platform/InterfacesDetail.h"
 #include "platform/Published.h"
 
 using platform::Value;
@@ -94,6 +96,17 @@ void publishControl()
         {
             {"DOM",
              [](QObject &object) { return platform::valueOf(static_cast<dom::Node *>(control(object).DOM())); },
+             {}},
+            {"SelectedElement",
+             [](QObject &object) {
+                 return platform::valueOf(static_cast<dom::Node *>(control(object).SelectedElement().get()));
+             },
+             {}},
+            {"SelectionObject",
+             [](QObject &object) {
+                 ranges::SelectionObject *const selection = control(object).SelectionObject();
+                 return selection ? platform::interfaces::selectionOf(selection->document()) : Value::nothing();
+             },
              {}},
             // A host may write what it has read, or its own: nothing comes of it.
             {"CommandManager", &getObject<&Vellum5::CommandManager>,

@@ -3,6 +3,7 @@
 
 #include "core/EditableRegions.h"
 #include "core/Host.h"
+#include "core/Selection.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
 #include "platform/CodeMax.h"
@@ -17,8 +18,8 @@ constexpr char module[] = "Vellum5";
 }
 
 SurfaceEvents::SurfaceEvents(ControlState &state, Host &host, HTMLEditor &surface, CodeMax &source,
-                             const EditableRegions &regions)
-    : mState(state), mHost(host), ed(surface), txtHTMLSource(source), mRegions(regions)
+                             const EditableRegions &regions, const Selection &selection)
+    : mState(state), mHost(host), ed(surface), txtHTMLSource(source), mRegions(regions), mSelection(selection)
 {
     connect(&timChange, &base::Timer::timeout, this, [this] {
         changes::EditScope scope;
@@ -78,6 +79,12 @@ void SurfaceEvents::ForceElementChange(IHTMLElement *Element)
         mChangeManager_ElementChanged(Element);
         mChangeManager_Changed();
     });
+}
+
+void SurfaceEvents::ForceSelectedElementChanged()
+{
+    trap(module, "ForceSelectedElementChanged", &mState,
+         [&] { ForceElementChange(mSelection.SelectedElement().get()); });
 }
 
 void SurfaceEvents::txtHTMLSource_Change()

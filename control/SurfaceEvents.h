@@ -7,6 +7,7 @@
 class CodeMax;
 class EditableRegions;
 class Host;
+class Selection;
 
 /// What the control does with the surface's and the source editor's events, and when it tells the host of a change.
 class SurfaceEvents : public QObject
@@ -14,7 +15,7 @@ class SurfaceEvents : public QObject
     Q_OBJECT
 public:
     SurfaceEvents(ControlState &state, Host &host, HTMLEditor &ed, CodeMax &txtHTMLSource,
-                  const EditableRegions &regions);
+                  const EditableRegions &regions, const Selection &selection);
 
     std::function<void()> ShutDownBeforeReload;
 
@@ -30,6 +31,8 @@ public:
     void RaiseChangeEvent(bool Force);
     bool IsIdle() const;
     void ForceElementChange(IHTMLElement *Element);
+    /// As if the manager had seen a change in the element that is selected.
+    void ForceSelectedElementChanged();
 
     void ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault);
     void ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel);
@@ -47,4 +50,5 @@ private:
     HTMLEditor &ed;
     CodeMax &txtHTMLSource;
     const EditableRegions &mRegions;
+    const Selection &mSelection;
 };

@@ -69,6 +69,9 @@ class VELLUMKIT_EXPORT Vellum5 : public QWidget
     Q_PROPERTY(bool EnableLinkClicks READ EnableLinkClicks WRITE setEnableLinkClicks)
     Q_PROPERTY(int ChangeDelay READ ChangeDelay WRITE setChangeDelay)
     Q_PROPERTY(bool HasFocus READ HasFocus)
+    Q_PROPERTY(QString SelectedHTML READ SelectedHTML WRITE setSelectedHTML)
+    Q_PROPERTY(QString SelectedText READ SelectedText)
+    Q_PROPERTY(bool IsWholeElementSelected READ IsWholeElementSelected)
     Q_PROPERTY(bool UndoEnabled READ UndoEnabled)
     Q_PROPERTY(bool RedoEnabled READ RedoEnabled)
     // Spelling
@@ -197,7 +200,27 @@ public:
     Q_INVOKABLE void SetFocusEx();
     Q_INVOKABLE void SetFocusQueued();
     Q_INVOKABLE void RunCommand(const QString &CommandName);
-    /// Elements may be Nothing.
+    // Selection
+    /// HTML of the selection, in the source view the editor's selected text. Writing it replaces the selection; in the
+    /// preview it is "" and takes nothing.
+    QString SelectedHTML();
+    void setSelectedHTML(const QString &Text);
+    QString SelectedText();
+    /// The element that is meant: the one that a command forces, a selected cell, area or object, the one that the
+    /// selected text is in or all of; BODY where nothing is selected, Nothing without a document.
+    base::Ref<dom::Element> SelectedElement();
+    /// The document's selection in the visual view, else Nothing.
+    ranges::SelectionObject *SelectionObject();
+    /// The caret goes to a client point of the surface; where no text can stand it stays.
+    Q_INVOKABLE void SetSelectionToPoint(int x, int y);
+    /// Keeps the place by numbers of characters, which outlives a rebuild of the document.
+    Q_INVOKABLE void SaveCurrentSelectionPoint();
+    /// Puts the selection back, once: what was kept is cleared, and restoring again puts the caret to the start.
+    Q_INVOKABLE void RestoreSavedSelectionPoint();
+    bool IsWholeElementSelected();
+
+    // Regions. Elements may be Nothing.
+    Q_INVOKABLE base::Ref<dom::Element> GetCurrentEditWrapperElement();
     Q_INVOKABLE bool IsEditWrapperElement(dom::Element *e);
     Q_INVOKABLE bool IsWidgetElement(dom::Element *e);
     Q_INVOKABLE bool IsWidgetPropertyElement(dom::Element *e);

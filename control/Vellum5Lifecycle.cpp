@@ -43,9 +43,9 @@ Vellum5::Parts::Parts(Vellum5 &control)
     : host(control), splitMain(new Splitter(Qt::Horizontal, &control)), conEditors(new Container(&control)),
       splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)),
       txtHTMLSource(new CodeMax(conEditors)), strip(new FlatStrip(&control)), regions(host),
-      text(state, host, *ed, *txtHTMLSource),
+      selection(host, *ed, *txtHTMLSource), text(state, host, *ed, *txtHTMLSource),
       views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
-      events(state, host, *ed, *txtHTMLSource, regions), changes(state, host, *ed, *txtHTMLSource, events),
+      events(state, host, *ed, *txtHTMLSource, regions, selection), changes(state, host, *ed, *txtHTMLSource, events),
       commands(host, state.mSpecificElement), journal(state, host, *ed, *txtHTMLSource)
 {
     timSpellCheck.setInterval(750);
@@ -429,6 +429,11 @@ bool ControlHost::UndoEnabled() const
 bool ControlHost::RedoEnabled() const
 {
     return mControl.parts().changes.RedoEnabled();
+}
+
+void ControlHost::ForceSelectedElementChanged()
+{
+    mControl.parts().events.ForceSelectedElementChanged();
 }
 
 void ControlHost::RefreshTools()

@@ -12,6 +12,7 @@
 #include "control/Views.h"
 #include "core/EditableRegions.h"
 #include "core/Host.h"
+#include "core/Selection.h"
 #include "platform/CodeMax.h"
 #include "support/Debug.h"
 #include "support/InstanceCounts.h"
@@ -33,6 +34,11 @@ public:
     void RefreshTools() override;
     void setCommandChecked(const QString &Name, bool Checked) override;
     void setCommandVisible(const QString &Name, bool Visible) override;
+    bool mInitialised() const override { return mControl.state().mInitialised; }
+    EditViewEnum EditView() const override { return mControl.state().mCurrentEditView; }
+    IHTMLElement *mSpecificElement() const override { return mControl.state().mSpecificElement.get(); }
+    void ForceSelectedElementChanged() override;
+    void RemoveSpellMarkersFromSelection() override {} // there is no speller yet that makes some
     bool UndoEnabled() const override;
     bool RedoEnabled() const override;
     void raiseChange() override { Q_EMIT mControl.Change(); }
@@ -76,6 +82,7 @@ struct Vellum5::Parts {
     bool isCounted = false; ///< in `modMain::mInstanceCount`
     // Concerns
     EditableRegions regions;
+    Selection selection;
     DocumentText text;
     Views views;
     SurfaceEvents events;

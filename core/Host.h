@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Contract.h"
+#include "platform/Enumerations.h"
 
 #include <QString>
 
@@ -34,6 +35,13 @@ public:
     virtual void RefreshTools() = 0;
     virtual void setCommandChecked(const QString &Name, bool Checked) = 0;
     virtual void setCommandVisible(const QString &Name, bool Visible) = 0;
+
+    virtual bool mInitialised() const = 0;
+    virtual EditViewEnum EditView() const = 0;
+    /// The element that a command forces while it runs; Nothing else.
+    virtual IHTMLElement *mSpecificElement() const = 0;
+    virtual void ForceSelectedElementChanged() = 0;
+    virtual void RemoveSpellMarkersFromSelection() = 0;
 
     virtual bool UndoEnabled() const = 0;
     virtual bool RedoEnabled() const = 0;

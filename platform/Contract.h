@@ -7,6 +7,12 @@
 #include "engine/dom/HtmlElements.h"
 #include "engine/surface/HTMLEditor.h"
 
+namespace ranges {
+class ControlRange;
+class SelectionObject;
+class TextRange;
+} // namespace ranges
+
 /// The engine's classes under the names that the control and its hosts know them by. One concrete class, two names: what
 /// the control relies on of each is told in the class's own header.
 using IHTMLDocument2 = dom::Document;
@@ -20,6 +26,8 @@ using IHTMLDOMNode = dom::Node;
 using IHTMLDOMAttribute = dom::AttributeNode;
 using IHTMLElementCollection = dom::ElementCollection;
 using IHTMLEventObj = dom::EventObject;
+using IHTMLTxtRange = ranges::TextRange;
+using IHTMLControlRange = ranges::ControlRange;
 using HTMLEditor = surface::HTMLEditor;
 
 /// Ids of element events, as the surface raises them and hosts receive them.

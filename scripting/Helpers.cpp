@@ -4,6 +4,7 @@
 #include "control/Vellum5Parts.h"
 #include "core/modMain.h"
 #include "engine/css/StyleObject.h"
+#include "platform/InterfacesDetail.h"
 #include "platform/DispatchObject.h"
 #include "scripting/Interpreter.h"
 #include "scripting/Objects.h"
@@ -29,7 +30,7 @@ bool flag(const Arguments &arguments, size_t i)
 
 dom::Element *element(const Arguments &arguments, size_t i)
 {
-    return i < arguments.size() ? elementOf(arguments[i]) : nullptr;
+    return i < arguments.size() ? scripting::elementOf(arguments[i]) : nullptr;
 }
 
 using platform::valueToVariant;
@@ -147,6 +148,33 @@ void addRegionHelpers(QHash<QString, Helper> &table)
     add("IsInWidget", [](Regions &r, dom::Element *e) { return Value(r.IsInWidget(e)); });
     add("GetWidgetElement", [](Regions &r, dom::Element *e) { return elementValue(r.GetWidgetElement(e)); });
     add("GetParentAnchor", [](Regions &r, dom::Element *e) { return elementValue(r.GetParentAnchor(e)); });
+}
+
+void addSelectionHelpers(QHash<QString, Helper> &table)
+{
+    const auto add = [&table](const char *name, Helper helper) { table.insert(QString::fromLatin1(name).toLower(), helper); };
+    using In = Interpreter;
+    add("GetSelectedElement", [](In &in, const Arguments &) {
+        return elementValue(in.control().parts().selection.GetSelectedElement().get());
+    });
+    add("SelectElement", [](In &in, const Arguments &a) {
+        in.control().parts().selection.SelectElement(element(a, 0));
+        return Value();
+    });
+    add("SelectPageElement", [](In &in, const Arguments &a) {
+        in.control().parts().selection.SelectPageElement(text(a, 0));
+        return Value();
+    });
+    add("ForceSelectedElementChanged", [](In &in, const Arguments &) {
+        in.control().parts().events.ForceSelectedElementChanged();
+        return Value();
+    });
+    add("GetCurrentSelection", [](In &in, const Arguments &) {
+        dom::Document *const document = in.control().DOM();
+        if (!document || !in.control().parts().selection.GetCurrentSelection()) return Value::nothing();
+        const Value selection = platform::interfaces::selectionOf(*document);
+        return platform::callMember(selection.toObject(), QStringLiteral("createRange")).value;
+    });
 }
 
 void addControlHelpers(QHash<QString, Helper> &table)
@@ -281,6 +309,7 @@ HelperResult callHelper(Interpreter &in, const QString &name, const Arguments &a
         addTextHelpers(table);
         addElementHelpers(table);
         addRegionHelpers(table);
+        addSelectionHelpers(table);
         addControlHelpers(table);
         return table;
     }();

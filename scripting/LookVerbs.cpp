@@ -59,6 +59,23 @@ QString withoutWrapper(Interpreter &in, QString text)
     return text;
 }
 
+/// From BODY down, each element as its name and its number among its siblings of that name, from 1.
+QString pathOf(const dom::Element *element)
+{
+    QStringList steps;
+    for (; element; element = element->parentElement()) {
+        if (element->tagName() == QLatin1String("BODY")) {
+            steps.prepend(QStringLiteral("BODY"));
+            break;
+        }
+        int number = 1;
+        for (const dom::Element *at = element->previousElementSibling(); at; at = at->previousElementSibling())
+            if (at->tagName() == element->tagName()) ++number;
+        steps.prepend(QStringLiteral("%1:%2").arg(element->tagName()).arg(number));
+    }
+    return steps.join(u'>');
+}
+
 void print(Interpreter &in, Words &words)
 {
     const QString what = words.word("what to print");
@@ -74,8 +91,9 @@ void print(Interpreter &in, Words &words)
     if (what == QLatin1String("caret")) return printCaret(in);
     if (what == QLatin1String("tree")) return printTree(in);
     if (printInside(in, what)) return;
-    if (what == QLatin1String("selected-html") || what == QLatin1String("selected-text") || what == QLatin1String("element"))
-        notAvailable();
+    if (what == QLatin1String("selected-html")) return in.printRaw(in.control().SelectedHTML());
+    if (what == QLatin1String("selected-text")) return in.printRaw(in.control().SelectedText());
+    if (what == QLatin1String("element")) return in.printRaw(pathOf(in.control().SelectedElement().get()));
     throw ScriptError(QStringLiteral("unknown: print %1").arg(what));
 }
 

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/SelectionPoint.h"
+
+#include "engine/ranges/TextIndex.h"
+#include "support/FailureTrap.h"
+
+namespace modMain {
+
+using support::given;
+using support::trap;
+
+namespace {
+
+const support::ModuleDump module = nullptr;
+
+SelectionRange rangeOf(IHTMLDocument2 *DOM)
+{
+    ranges::SelectionObject *const selection = DOM ? ranges::selectionOf(*DOM) : nullptr;
+    if (!selection || !DOM->body()) return {};
+    if (selection->type() == ranges::SelectionObject::Type::Control)
+        return {{}, base::Ref<IHTMLControlRange>(new IHTMLControlRange(*selection, selection->elements()))};
+    return {ranges::textRangeOf(*selection), {}};
+}
+
+/// Whether somebody who moves through the page character by character, at most as often as its text is long and once
+/// more, comes as far as `count`. Only a page with more objects than text is longer than that: objects have no text.
+bool isReached(IHTMLDocument2 &DOM, ranges::TextIndex &index, uint32_t count)
+{
+    static const dom::Atom objects[] = {"img",    "input", "button", "select", "textarea", "object", "embed",
+                                        "iframe", "video", "audio",  "canvas", "svg",      "applet", "hr"};
+    uint32_t withoutText = 1; // the end of the last block, which is no part of the text
+    for (const dom::Atom name : objects) withoutText += uint32_t(DOM.elementsNamed(name).size());
+    if (count <= 1 || count + withoutText <= index.total() + 1) return true;
+    return qsizetype(count) - 1 <= ranges::createTextRange(DOM)->text().size();
+}
+
+} // namespace
+
+SelectionRange CreateRange(IHTMLDocument2 *DOM)
+{
+    return trap<SelectionRange>("modMain", "CreateRange", given(module, "DOM", DOM),
+                                [&](SelectionRange &Result) { Result = rangeOf(DOM); });
+}
+
+SelectionRange RangeForElement(IHTMLElement *e)
+{
+    return trap<SelectionRange>("modMain", "RangeForElement", given(module, "e", e), [&](SelectionRange &Result) {
+        if (!e) return;
+        if (e->tagName() == QLatin1String("TABLE")) {
+            auto range = ranges::createControlRange(e->document());
+            range->add(e);
+            Result.control = std::move(range);
+        } else {
+            auto range = ranges::createTextRange(e->document());
+            range->moveToElementText(e);
+            Result.text = std::move(range);
+        }
+    });
+}
+
+void Select(const SelectionRange &Range)
+{
+    if (Range.text) Range.text->select();
+    if (Range.control) Range.control->select();
+}
+
+void SaveSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &CharactersFromStart)
+{
+    trap("modMain", "SaveSelectionPoint", given(module, "DOM", DOM), [&] {
+        const SelectionRange range = rangeOf(DOM);
+        if (!range.text) return;
+        SelectionLength = int(range.text->text().size());
+        ranges::TextIndex &index = range.text->index();
+        // In a page without a character the first step stands where it began, and is counted all the same.
+        const uint32_t count = index.total() == 0 ? 1 : range.text->startCount();
+        if (isReached(*DOM, index, count)) CharactersFromStart = QString::number(count);
+    });
+}
+
+void RestoreSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &CharactersFromStart)
+{
+    trap("modMain", "RestoreSelectionPoint",
+         given(module, "DOM", DOM, "SelectionLength", SelectionLength, "CharactersFromStart", CharactersFromStart), [&] {
+             const SelectionRange range = rangeOf(DOM);
+             if (range.text) {
+                 IHTMLTxtRange &place = *range.text;
+                 place.moveToElementText(DOM->body());
+                 place.collapse(true);
+                 const int count = CharactersFromStart.toInt();
+                 if (count > 0) place.moveEnd(QStringLiteral("character"), count);
+                 place.collapse(false);
+                 place.moveEnd(QStringLiteral("character"), SelectionLength);
+                 place.select();
+             }
+             SelectionLength = 0;
+             CharactersFromStart.clear();
+         });
+}
+
+} // namespace modMain
