@@ -4,6 +4,7 @@
 
 #include <QRegularExpression>
 #include <QStringMatcher>
+#include <memory>
 
 namespace ranges {
 
@@ -102,23 +103,40 @@ private:
 
 } // namespace
 
+namespace {
+
+/// Callers seek the same text over and over.
+const Matcher &matcherFor(const QString &sought, int flags)
+{
+    static thread_local QString lastSought;
+    static thread_local int lastFlags = 0;
+    static thread_local std::unique_ptr<Matcher> last;
+    if (!last || lastFlags != flags || lastSought != sought) {
+        last = std::make_unique<Matcher>(sought, flags);
+        lastSought = sought;
+        lastFlags = flags;
+    }
+    return *last;
+}
+
+} // namespace
+
 bool TextRange::findText(const QString &sought, int count, int flags)
 {
     if (sought.isEmpty()) return false;
-    const Matcher matcher(sought, flags);
+    const Matcher &matcher = matcherFor(sought, flags);
     const bool backward = flags & Backward;
     TextIndex &text = index();
-    const uint32_t start = startCount(), end = endCount(), total = text.total();
+    const uint32_t total = text.total();
     // The stretch in which the hit must lie.
-    uint32_t low = backward ? 0 : start, high = backward ? end : total;
+    uint32_t low = backward ? 0 : startCount(), high = backward ? endCount() : total;
     if (count == 0) {
-        low = start;
-        high = end;
+        (backward ? low : high) = backward ? startCount() : endCount();
     } else if (count > 0 && count != noLimit) {
         if (backward)
-            low = uint32_t(std::max<int64_t>(0, int64_t(end) - count));
+            low = uint32_t(std::max<int64_t>(0, int64_t(high) - count));
         else
-            high = uint32_t(std::min<int64_t>(total, int64_t(start) + count));
+            high = uint32_t(std::min<int64_t>(total, int64_t(low) + count));
     }
     if (low >= high) return false;
     QString buffer;
@@ -136,12 +154,16 @@ bool TextRange::findText(const QString &sought, int count, int flags)
     const TextRun *run = text.runAt(backward ? high - 1 : low, &base);
     while (run && (backward ? base + run->length > low : base < high)) {
         if (run->length > 0) {
-            buffer.clear();
-            TextIndex::read(*run, 0, run->length, buffer, true);
-            const qsizetype from = low > base ? low - base : 0, to = std::min(run->length, high - base);
-            const auto hit = backward ? matcher.last(buffer, from, to) : matcher.first(buffer, from, to);
+            // One more on each side tells whether a word ends.
+            const uint32_t from = low > base ? low - base : 0, to = std::min(run->length, high - base);
+            const uint32_t read = from > 0 ? from - 1 : 0, readEnd = std::min(run->length, to + 1);
+            buffer.resize(0);
+            buffer.reserve(readEnd - read);
+            TextIndex::read(*run, read, readEnd, buffer, true);
+            const auto hit = backward ? matcher.last(buffer, from - read, to - read)
+                                      : matcher.first(buffer, from - read, to - read);
             if (hit.at >= 0) {
-                const auto at = uint32_t(hit.at), length = uint32_t(hit.length);
+                const uint32_t at = read + uint32_t(hit.at), length = uint32_t(hit.length);
                 setSpan({TextIndex::placeIn(*run, at, TextIndex::Side::Following),
                          TextIndex::placeIn(*run, at + length, TextIndex::Side::Preceding)});
                 return true;

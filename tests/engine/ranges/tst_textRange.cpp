@@ -150,7 +150,7 @@ private Q_SLOTS:
     void comparisonsAgreeWithTheTextBefore();
     void bookmarksComeBackToTheSamePlace();
     void countsFollowRandomEdits();
-    void positionsComeBackWithUndo();
+    void positionsStayInTheTree();
     void countingDoesNotWalkTheDocument();
     void pastingPutsHtmlInItsPlace_data();
     void pastingPutsHtmlInItsPlace();
@@ -364,7 +364,7 @@ void tst_textRange::countsFollowRandomEdits()
     }
 }
 
-void tst_textRange::positionsComeBackWithUndo()
+void tst_textRange::positionsStayInTheTree()
 {
     for (const quint32 seed : seeds()) {
         QRandomGenerator random(seed);
