@@ -377,7 +377,9 @@ QString sourceOf(const Tokens &tokens, size_t from, size_t to, const QString &te
         }
         // Where a comment parted two tokens, a blank must.
         const bool gap = i > from && tokens[i - 1].end != token.start;
-        if (!source.isEmpty() && (blank || gap)) source += u' ';
+        // A string that a line end cut off would go on behind a blank.
+        const bool cutOff = blank && i > from + 1 && tokens[i - 2].is(TokenType::BadString);
+        if (!source.isEmpty() && (blank || gap)) source += cutOff ? u'\n' : u' ';
         blank = false;
         source += QStringView(text).mid(token.start, token.end - token.start);
     }

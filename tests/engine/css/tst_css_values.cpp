@@ -497,6 +497,13 @@ private Q_SLOTS:
         QCOMPARE(selectorTextInCapitals(text), expected);
     }
 
+    void aStringThatALineEndCutsOffStaysCutOff()
+    {
+        const QString text = QStringLiteral("background: calc('a\n\"b/*c");
+        const QString once = DeclarationBlock::parse(text, ValueMode::Quirks)->text();
+        QCOMPARE(once, QStringLiteral("background: calc('a\n\"b/*c"));
+        QCOMPARE(DeclarationBlock::parse(once, ValueMode::Quirks)->text(), once);
+    }
     void anyInputIsReadWithoutHarm()
     {
         const quint32 seed = QRandomGenerator::global()->generate();
