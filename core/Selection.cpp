@@ -211,8 +211,10 @@ void Selection::replaceElement(IHTMLElement &e, IHTMLTxtRange &around, const QSt
         });
     };
     if (write(e) == 0) return;
+    // A paragraph that holds nothing else goes with it; one that does would lose its text.
     const Element parent = e.parentElement();
-    if (hasTag(parent.get(), "P") && IsWholeElementSelected() && write(*parent) == 0) return;
+    const bool alone = parent && parent->firstChild() == &e && parent->lastChild() == &e;
+    if (alone && hasTag(parent.get(), "P") && IsWholeElementSelected() && write(*parent) == 0) return;
     around.collapse(true);
     ranges::pasteHTML(around, Text);
     e.setOuterHTML(QString());

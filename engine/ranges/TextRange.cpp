@@ -4,6 +4,7 @@
 #include "base/Error.h"
 #include "engine/html/Serializer.h"
 #include "engine/ranges/Bookmarks.h"
+#include "engine/ranges/Content.h"
 
 #include <QTextBoundaryFinder>
 
@@ -408,6 +409,12 @@ void TextRange::select() const
         refuse("There is nothing to select.");
     Element *body = index().limit();
     const auto inBody = [&](const Position &p) { return body && !body->contains(*p.node) ? Position::endOf(*body) : p; };
+    if (body && s.isEmpty()) {
+        // Between blocks nobody can type: the caret goes to the place that a reader takes it for.
+        const Position at = inBody(s.start);
+        const bool shows = Content(index().rendering(), *body).isCaretPlace(at);
+        return page().setCaret(shows ? at : caretAt(index().countBefore(at)));
+    }
     page().set(inBody(s.start), inBody(s.end));
 }
 
