@@ -3,6 +3,7 @@
 
 #include "control/SurfaceEvents.h"
 #include "core/Host.h"
+#include "core/SelectionPoint.h"
 #include "engine/changes/EditScope.h"
 #include "engine/css/StyleObject.h"
 #include "platform/CodeMax.h"
@@ -106,11 +107,13 @@ void Changes::Undo()
             txtHTMLSource.ExecuteCmd(sourceUndo);
         } else {
             const QPointer<ChangeManager> manager(upToDateManager());
+            modMain::SaveSelectionPoint(mHost.mDoc(), mState.mSelectionLength, mState.mSelectionCharactersFromStart);
             if (!manager)
                 ed.undo();
             else
                 manager->Undo();
             if (manager) manager->Flush();
+            modMain::RestoreSelectionPoint(mHost.mDoc(), mState.mSelectionLength, mState.mSelectionCharactersFromStart);
         }
         clearCellHighlights();
         mEvents.ed_CommandStateChange(-1, true);

@@ -13,6 +13,7 @@
 #include "engine/ranges/RangeActions.h"
 #include "platform/InterfacesDetail.h"
 #include "platform/Published.h"
+#include "platform/SelectedCells.h"
 
 using platform::Value;
 
@@ -101,6 +102,9 @@ void publishControl()
              [](QObject &object) {
                  return platform::valueOf(static_cast<dom::Node *>(control(object).SelectedElement().get()));
              },
+             {}},
+            {"SelectedCells",
+             [](QObject &object) { return platform::selectedCellsValue(*control(object).VisualEditControl()); },
              {}},
             {"SelectionObject",
              [](QObject &object) {

@@ -412,8 +412,8 @@ void TextRange::select() const
     if (body && s.isEmpty()) {
         // Between blocks nobody can type: the caret goes to the place that a reader takes it for.
         const Position at = inBody(s.start);
-        const bool shows = Content(index().rendering(), *body).isCaretPlace(at);
-        return page().setCaret(shows ? at : caretAt(index().countBefore(at)));
+        const Content content(index().rendering(), *body);
+        return page().setCaret(content.isCaretPlace(at) ? at : content.normalised(at));
     }
     page().set(inBody(s.start), inBody(s.end));
 }
