@@ -5,6 +5,7 @@
 #include "control/Vellum5Parts.h"
 #include "engine/changes/EditScope.h"
 #include "engine/dom/CharacterData.h"
+#include "engine/dom/Names.h"
 #include "engine/ranges/Marks.h"
 #include "engine/surface/LoadedDocument.h"
 #include "engine/surface/View.h"
@@ -119,6 +120,12 @@ void marked(Interpreter &in, Words &words)
     // Without a mark the selection is what the load left.
     const bool isMarked = text.contains(u'|') || text.contains(u'^') || text.contains(QLatin1String("data-selected"));
     if (isMarked && !marks.apply(loaded->selection())) throw ScriptError(QStringLiteral("the marks can't stand there"));
+    for (const auto &element : marks.selected(loaded->document())) {
+        if (element->is(dom::names::area))
+            in.host().surface().view().selectArea(element.get());
+        else if (ranges::Marks::isSelectedBesideText(*element))
+            in.host().surface().view().cellSelection().add(*element);
+    }
     loaded->tracker().selectionSettled();
     in.host().forgetHistory();
 }
@@ -145,7 +152,10 @@ QString markedBody(Interpreter &in)
 {
     surface::LoadedDocument *loaded = in.host().surface().loaded();
     if (!loaded) throw ScriptError(QStringLiteral("no document is loaded"));
-    return ranges::Marks::print(loaded->selection());
+    surface::View &view = in.host().surface().view();
+    auto selected = view.cellSelection().cells();
+    if (dom::Element *area = view.selectedArea()) selected.emplace_back(area);
+    return ranges::Marks::print(loaded->selection(), selected);
 }
 
 bool printInside(Interpreter &in, const QString &what)

@@ -195,18 +195,27 @@ Position Marks::find(const Document &document, const Place &place)
     return {at, place.offset};
 }
 
+std::vector<Ref<Element>> Marks::selected(const Document &document) const
+{
+    std::vector<Ref<Element>> elements;
+    for (const Place &place : mSelected) {
+        const Position p = find(document, place);
+        if (p && p.node->isElement()) elements.emplace_back(p.node->asElement());
+    }
+    return elements;
+}
+
 bool Marks::apply(SelectionObject &selection) const
 {
     const Document &document = selection.document();
     if (!mSelected.empty()) {
-        std::vector<Ref<Element>> elements;
-        for (const Place &place : mSelected) {
-            const Position p = find(document, place);
-            if (!p || !p.node->isElement()) return false;
-            elements.emplace_back(p.node->asElement());
+        std::vector<Ref<Element>> elements = selected(document);
+        if (elements.size() != mSelected.size()) return false;
+        std::erase_if(elements, [](const Ref<Element> &e) { return isSelectedBesideText(*e); });
+        if (!elements.empty()) {
+            selection.setControl(std::move(elements));
+            return true;
         }
-        selection.setControl(std::move(elements));
-        return true;
     }
     if (!mFocus) {
         selection.clear();
@@ -224,7 +233,11 @@ namespace {
 class Printer
 {
 public:
-    explicit Printer(const SelectionObject &selection) : mSelection(selection) {}
+    Printer(const SelectionObject &selection, const std::vector<Ref<Element>> &besideText)
+        : mSelection(selection), mSelected(selection.elements())
+    {
+        mSelected.insert(mSelected.end(), besideText.begin(), besideText.end());
+    }
 
     QString print(const Element &body)
     {
@@ -286,8 +299,7 @@ private:
     void startTag(const Element &element)
     {
         html::Serializer::writeStartTag(element, mOut);
-        const auto selected = mSelection.elements();
-        if (std::find(selected.begin(), selected.end(), &element) == selected.end()) return;
+        if (std::find(mSelected.begin(), mSelected.end(), &element) == mSelected.end()) return;
         mOut.insert(mOut.size() - 1, QStringLiteral(" data-selected=\"\""));
     }
     void open(const Element &element)
@@ -326,15 +338,21 @@ private:
         mOut += escaped.replace(u'^', QLatin1String("&#94;")).replace(u'|', QLatin1String("&#124;"));
     }
     const SelectionObject &mSelection;
+    std::vector<Ref<Element>> mSelected;
     QString mOut;
 };
 
 } // namespace
 
-QString Marks::print(const SelectionObject &selection)
+bool Marks::isSelectedBesideText(const Element &element)
+{
+    return element.is(names::td) || element.is(names::th) || element.is(names::area);
+}
+
+QString Marks::print(const SelectionObject &selection, const std::vector<Ref<Element>> &besideText)
 {
     const Element *body = selection.document().body();
-    return body ? Printer(selection).print(*body) : QString();
+    return body ? Printer(selection, besideText).print(*body) : QString();
 }
 
 } // namespace ranges

@@ -26,8 +26,14 @@ public:
     /// selection is cleared. False if the marks' places aren't there.
     bool apply(SelectionObject &selection) const;
 
-    /// The BODY's content with the selection drawn; CR LF as in `innerHTML`. Marks outside of BODY aren't shown.
-    static QString print(const SelectionObject &selection);
+    /// The elements that `data-selected` names, in a document that was loaded from `page()`.
+    std::vector<Ref<dom::Element>> selected(const dom::Document &document) const;
+    /// Cells and areas: they are selected beside the text, not as objects, and `apply` leaves them to the surface.
+    static bool isSelectedBesideText(const dom::Element &element);
+
+    /// The BODY's content with the selection drawn, and what is selected beside it; CR LF as in `innerHTML`. Marks
+    /// outside of BODY aren't shown.
+    static QString print(const SelectionObject &selection, const std::vector<Ref<dom::Element>> &besideText = {});
 
 private:
     struct Place
