@@ -154,16 +154,11 @@ bool TextRange::findText(const QString &sought, int count, int flags)
     const TextRun *run = text.runAt(backward ? high - 1 : low, &base);
     while (run && (backward ? base + run->length > low : base < high)) {
         if (run->length > 0) {
-            // One more on each side tells whether a word ends.
             const uint32_t from = low > base ? low - base : 0, to = std::min(run->length, high - base);
-            const uint32_t read = from > 0 ? from - 1 : 0, readEnd = std::min(run->length, to + 1);
-            buffer.resize(0);
-            buffer.reserve(readEnd - read);
-            TextIndex::read(*run, read, readEnd, buffer, true);
-            const auto hit = backward ? matcher.last(buffer, from - read, to - read)
-                                      : matcher.first(buffer, from - read, to - read);
+            const QString &whole = text.textOf(*run);
+            const auto hit = backward ? matcher.last(whole, from, to) : matcher.first(whole, from, to);
             if (hit.at >= 0) {
-                const uint32_t at = read + uint32_t(hit.at), length = uint32_t(hit.length);
+                const uint32_t at = uint32_t(hit.at), length = uint32_t(hit.length);
                 setSpan({TextIndex::placeIn(*run, at, TextIndex::Side::Following),
                          TextIndex::placeIn(*run, at + length, TextIndex::Side::Preceding)});
                 return true;

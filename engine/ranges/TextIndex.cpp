@@ -118,6 +118,7 @@ void TextIndex::styleChanged(Element &element, bool reframed)
 
 void TextIndex::drop(TextRun *run, bool tell)
 {
+    if (mTextRun == run) mTextRun = nullptr;
     for (const TextRun::Piece &piece : run->pieces)
         if (mByNode[piece.node->id()] == run) mByNode[piece.node->id()] = nullptr;
     if (tell) {
@@ -163,6 +164,7 @@ void TextIndex::rebuild()
     for (TextRun *run = mFirst; run;)
         delete std::exchange(run, run->next);
     mFirst = mLast = nullptr;
+    mTextRun = nullptr;
     mRuns.clear();
     mByNode.assign(mDocument.lastId() + 1, nullptr);
     mPending.clear();
@@ -418,6 +420,7 @@ uint32_t TextIndex::countIn(const TextRun &run, const Text &text, uint32_t offse
         return piece.node == &text && piece.from <= offset;
     });
     i = size_t(behind - pieces.begin()) - 1;
+    if (run.isOneToOne(i)) return pieces[i].chars + std::min(offset, run.unitsEnd(i)) - pieces[i].from;
     return pieces[i].chars +
            std::min(countVisible(pieces[i], text, std::min(offset, text.length())), run.endOf(i) - pieces[i].chars);
 }
@@ -474,6 +477,8 @@ Position TextIndex::placeIn(const TextRun &run, uint32_t chars, Side side)
                                        [&](const TextRun::Piece &piece) { return piece.chars <= wanted; });
     const size_t i = size_t(behind - pieces.begin()) - 1;
     Node &node = *pieces[i].node;
+    if (node.isText() && run.isOneToOne(i))
+        return {&node, pieces[i].from + wanted - pieces[i].chars + (side == Side::Following ? 0 : 1)};
     if (node.isText()) return placeInText(pieces[i], static_cast<Text &>(node), wanted - pieces[i].chars, side);
     return side == Side::Following ? Position::before(node) : Position::after(node);
 }
@@ -503,13 +508,25 @@ void TextIndex::read(const TextRun &run, uint32_t from, uint32_t to, QString &ou
         const uint32_t end = std::min(run.endOf(i), to);
         const uint32_t begin = std::max(from, pieces[i].chars);
         if (begin >= end) continue;
-        if (pieces[i].node->isText())
+        if (pieces[i].node->isText() && run.isOneToOne(i))
+            readPlain(pieces[i], static_cast<Text &>(*pieces[i].node), begin - pieces[i].chars, end - begin, out);
+        else if (pieces[i].node->isText())
             readText(pieces[i], static_cast<Text &>(*pieces[i].node), begin - pieces[i].chars, end - begin, out);
         else if (isBreak(*pieces[i].node))
             out.append(u'\n');
         else if (objects)
             out.append(QChar::ObjectReplacementCharacter);
     }
+}
+
+const QString &TextIndex::textOf(const TextRun &run)
+{
+    if (mTextRun != &run) {
+        mText.resize(0);
+        read(run, 0, run.length, mText, true);
+        mTextRun = &run;
+    }
+    return mText;
 }
 
 Element *TextIndex::blockOf(const TextRun &run) const

@@ -36,6 +36,11 @@ struct TextRun
 
     uint32_t endOf(size_t piece) const { return piece + 1 < pieces.size() ? pieces[piece + 1].chars : length; }
     uint32_t unitsEnd(size_t piece) const;
+    /// Nothing of the piece's text is collapsed: units and what counts are the same.
+    bool isOneToOne(size_t piece) const
+    {
+        return endOf(piece) - pieces[piece].chars == unitsEnd(piece) - pieces[piece].from;
+    }
 
     struct Traits
     {
@@ -87,6 +92,8 @@ public:
     static Position placeIn(const TextRun &run, uint32_t chars, Side side);
     /// The text of a part of a run, without what it has for objects (where wanted, one U+FFFC each); breaks are LF.
     static void read(const TextRun &run, uint32_t from, uint32_t to, QString &out, bool objects = false);
+    /// The run's whole text with U+FFFC for objects, until something changes: searches ask for the same one many times.
+    const QString &textOf(const TextRun &run);
     /// The element whose edge ends the run: the innermost block around it.
     dom::Element *blockOf(const TextRun &run) const;
 
@@ -137,6 +144,8 @@ private:
     TextRun *mLast = nullptr;
     std::vector<TextRun *> mByNode; // by id
     std::vector<Place> mPending;
+    const TextRun *mTextRun = nullptr; ///< whose text is kept
+    QString mText;
     bool mBuilt = false;
     uint64_t mWork = 0;
 };

@@ -130,6 +130,15 @@ Position placeInText(const TextRun::Piece &piece, Text &text, uint32_t n, TextIn
     return Position::endOf(text);
 }
 
+void readPlain(const TextRun::Piece &piece, const Text &text, uint32_t skip, uint32_t count, QString &out)
+{
+    const qsizetype from = out.size();
+    out.append(QStringView(text.data()).mid(piece.from + skip, count));
+    if (piece.preserved) return;
+    for (QChar *at = out.data() + from, *end = out.data() + out.size(); at != end; ++at)
+        if (at->unicode() < u' ' && isBlank(at->unicode())) *at = u' ';
+}
+
 void readText(const TextRun::Piece &piece, const Text &text, uint32_t skip, uint32_t count, QString &out)
 {
     Collapse collapse{piece.preserved, piece.afterBlank};
