@@ -6,6 +6,7 @@
 #include "core/Selection.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
+#include "engine/surface/View.h"
 #include "platform/CodeMax.h"
 #include "platform/MessageBox.h"
 #include "support/FailureTrap.h"
@@ -47,6 +48,7 @@ void SurfaceEvents::mChangeManager_Changed()
         else
             restartChangeTimer();
         mState.mLastChangeTime = base::Clock::instance().now();
+        if (IHTMLElement *const Area = ed.view().selectedArea()) mChangeManager_ElementChanged(Area);
     });
 }
 
@@ -203,6 +205,11 @@ void SurfaceEvents::ed_BeforeNavigate(const surface::Navigation &navigation, boo
 void SurfaceEvents::ed_NavigateComplete()
 {
     trap(module, "ed_NavigateComplete", &mState, [&] { mState.mAllowNavigate = false; });
+}
+
+void SurfaceEvents::ed_CellSelectionChanged()
+{
+    trap(module, "ed_CellSelectionChanged", &mState, [&] { mHost.raiseCellSelectionChanged(); });
 }
 
 void SurfaceEvents::ed_CommandStateChange(int Command, bool Enable)

@@ -37,6 +37,7 @@ public:
     void ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault);
     void ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel);
     void ed_NavigateComplete();
+    void ed_CellSelectionChanged();
     void ed_CommandStateChange(int Command, bool Enable);
 
     base::Timer timChange;

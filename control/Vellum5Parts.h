@@ -49,6 +49,7 @@ public:
     }
     void raiseHyperlinkClick(const QString &href) override { Q_EMIT mControl.HyperlinkClick(href); }
     void raiseEditableSpanChanged(IHTMLElement *Span) override { Q_EMIT mControl.EditableSpanChanged(Span); }
+    void raiseCellSelectionChanged() override { Q_EMIT mControl.CellSelectionChanged(); }
     void raiseElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault) override
     {
         Q_EMIT mControl.ElementEvent(EventId, EventInfo, CancelDefault);

@@ -52,6 +52,7 @@ public:
     virtual void raiseCommandClick(const QString &CommandName, bool &Ignore) = 0;
     virtual void raiseHyperlinkClick(const QString &href) = 0;
     virtual void raiseEditableSpanChanged(IHTMLElement *Span) = 0;
+    virtual void raiseCellSelectionChanged() = 0;
     virtual void raiseElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault) = 0;
 
     /// The control's fields, for the report of a concern that fails on the control's behalf.
