@@ -2,11 +2,7 @@
 /// Runs the cases of `tests/data/boxes/*.txt`: a title behind "==", the body's HTML, and behind "--" the border boxes of
 /// elements, which were reckoned by hand. Then every style and text is changed back and forth: what comes of the changes
 /// must equal a layout made anew.
-#include "engine/css/Services.h"
-#include "engine/dom/RawTree.h"
-#include "engine/html/Parser.h"
-#include "engine/layout/EngineStyles.h"
-#include "engine/layout/Queries.h"
+#include "tests/engine/layout/LaidOutPage.h"
 
 #include <QDir>
 #include <QtTest>
@@ -15,24 +11,9 @@ using namespace layout;
 
 namespace {
 
-struct Page {
-    base::Ref<dom::Document> document;
-    css::Services services;
-    EngineStyles styles;
-    LayoutTree tree;
-    Queries queries;
-    explicit Page(const QString &body)
-        : document(html::parseDocument("<!DOCTYPE html><body style='margin:0'>" + body)), services(*document), styles(services.engine()),
-          tree(*document, styles), queries(tree)
-    {
-        tree.setViewport({1000, 800});
-    }
+struct Page : LaidOutPage {
+    explicit Page(const QString &body) : LaidOutPage(bare(body)) {}
 };
-
-void setStyle(dom::Element &element, const QString &style)
-{
-    dom::RawTree::setAttribute(element, "style", &style);
-}
 
 } // namespace
 

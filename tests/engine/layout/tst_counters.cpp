@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "engine/css/Services.h"
-#include "engine/html/Parser.h"
-#include "engine/layout/EngineStyles.h"
-#include "engine/layout/Queries.h"
+#include "tests/engine/layout/LaidOutPage.h"
 
 #include <QtTest>
 
@@ -10,15 +7,8 @@ using namespace layout;
 
 namespace {
 
-struct Page {
-    base::Ref<dom::Document> document;
-    css::Services services;
-    EngineStyles styles;
-    LayoutTree tree;
-    explicit Page(const QString &html)
-        : document(html::parseDocument("<!DOCTYPE html>" + html)), services(*document), styles(services.engine()), tree(*document, styles)
-    {
-    }
+struct Page : LaidOutPage {
+    explicit Page(const QString &html) : LaidOutPage("<!DOCTYPE html>" + html) {}
     /// The generated text of every element with that name, in order.
     QStringList shown(const char *name)
     {

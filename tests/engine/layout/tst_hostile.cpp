@@ -2,10 +2,7 @@
 // Pages that mean harm, or are merely absurd: each is laid out with work in proportion to its size, and incremental
 // layout still equals a fresh one. Work is counted; that a page takes seconds rather than hours shows in the time limit
 // of the test alone.
-#include "engine/css/Services.h"
-#include "engine/html/Parser.h"
-#include "engine/layout/EngineStyles.h"
-#include "engine/layout/Queries.h"
+#include "tests/engine/layout/LaidOutPage.h"
 
 #include <QtTest>
 
@@ -13,20 +10,8 @@ using namespace layout;
 
 namespace {
 
-struct Page {
-    base::Ref<dom::Document> document;
-    css::Services services;
-    EngineStyles styles;
-    LayoutTree tree;
-    Queries queries;
-    explicit Page(const QString &html, const QString &base = {})
-        : document(html::parseDocument(html)), services((document->setBaseURL(base), *document)), styles(services.engine()),
-          tree(*document, styles), queries(tree)
-    {
-        tree.setViewport({1000, 800});
-        tree.update();
-    }
-    dom::Element &byId(const QString &id) { return *document->getElementById(id); }
+struct Page : LaidOutPage {
+    explicit Page(const QString &html, const QString &base = {}) : LaidOutPage(html, base) { tree.update(); }
 };
 
 QString repeated(const char *text, int times) { return QString::fromLatin1(text).repeated(times); }

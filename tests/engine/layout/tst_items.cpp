@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 /// Items of flex and grid containers while the page changes, and the questions that are asked of them: points, carets,
 /// offsets. Where they stand is checked by the cases of tests/data/boxes.
-#include "engine/css/Services.h"
-#include "engine/dom/RawTree.h"
-#include "engine/html/Parser.h"
-#include "engine/layout/EngineStyles.h"
-#include "engine/layout/Queries.h"
+#include "tests/engine/layout/LaidOutPage.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -14,26 +10,9 @@ using namespace layout;
 
 namespace {
 
-struct Page {
-    base::Ref<dom::Document> document;
-    css::Services services;
-    EngineStyles styles;
-    LayoutTree tree;
-    Queries queries;
-    explicit Page(const QString &body)
-        : document(html::parseDocument("<!DOCTYPE html><body style='margin:0'>" + body)), services(*document), styles(services.engine()),
-          tree(*document, styles), queries(tree)
-    {
-        tree.setViewport({1000, 800});
-    }
-    dom::Element &byId(const QString &id) { return *document->getElementById(id); }
-    QRectF box(const QString &id) { return queries.borderBox(byId(id)); }
+struct Page : LaidOutPage {
+    explicit Page(const QString &body) : LaidOutPage(bare(body)) {}
 };
-
-void setStyle(dom::Element &element, const QString &style)
-{
-    dom::RawTree::setAttribute(element, "style", &style);
-}
 
 } // namespace
 

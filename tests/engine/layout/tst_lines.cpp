@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Lines of text: where they break and where things stand on them. Widths are those of Liberation Mono at 10 pixels, whose
 // characters are all 1229/2048 of that wide: n of them are as wide as `mono(n)` says.
-#include "engine/css/Services.h"
-#include "engine/html/Parser.h"
-#include "engine/layout/EngineStyles.h"
-#include "engine/layout/Queries.h"
+#include "tests/engine/layout/LaidOutPage.h"
 
 #include <QtTest>
 
@@ -14,19 +11,11 @@ namespace {
 
 double mono(int characters) { return characters * 10 * 1229 / 2048.0; }
 
-struct Page {
-    base::Ref<dom::Document> document;
-    css::Services services;
-    EngineStyles styles;
-    LayoutTree tree;
-    Queries queries;
+struct Page : LaidOutPage {
     explicit Page(const QString &body)
-        : document(html::parseDocument("<!DOCTYPE html><style>body{margin:0;font:10px/20px 'Liberation Mono'}</style><body>" + body)),
-          services(*document), styles(services.engine()), tree(*document, styles), queries(tree)
+        : LaidOutPage("<!DOCTYPE html><style>body{margin:0;font:10px/20px 'Liberation Mono'}</style><body>" + body)
     {
     }
-    dom::Element &byId(const QString &id) { return *document->getElementById(id); }
-    QRectF box(const QString &id) { return queries.borderBox(byId(id)); }
     /// What stands on each line of the block, hanging blanks left out.
     QStringList lines(const QString &id)
     {
