@@ -82,15 +82,11 @@ void RestoreSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &C
     trap("modMain", "RestoreSelectionPoint",
          given(module, "DOM", DOM, "SelectionLength", SelectionLength, "CharactersFromStart", CharactersFromStart), [&] {
              const SelectionRange range = rangeOf(DOM);
-             if (range.text) {
-                 IHTMLTxtRange &place = *range.text;
-                 place.moveToElementText(DOM->body());
-                 place.collapse(true);
-                 const int count = CharactersFromStart.toInt();
-                 if (count > 0) place.moveEnd(QStringLiteral("character"), count);
-                 place.collapse(false);
-                 place.moveEnd(QStringLiteral("character"), SelectionLength);
-                 place.select();
+             // In a page without a character every place is the same: the selection stays.
+             if (range.text && range.text->index().total() > 0) {
+                 const uint32_t start = uint32_t(std::max(0, CharactersFromStart.toInt()));
+                 range.text->setCounts(start, start + uint32_t(std::max(0, SelectionLength)));
+                 range.text->select();
              }
              SelectionLength = 0;
              CharactersFromStart.clear();

@@ -162,6 +162,9 @@ bool View::moveByKey(const QKeyEvent &event)
     case Qt::Key_PageDown: to = lineMove(from, page); break;
     default: return false;
     }
+    // A part that can be edited in a page that can't keeps its caret.
+    if (to && &content.limit() != mLoaded->document().body() && !content.contains(to))
+        to = to < from ? movement.startOfDocument() : movement.endOfDocument();
     if (extend == Extend::Yes && extendOverCells(to)) return true;
     moveTo(to, extend);
     return true;
