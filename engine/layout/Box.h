@@ -136,15 +136,17 @@ struct FlowSum {
     uint32_t items = 0;
     FlowSum &operator+=(const FlowSum &o)
     {
-        floatBottom = std::max(floatBottom, std::min(height, INT32_MAX / 4) + o.floatBottom);
-        bottom = std::max(bottom, height + o.bottom);
+        floatBottom = std::max(floatBottom, sum(height, o.floatBottom));
+        bottom = std::max(bottom, sum(height, o.bottom));
         right = std::max(right, o.right);
         up = std::max(up, o.up);
         down = std::max(down, o.down);
-        height = Unit::fromRaw(int64_t(height) + o.height).raw; // stays within what a page can measure
+        height = sum(height, o.height);
         items += o.items;
         return *this;
     }
+    /// Stays within what a page can measure.
+    static int32_t sum(int32_t a, int32_t b) { return Unit::fromRaw(int64_t(a) + b).raw; }
 };
 
 struct FlowTraits {
