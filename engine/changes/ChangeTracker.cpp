@@ -157,6 +157,8 @@ void ChangeTracker::begin(Kind kind)
     mKind = kind;
     mFailed = false;
     mPrimitives.clear();
+    // Already now: what follows from the step may want to wait for its record.
+    if (!mLogs.empty()) Waiting::add(*this);
     if (mKeeper && isInput(kind)) mBefore = mKeeper->savedSelection();
 }
 

@@ -3,7 +3,10 @@
 
 #include "engine/changes/ChangeTracker.h"
 
+#include <QPointer>
 #include <QThread>
+#include <algorithm>
+#include <vector>
 
 namespace changes {
 
@@ -13,9 +16,24 @@ int depth = 0;
 int loopLevelOfScope = 0;
 std::vector<ChangeTracker *> waiting;
 
+struct Call {
+    QPointer<QObject> owner;
+    std::function<void()> call;
+};
+std::vector<Call> calls;
+
 int loopLevel()
 {
     return QThread::currentThread()->loopLevel();
+}
+
+void tellAll()
+{
+    Waiting::tell();
+    // A call may open scopes of its own, and ask for calls after those.
+    for (const Call &call : std::exchange(calls, {})) {
+        if (call.owner) call.call();
+    }
 }
 
 } // namespace
@@ -34,7 +52,7 @@ EditScope::~EditScope()
 {
     if (mOutermost) {
         depth = 0;
-        Waiting::tell();
+        tellAll();
     }
     depth = mOldDepth;
     loopLevelOfScope = mOldLoopLevel;
@@ -45,15 +63,23 @@ bool EditScope::isOpen()
     return depth > 0 && loopLevel() <= loopLevelOfScope;
 }
 
+void EditScope::whenTold(QObject *owner, std::function<void()> call)
+{
+    if (!isOpen() || waiting.empty()) return call();
+    if (std::none_of(calls.begin(), calls.end(), [&](const Call &other) { return other.owner == owner; })) {
+        calls.push_back({owner, std::move(call)});
+    }
+}
+
 EditScope::Suspension::Suspension() : mDepth(depth)
 {
     depth = 0;
-    Waiting::tell();
+    tellAll();
 }
 
 EditScope::Suspension::~Suspension()
 {
-    Waiting::tell();
+    tellAll();
     depth = mDepth;
 }
 

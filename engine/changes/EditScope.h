@@ -2,7 +2,7 @@
 #pragma once
 
 #include <QObject>
-#include <vector>
+#include <functional>
 
 namespace changes {
 
@@ -37,6 +37,11 @@ public:
     };
 
     static bool isOpen();
+
+    /// Runs the call once the records that wait, or are being written, have been told: what hosts read from then on is
+    /// up to date. At once if there are none. Of several calls for one owner the first stands; none is made once the
+    /// owner has gone.
+    static void whenTold(QObject *owner, std::function<void()> call);
 
 private:
     bool mOutermost;

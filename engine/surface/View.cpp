@@ -2,6 +2,7 @@
 #include "engine/surface/View.h"
 
 #include "base/Error.h"
+#include "engine/changes/EditScope.h"
 #include "engine/dom/Names.h"
 #include "engine/layout/BoxDump.h"
 #include "engine/paint/Painter.h"
@@ -280,6 +281,13 @@ void View::edited()
     updateScrollBars();
     ensureVisible(caretBox());
     showCaret();
+    commandStatesChanged();
+}
+
+/// Told behind the records of what is under way: who asks then whether there is something to undo gets the new answer.
+void View::commandStatesChanged()
+{
+    changes::EditScope::whenTold(this, [this] { Q_EMIT mWidget.commandStateChange(-1, true); });
 }
 
 void View::selectionMoved()
@@ -292,7 +300,7 @@ void View::selectionMoved()
     }
     showCaret();
     Q_EMIT mWidget.selectionChanged();
-    Q_EMIT mWidget.commandStateChange(-1, true);
+    commandStatesChanged();
 }
 
 // Boxes

@@ -122,6 +122,7 @@ private:
     void layoutPage();
     void updateScrollBars();
     void edited();
+    void commandStatesChanged();
     void selectionMoved();
     void ensureVisible(const QRectF &document);
     void showCaret();

@@ -22,7 +22,7 @@ void View::cellsChanged()
     if (!mLoaded) return;
     mWidget.viewport()->update();
     Q_EMIT mWidget.cellSelectionChanged();
-    Q_EMIT mWidget.commandStateChange(-1, true);
+    commandStatesChanged();
 }
 
 dom::Element *View::selectedArea() const
