@@ -385,6 +385,11 @@ void Vellum5::RunCommand(const QString &CommandName)
     mParts->commands.InternalRunCommand(CommandName, nullptr);
 }
 
+void Vellum5::RunCommand(QString &CommandName)
+{
+    RunCommand(std::as_const(CommandName));
+}
+
 void Vellum5::RunCommandEx(const QString &CommandName, IHTMLElement *SpecificElement)
 {
     EditScope scope;

@@ -199,7 +199,10 @@ public:
     bool HasFocus() const;
     Q_INVOKABLE void SetFocusEx();
     Q_INVOKABLE void SetFocusQueued();
-    Q_INVOKABLE void RunCommand(const QString &CommandName);
+    /// Runs a command of the vocabulary, whatever its case. A name that isn't in it raises `CommandClick` and does
+    /// nothing more. Late-bound callers pass the name by reference; it comes back as it was.
+    Q_INVOKABLE void RunCommand(QString &CommandName);
+    void RunCommand(const QString &CommandName);
     // Selection
     /// HTML of the selection, in the source view the editor's selected text. Writing it replaces the selection; in the
     /// preview it is "" and takes nothing.

@@ -60,7 +60,7 @@ void ScriptHost::makeControl(PropertyBag *bag)
     mPropertyChanges.clear();
     mBatches.clear();
     mRecords.clear();
-    mControl = bag ? std::make_unique<Vellum5>(*bag, nullptr, this) : std::make_unique<Vellum5>();
+    mControl = bag ? std::make_unique<Vellum5>(*bag, nullptr, this) : std::make_unique<Vellum5>(nullptr, this);
     mSpy = std::make_unique<SignalSpy>(*mControl, [this](const Event &event) { heard(event); });
     QObject::connect(&surface(), &surface::HTMLEditor::documentLoaded, mControl.get(),
                      [this](const QString &text) { loaded(text); });
