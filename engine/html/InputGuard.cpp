@@ -150,6 +150,7 @@ private:
             at = tag.end;
             return;
         }
+        if (closing && tag.id == form) out.text.append(textBoundary);
         if (tag.surplus >= 0) {
             copyTo(tag.surplus);
             out.text.append(tag.selfClosing ? "/>" : ">");
@@ -221,6 +222,7 @@ private:
     qsizetype at = 0;
     OpenElements open;
     const int paragraph = open.idOf("p");
+    const int form = open.idOf("form");
     QHash<int, int> dropped; // start tags left out whose end tags are to be
 };
 

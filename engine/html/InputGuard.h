@@ -18,6 +18,11 @@ struct GuardedInput {
     QByteArray doctypeSpace; ///< white space behind it
 };
 
+/// Stands in the guarded text in front of each end tag of a form: the tree builder closes the form before it places the
+/// text that it has gathered, which would then stand behind the form; a comment makes it place the text. Its content is
+/// a noncharacter (Unicode 23.7: for use inside a program), so that no comment of a page is taken for it.
+inline constexpr char textBoundary[] = "<!--\xEF\xB7\x90-->";
+
 /// A pass in front of the tree builder, whose time grows with the square of the depth. It leaves out start tags (and their
 /// end tags) that go beyond the limits and keeps every character of text. It also does what HTML doesn't know: a tag of a
 /// prefixed element that ends in "/>" is closed (`<o:p/>`), and a tag that the input's end cuts off is kept as text.

@@ -144,6 +144,8 @@ private:
     void appendLeaf(const GumboNode &source, ParentNode &parent)
     {
         if (source.type == GUMBO_NODE_COMMENT) {
+            const GumboStringPiece &original = source.v.text.original_text;
+            if (QByteArrayView(original.data, qsizetype(original.length)) == textBoundary) return;
             RawTree::append(parent, *makeComment(source.v.text));
             return;
         }

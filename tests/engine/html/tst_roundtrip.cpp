@@ -65,6 +65,10 @@ void tst_roundtrip::bodyText_data()
     QTest::newRow("pre keeps its first line feed") << "<pre>\n\nx</pre>" << "<PRE>\r\n\r\nx</PRE>";
     QTest::newRow("white space stands") << "<p> a  b </p>  <p>c" << "<P> a  b </P>  <P>c</P>";
     QTest::newRow("cut-off tag is text") << "<p>a</p><b titl" << "<P>a</P>&lt;b titl";
+    QTest::newRow("text in front of a form's end") << "<form>Name: <input name=n> Mail</form>x<form><b>b</b> t</form>"
+        << "<FORM>Name: <INPUT name=\"n\"> Mail</FORM>x<FORM><B>b</B> t</FORM>";
+    QTest::newRow("form's end without a form") << "<p>a</form>b</p>" << "<P>ab</P>";
+    QTest::newRow("comment in front of a form's end") << "<form>a<!--c-->b</form>" << "<FORM>a<!--c-->b</FORM>";
     QTest::newRow("NUL") << QString("<p>a%1b").arg(QChar(0)) << QString("<P>a%1b</P>").arg(QChar(0xFFFD));
     QTest::newRow("emoji") << QString::fromUtf8("<p>😀é</p>") << QString::fromUtf8("<P>😀é</P>");
     QTest::newRow("implied cells") << "<table><tr><td>a<td>b" << "<TABLE><TBODY><TR><TD>a</TD><TD>b</TD></TR></TBODY></TABLE>";
