@@ -210,10 +210,7 @@ void Selection::replaceControl(IHTMLControlRange &range, const QString &Text)
 void Selection::replaceElement(IHTMLElement &e, IHTMLTxtRange &around, const QString &Text)
 {
     const auto write = [&Text](IHTMLElement &element) {
-        return attempt([&] {
-            base::faults::check("IHTMLElement", "outerHTML");
-            element.setOuterHTML(Text);
-        });
+        return attempt([&] { element.setOuterHTML(Text); });
     };
     if (write(e) == 0) return;
     // A paragraph that holds nothing else goes with it; one that does would lose its text.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/Dispatch.h"
 
+#include "base/Fault.h"
+
 namespace platform {
 
 using base::Error;
@@ -59,6 +61,19 @@ QString describe(const ObjectRef &object)
 
 namespace {
 
+/// An operation of the document model that was told to fail does so whichever way it is called. The control's own
+/// procedures have traps, which see to it themselves.
+void failIfTold(const ObjectRef &object, const Member &member)
+{
+    if (base::faults::armedCount() == 0) return;
+    const auto check = [&](const QString &interface) {
+        if (!interface.startsWith(QLatin1String("IHTML"))) return;
+        base::faults::check(interface.toLatin1().constData(), member.name.toLatin1().constData());
+    };
+    check(object.type()->name);
+    for (const Interface *interface : object.type()->interfaces(object)) check(interface->name());
+}
+
 const Member *seek(const ObjectRef &object, const QString &nameOrNumber)
 {
     const bool byNumber = nameOrNumber.startsWith(u'#');
@@ -106,9 +121,10 @@ bool hasMember(const ObjectRef &object, const QString &name)
 Value getMember(const ObjectRef &object, const QString &name, Arguments arguments)
 {
     const Member &member = findMember(object, name);
+    failIfTold(object, member);
     if (!member.get)
         throw Error(actionNotSupported, QStringLiteral("The property can't be read: %1").arg(member.name));
-    if (member.parameters.empty() && !arguments.empty()) {
+    if (!member.isMethod() && member.parameters.empty() && !arguments.empty()) {
         Arguments none;
         return defaultOf(member.get(object, none), std::move(arguments));
     }
@@ -120,6 +136,7 @@ Value getMember(const ObjectRef &object, const QString &name, Arguments argument
 void putMember(const ObjectRef &object, const QString &name, const Value &value, Arguments arguments)
 {
     const Member &member = findMember(object, name);
+    failIfTold(object, member);
     if (!member.put)
         throw Error(actionNotSupported, QStringLiteral("The property can't be written: %1").arg(member.name));
     checkCount(member, arguments);
@@ -132,10 +149,7 @@ CallResult callMember(const ObjectRef &object, const QString &name, Arguments ar
     const Member &member = findMember(object, name);
     if (!member.isMethod()) return {getMember(object, name, std::move(arguments)), {}};
     CallResult result;
-    if (member.parameters.empty() && !arguments.empty()) {
-        result.value = getMember(object, name, std::move(arguments));
-        return result;
-    }
+    failIfTold(object, member);
     checkCount(member, arguments);
     arguments.resize(member.parameters.size());
     result.value = member.get(object, arguments);

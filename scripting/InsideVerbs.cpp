@@ -14,6 +14,7 @@
 #include "scripting/Interpreter.h"
 
 #include <csignal>
+#include <limits>
 
 // What lies behind the public members.
 
@@ -37,7 +38,10 @@ void printCount(Interpreter &in, const char *name, const ChangeRecords &stack)
 void batch(Interpreter &in, Words &words)
 {
     std::vector<int> kinds;
-    while (!words.atEnd()) kinds.push_back(words.number("a kind"));
+    while (!words.atEnd()) {
+        kinds.push_back(words.number("a kind"));
+        if (kinds.back() < 0 || kinds.back() > 255) throw ScriptError(QStringLiteral("a kind is a byte: %1").arg(kinds.back()));
+    }
     if (!in.host().changeLog() || !in.state().mChangeManager) throw ScriptError(QStringLiteral("no manager"));
     in.host().changeLog()->batch(kinds);
 }
@@ -47,12 +51,16 @@ void steps(Interpreter &in, Words &words, bool isUndo)
     const QString count = words.wordOr(QStringLiteral("1"));
     words.finish();
     bool fine = true;
-    const int limit = count == QLatin1String("all") ? 1000000 : count.toInt(&fine);
-    if (!fine) throw ScriptError(QStringLiteral("a number or all: %1").arg(count));
+    const bool all = count == QLatin1String("all");
+    const int limit = all ? std::numeric_limits<int>::max() : count.toInt(&fine);
+    if (!fine || limit < 0) throw ScriptError(QStringLiteral("a number or all: %1").arg(count));
+    in.control().FlushChanges(); // what waits is a step too
     int done = 0;
     for (; done < limit; ++done) {
-        if (!(isUndo ? in.control().UndoEnabled() : in.control().RedoEnabled())) break;
+        const bool is = isUndo ? in.control().UndoEnabled() : in.control().RedoEnabled();
+        if (!is && all) break;
         isUndo ? in.control().Undo() : in.control().Redo();
+        if (!is) break;
     }
     in.print(QString::number(done));
 }

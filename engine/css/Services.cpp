@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/css/Services.h"
 
+#include "base/Fault.h"
 #include "engine/dom/Assignment.h"
 #include "engine/dom/Names.h"
 
@@ -238,6 +239,7 @@ StyleSheetObject *Services::styleSheet(dom::Document &, uint32_t index)
 
 StyleSheetObject *Services::createStyleSheet(dom::Document &, const QString &href)
 {
+    base::faults::check("IHTMLDocument2", "createStyleSheet");
     if (href.trimmed().isEmpty()) {
         mCreated.push_back(base::make<StyleSheetObject>(*this, StyleSheetObject::Kind::Created, nullptr));
         mCreated.back()->mLoaded = true;

@@ -2,6 +2,7 @@
 #include "engine/css/StyleSheetObject.h"
 
 #include "base/Error.h"
+#include "base/Fault.h"
 #include "engine/css/Services.h"
 #include "engine/dom/Names.h"
 
@@ -169,6 +170,7 @@ base::Ref<RuleObject> StyleSheetObject::rule(uint32_t index)
 
 int StyleSheetObject::addRule(const QString &selector, const QString &css, int index)
 {
+    base::faults::check("IHTMLStyleSheet", "addRule");
     const ValueMode mode = mServices ? mServices->engine().valueMode() : ValueMode::Strict;
     Rule rule = checkedRule(selector, css, mode);
     rule.style->block->setBaseURL(mBaseURL);

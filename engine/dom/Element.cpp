@@ -2,6 +2,7 @@
 #include "engine/dom/Element.h"
 
 #include "base/Error.h"
+#include "base/Fault.h"
 #include "engine/dom/Assignment.h"
 #include "engine/dom/CharacterData.h"
 #include "engine/dom/Names.h"
@@ -99,11 +100,13 @@ void Element::setClassName(const QString &value)
 
 QString Element::innerHTML() const
 {
+    base::faults::check("IHTMLElement", "innerHTML");
     return markupOf(*this).innerHTML(*this);
 }
 
 QString Element::outerHTML() const
 {
+    base::faults::check("IHTMLElement", "outerHTML");
     return markupOf(*this).outerHTML(*this);
 }
 
@@ -114,6 +117,7 @@ QString Element::innerText() const
 
 void Element::setInnerHTML(const QString &html)
 {
+    base::faults::check("IHTMLElement", "innerHTML");
     if (isVoid() || is(names::html)) refuse(QStringLiteral("This element can't have content of its own."));
     Ref<Element> keep(this);
     MarkupServices &markup = markupOf(*this);
@@ -127,6 +131,7 @@ void Element::setInnerHTML(const QString &html)
 
 void Element::setOuterHTML(const QString &html)
 {
+    base::faults::check("IHTMLElement", "outerHTML");
     if (isRoot(*this)) refuse(QStringLiteral("HTML, HEAD and BODY can't be replaced."));
     ParentNode *parent = parentNode();
     if (!parent) refuse(QStringLiteral("The element stands in no document."));
@@ -147,6 +152,7 @@ void Element::setOuterHTML(const QString &html)
 
 void Element::setInnerText(const QString &text)
 {
+    base::faults::check("IHTMLElement", "innerText");
     if (isVoid()) refuse(QStringLiteral("This element can't have content."));
     Ref<Element> keep(this);
     Assignment assignment(*this);
@@ -185,6 +191,7 @@ Place adjacentPlace(Element &element, const QString &where)
 
 void Element::insertAdjacentHTML(const QString &where, const QString &html)
 {
+    base::faults::check("IHTMLElement", "insertAdjacentHTML");
     const Place place = adjacentPlace(*this, where);
     if (place.parent == this && isVoid()) refuse(QStringLiteral("This element can't have content."));
     MarkupServices &markup = markupOf(*this);
@@ -196,6 +203,7 @@ void Element::insertAdjacentHTML(const QString &where, const QString &html)
 
 void Element::insertAdjacentText(const QString &where, const QString &text)
 {
+    base::faults::check("IHTMLElement", "insertAdjacentText");
     const Place place = adjacentPlace(*this, where);
     if (place.parent == this && isVoid()) refuse(QStringLiteral("This element can't have content."));
     if (text.isEmpty()) return;
