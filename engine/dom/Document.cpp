@@ -2,6 +2,7 @@
 #include "engine/dom/Document.h"
 
 #include "engine/dom/CharacterData.h"
+#include "engine/dom/LineEnds.h"
 #include "engine/dom/Names.h"
 
 namespace dom {
@@ -231,7 +232,7 @@ Ref<Element> Document::createElement(const QString &name)
 
 Ref<Text> Document::createTextNode(const QString &data)
 {
-    return base::make<Text>(*this, data);
+    return base::make<Text>(*this, withLf(data));
 }
 
 // ElementCollection

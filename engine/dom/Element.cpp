@@ -5,6 +5,7 @@
 #include "base/Fault.h"
 #include "engine/dom/Assignment.h"
 #include "engine/dom/CharacterData.h"
+#include "engine/dom/LineEnds.h"
 #include "engine/dom/Names.h"
 #include "engine/dom/RawTree.h"
 
@@ -27,14 +28,6 @@ MarkupServices &markupOf(const Node &node)
 bool isRoot(const Element &element)
 {
     return element.is(names::html) || element.is(names::head) || element.is(names::body);
-}
-
-QString withLf(const QString &text)
-{
-    QString result = text;
-    result.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    result.replace(u'\r', u'\n');
-    return result;
 }
 
 /// A block held open that is written over itself, empty, stays held open.
@@ -207,7 +200,7 @@ void Element::insertAdjacentText(const QString &where, const QString &text)
     const Place place = adjacentPlace(*this, where);
     if (place.parent == this && isVoid()) refuse(QStringLiteral("This element can't have content."));
     if (text.isEmpty()) return;
-    place.parent->insertBefore(*document().createTextNode(withLf(text)), place.before);
+    place.parent->insertBefore(*document().createTextNode(text), place.before);
 }
 
 Ref<ElementCollection> Element::children()

@@ -146,11 +146,15 @@ private:
         }
         tag.id = open.idOf(tag.name);
         const bool raw = !open.inForeign() && open.is(tag.id, IsRawText);
+        const bool plaintext = tag.id == plainText && !open.inForeign();
+        const bool endsParagraph = plaintext && !closing && open.hasParagraph();
         if (closing ? !keepEndTag(tag.id) : !keepStartTag(tag)) {
             at = tag.end;
             return;
         }
         if (closing && tag.id == form) out.text.append(textBoundary);
+        if (endsParagraph) out.text.append("</p>");
+        if (plaintext || tag.id == isIndex) hideName(tag, closing);
         if (tag.surplus >= 0) {
             copyTo(tag.surplus);
             out.text.append(tag.selfClosing ? "/>" : ">");
@@ -162,25 +166,43 @@ private:
         if (tag.selfClosing && tag.name.contains(':') && !open.inForeign()) {
             out.text.append("</" + tag.name + ">");
             open.close(tag.id);
-        } else if (tag.name == "plaintext") {
-            copyTo(in.size());
+        } else if (plaintext) {
+            plainContent();
         } else if (raw) {
             rawText(tag.name);
         }
     }
 
-    void rawText(const QByteArray &name)
+    void rawText(const QByteArray &name) { copyTo(endOfRawText(name)); }
+
+    qsizetype endOfRawText(const QByteArray &name) const
     {
         const QByteArray closer = "</" + name;
         for (qsizetype i = at;; ++i) {
             i = in.indexOf("</", i);
-            if (i < 0) return copyTo(in.size());
+            if (i < 0) return in.size();
             const qsizetype behind = i + closer.size();
             if (qstrnicmp(in.constData() + i, closer.constData(), size_t(closer.size())) != 0) continue;
             if (behind < in.size() && !isSpace(in[behind]) && in[behind] != '/' && in[behind] != '>') continue;
-            copyTo(i);
-            return;
+            return i;
         }
+    }
+
+    /// Copies the tag's name so that the tree builder doesn't know it.
+    void hideName(const Tag &tag, bool closing)
+    {
+        copyTo(at + (closing ? 2 : 1) + tag.name.size());
+        out.text.append(nameMark);
+    }
+
+    /// To the tree builder everything behind PLAINTEXT is text, the page's own end too, which would grow each time that
+    /// the page is saved. Here it goes as far as its end tag.
+    void plainContent()
+    {
+        const qsizetype end = endOfRawText("plaintext");
+        QByteArray content = in.mid(at, end - at);
+        out.text.append(content.replace('&', "&amp;").replace('<', "&lt;"));
+        at = end;
     }
 
     bool keepStartTag(const Tag &tag)
@@ -223,6 +245,8 @@ private:
     OpenElements open;
     const int paragraph = open.idOf("p");
     const int form = open.idOf("form");
+    const int plainText = open.idOf("plaintext");
+    const int isIndex = open.idOf("isindex");
     QHash<int, int> dropped; // start tags left out whose end tags are to be
 };
 

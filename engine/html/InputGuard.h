@@ -23,6 +23,10 @@ struct GuardedInput {
 /// a noncharacter (Unicode 23.7: for use inside a program), so that no comment of a page is taken for it.
 inline constexpr char textBoundary[] = "<!--\xEF\xB7\x90-->";
 
+/// Stands behind the name in tags of elements that the tree builder would treat as no browser does any more (ISINDEX, whose
+/// prompt it puts into the text) or so that the page couldn't be saved (PLAINTEXT).
+inline constexpr char nameMark[] = "\xEF\xB7\x90";
+
 /// A pass in front of the tree builder, whose time grows with the square of the depth. It leaves out start tags (and their
 /// end tags) that go beyond the limits and keeps every character of text. It also does what HTML doesn't know: a tag of a
 /// prefixed element that ends in "/>" is closed (`<o:p/>`), and a tag that the input's end cuts off is kept as text.

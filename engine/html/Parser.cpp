@@ -2,6 +2,7 @@
 #include "engine/html/Parser.h"
 
 #include "engine/dom/CharacterData.h"
+#include "engine/dom/LineEnds.h"
 #include "engine/dom/Names.h"
 #include "engine/dom/RawTree.h"
 #include "engine/html/InputGuard.h"
@@ -28,13 +29,6 @@ QByteArray encoded(const QString &text)
 QString decoded(const char *text, qsizetype length = -1)
 {
     return QString::fromUtf8(text, length);
-}
-
-QString withLf(QString text)
-{
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(u'\r', u'\n');
-    return text;
 }
 
 class Gumbo
@@ -116,14 +110,14 @@ private:
         if (name.isEmpty() && source.tag != GUMBO_TAG_UNKNOWN && space == Namespace::Html)
             name = decoded(gumbo_normalized_tagname(source.tag));
         if (name.isEmpty()) {
-            name = writtenName(source);
+            name = writtenName(source).remove(QString::fromUtf8(nameMark));
             if (space == Namespace::Html && !name.contains(u':')) name = name.toLower();
         }
         if (name.isEmpty()) name = decoded(gumbo_normalized_tagname(source.tag));
         auto element = base::make<Element>(mDocument, Atom(name), space);
         for (unsigned i = 0; i < source.attributes.length; ++i) {
             const auto *attribute = static_cast<const GumboAttribute *>(source.attributes.data[i]);
-            const QString value = withLf(decoded(attribute->value));
+            const QString value = dom::withLf(decoded(attribute->value));
             RawTree::setAttribute(*element, Atom(attributeName(*attribute)), &value);
         }
         return element;
@@ -149,7 +143,7 @@ private:
             RawTree::append(parent, *makeComment(source.v.text));
             return;
         }
-        const QString data = decoded(source.v.text.text);
+        const QString data = dom::withLf(decoded(source.v.text.text));
         Node *last = parent.lastChild();
         if (last && last->isText()) {
             auto &text = static_cast<Text &>(*last);
@@ -164,8 +158,8 @@ private:
         const GumboStringPiece &original = source.original_text;
         const QByteArray written = QByteArray::fromRawData(original.data, qsizetype(original.length));
         const bool plain = written.startsWith("<!--") || !written.startsWith('<') || !written.endsWith('>');
-        if (plain) return base::make<Comment>(mDocument, withLf(decoded(source.text)));
-        const QString data = withLf(decoded(written.constData() + 1, written.size() - 2));
+        if (plain) return base::make<Comment>(mDocument, dom::withLf(decoded(source.text)));
+        const QString data = dom::withLf(decoded(written.constData() + 1, written.size() - 2));
         declarePrefix(data);
         return base::make<Comment>(mDocument, data, Comment::Form::Declaration);
     }
@@ -297,8 +291,8 @@ Ref<Document> parseDocument(const QString &text)
     document->markup = &Markup::instance();
     document->setMode(mode);
     if (hasDoctype)
-        RawTree::append(*document, *base::make<DocumentType>(*document, withLf(QString::fromUtf8(input.doctype)),
-                                                             withLf(QString::fromUtf8(input.doctypeSpace))));
+        RawTree::append(*document, *base::make<DocumentType>(*document, dom::withLf(QString::fromUtf8(input.doctype)),
+                                                             dom::withLf(QString::fromUtf8(input.doctypeSpace))));
     Builder(*document).build(source->children, *document);
     return document;
 }
@@ -308,7 +302,7 @@ Ref<DocumentFragment> parseFragment(Document &document, const Element &context, 
     auto fragment = base::make<DocumentFragment>(document);
     if (text.isEmpty()) return fragment;
     if (context.is(names::script) || context.is(names::style) || context.is(names::xmp)) {
-        RawTree::append(*fragment, *document.createTextNode(withLf(text)));
+        RawTree::append(*fragment, *document.createTextNode(text));
         return fragment;
     }
     const GuardedInput input = guardInput(encoded(text));

@@ -69,6 +69,11 @@ void tst_roundtrip::bodyText_data()
         << "<FORM>Name: <INPUT name=\"n\"> Mail</FORM>x<FORM><B>b</B> t</FORM>";
     QTest::newRow("form's end without a form") << "<p>a</form>b</p>" << "<P>ab</P>";
     QTest::newRow("comment in front of a form's end") << "<form>a<!--c-->b</form>" << "<FORM>a<!--c-->b</FORM>";
+    QTest::newRow("line ends as references") << "<p>a&#13;b&#13;&#10;c</p>" << "<P>a\r\nb\r\nc</P>";
+    QTest::newRow("plain text") << "<p>a<plaintext>b &amp; <i>c"
+                                << "<P>a</P><PLAINTEXT>b &amp; <i>c</PLAINTEXT>";
+    QTest::newRow("plain text with an end") << "<plaintext>b</plaintext><p>c" << "<PLAINTEXT>b</PLAINTEXT><P>c</P>";
+    QTest::newRow("prompt") << "<p>a</p><isindex prompt=x>b" << "<P>a</P><ISINDEX prompt=\"x\">b</ISINDEX>";
     QTest::newRow("NUL") << QString("<p>a%1b").arg(QChar(0)) << QString("<P>a%1b</P>").arg(QChar(0xFFFD));
     QTest::newRow("emoji") << QString::fromUtf8("<p>😀é</p>") << QString::fromUtf8("<P>😀é</P>");
     QTest::newRow("implied cells") << "<table><tr><td>a<td>b" << "<TABLE><TBODY><TR><TD>a</TD><TD>b</TD></TR></TBODY></TABLE>";
@@ -115,6 +120,8 @@ void tst_roundtrip::savedTextLoadsTheSame_data()
     QTest::newRow("misnested") << "<b><p>a</b>b</p><a href=x>1<a href=y>2</a><table><b>q</table>";
     QTest::newRow("frames") << "<frameset rows='*,*'><frame src=a><frame src=b></frameset>";
     QTest::newRow("forms") << "<form><input value='\"'><textarea>\n\n a<b</textarea><select><option>1<option>2</select>";
+    QTest::newRow("plain text") << "<p>a<plaintext>b &amp; <i>c";
+    QTest::newRow("line ends as references") << "<p>a&#13;b&#13;&#10;c";
     QTest::newRow("head only") << "<title>x &amp; y</title><meta name=a content=b>";
     QTest::newRow("empty") << "";
     QTest::newRow("math") << "<math><mi>x</mi><annotation-xml encoding='text/html'><p>y</annotation-xml></math>";
