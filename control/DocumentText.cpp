@@ -250,7 +250,7 @@ void DocumentText::addBodyModeStyles()
         }
     }
     if (mState.mCurrentEditView == EditViewEnum::hvPreview && document.body())
-        document.body()->runtimeStyle()->setProperty(QStringLiteral("visibility"), QStringLiteral("visible"));
+        document.body()->style()->showAs(QStringLiteral("visibility"), QStringLiteral("visible"));
 }
 
 // Out
@@ -270,7 +270,8 @@ void DocumentText::UpdateInternalHTMLText()
         // While a load is under way, and once the control has ended, there is nothing on the surface to copy, and the
         // store has the text.
         if (mState.mLoadingEd || !mDoc()) return;
-        SetInternalHTMLText(GetVisualHTML(), false);
+        // No document reads as nothing: a reading that failed must not empty the store.
+        if (const QString text = GetVisualHTML(); !text.isEmpty()) SetInternalHTMLText(text, false);
     });
 }
 

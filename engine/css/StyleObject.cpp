@@ -74,7 +74,16 @@ void StyleObject::setCssText(const QString &text)
 
 QString StyleObject::getAttribute(const QString &name) const
 {
-    return name.compare(QLatin1String("cssText"), Qt::CaseInsensitive) == 0 ? cssText() : block()->value(name);
+    if (name.compare(QLatin1String("cssText"), Qt::CaseInsensitive) == 0) return cssText();
+    const QString shown = mShown ? mShown->value(name) : QString();
+    return shown.isNull() ? block()->value(name) : shown;
+}
+
+void StyleObject::showAs(const QString &name, const QString &value)
+{
+    mShown = mShown ? mShown->copy() : base::make<DeclarationBlock>();
+    mShown->setValue(name, value);
+    if (Services *services = Services::of(*mElement)) services->runtimeStyle(*mElement)->setAttribute(name, value);
 }
 
 QString StyleObject::property(const QString &name) const
@@ -86,6 +95,8 @@ QString StyleObject::property(const QString &name) const
 void StyleObject::setAttribute(const QString &name, const QString &value)
 {
     if (name.compare(QLatin1String("cssText"), Qt::CaseInsensitive) == 0) return setCssText(value);
+    if (mShown && mShown->remove(name) && mElement->rareData().runtimeStyle)
+        static_cast<StyleObject &>(*mElement->rareData().runtimeStyle).removeAttribute(name);
     const base::Ref<DeclarationBlock> before = block();
     auto after = before->copy();
     after->setValue(name, value);

@@ -50,6 +50,9 @@ public:
     /// As the named members of the contract: "" where it is unset.
     QString property(const QString &name) const;
     void setProperty(const QString &name, const QVariant &value) { setAttribute(name, value); }
+    /// Of an inline style: the property reads and shows so from now on, until it is written, but stands neither in the
+    /// text nor in a record. For what a view does to a page that isn't the page's own.
+    void showAs(const QString &name, const QString &value);
     /// Whether the name is one that a style has as a member.
     static bool isProperty(const QString &name);
     /// All members' names, as scripts write them.
@@ -66,6 +69,7 @@ private:
     dom::Element *mElement = nullptr;
     RuleObject *mRule = nullptr;
     base::Ref<DeclarationBlock> mRuntime; ///< of a runtime style; null: empty
+    base::Ref<DeclarationBlock> mShown;   ///< of an inline style, what `showAs` told; null: nothing
 };
 
 } // namespace css
