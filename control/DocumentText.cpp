@@ -17,6 +17,7 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 
+using support::given;
 using support::Parameters;
 using support::trap;
 
@@ -129,8 +130,11 @@ QString DocumentText::GetInternalHTMLText() const
 
 QString DocumentText::FormatHTML(const QString &Text, bool IsBody)
 {
-    Q_UNUSED(IsBody);
-    return Text; // the formatter's place
+    QString Result = Text; // what a failure leaves
+    trap(module, "FormatHTML", given(&mState, "Text", Text, "IsBody", IsBody), [&] {
+        // the formatter's place
+    });
+    return Result;
 }
 
 void DocumentText::SetedDocumentHTML(const QString &Text)

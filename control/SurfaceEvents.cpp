@@ -16,7 +16,9 @@ using support::trap;
 
 namespace {
 constexpr char module[] = "Vellum5";
-}
+constexpr int refreshToolsDelay = 500; // milliseconds
+constexpr int keyLeft = 37, keyDown = 40; // the codes of the arrow keys lie between
+} // namespace
 
 SurfaceEvents::SurfaceEvents(ControlState &state, Host &host, HTMLEditor &surface, CodeMax &source,
                              const EditableRegions &regions, const Selection &selection)
@@ -166,6 +168,39 @@ bool SurfaceEvents::IsIdle() const
     return base::Clock::instance().now().toSecsSinceEpoch() - mState.mLastChangeTime.toSecsSinceEpoch() > 2;
 }
 
+void SurfaceEvents::SetRefreshToolsTimer()
+{
+    trap(module, "SetRefreshToolsTimer", &mState, [&] {
+        if (mRefreshToolsTimer) {
+            mRefreshToolsTimer->setEnabled(false);
+        } else {
+            mRefreshToolsTimer = std::make_unique<base::Timer>();
+            mRefreshToolsTimer->setInterval(refreshToolsDelay);
+            connect(mRefreshToolsTimer.get(), &base::Timer::timeout, this, [this] {
+                changes::EditScope scope;
+                mRefreshToolsTimer_Timer();
+            });
+        }
+        mRefreshToolsTimer->setEnabled(true);
+    });
+}
+
+void SurfaceEvents::mRefreshToolsTimer_Timer()
+{
+    trap(module, "mRefreshToolsTimer_Timer", &mState, [&] {
+        // It may be what calls.
+        mRefreshToolsTimer->setEnabled(false);
+        mRefreshToolsTimer.release()->deleteLater();
+        mHost.RefreshTools();
+    });
+}
+
+void SurfaceEvents::dropTimers()
+{
+    timChange.setEnabled(false);
+    mRefreshToolsTimer.reset();
+}
+
 // The surface
 
 void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault)
@@ -176,6 +211,10 @@ void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bo
         if (!EventInfo->srcElement || !mState.mVisible || mState.mCurrentEditView == EditViewEnum::hvPreview) return;
         if (EventId == elementevents::mouseDown) mState.mMouseIsDown = true;
         if (EventId == elementevents::mouseUp) mState.mMouseIsDown = false;
+        // Moving the caret refreshes once it rests, not at each key.
+        const bool isArrow = EventInfo->keyCode >= keyLeft && EventInfo->keyCode <= keyDown;
+        if (EventId == elementevents::keyUp && isArrow && modMain::IsElementEditable(EventInfo->srcElement.get()))
+            SetRefreshToolsTimer();
         mHost.raiseElementEvent(EventId, EventInfo, CancelDefault);
     });
 }

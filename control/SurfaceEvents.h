@@ -4,6 +4,8 @@
 #include "base/Clock.h"
 #include "control/ControlState.h"
 
+#include <memory>
+
 class CodeMax;
 class EditableRegions;
 class Host;
@@ -30,6 +32,11 @@ public:
     /// An edit that leaves nothing to undo is no change, unless forced.
     void RaiseChangeEvent(bool Force);
     bool IsIdle() const;
+    /// Refreshes the command states half a second after the last of a row of calls.
+    void SetRefreshToolsTimer();
+    void mRefreshToolsTimer_Timer();
+    /// No timer is left that would fire.
+    void dropTimers();
     void ForceElementChange(IHTMLElement *Element);
     /// As if the manager had seen a change in the element that is selected.
     void ForceSelectedElementChanged();
@@ -43,6 +50,7 @@ public:
     base::Timer timChange;
 
 private:
+    std::unique_ptr<base::Timer> mRefreshToolsTimer; ///< there from its start until it has fired
     void restartChangeTimer();
     void raiseSpansWithin(IHTMLElement *Element);
 

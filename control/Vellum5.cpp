@@ -177,7 +177,8 @@ void Vellum5::setWrapCharacters(int Characters)
 
 QString Vellum5::FormatHTMLString(const QString &Text, bool IsBody)
 {
-    return mParts->text.FormatHTML(Text, IsBody);
+    return trap(module, "FormatHTMLString", given(&mParts->state, "Text", Text, "IsBody", IsBody),
+                [&] { return mParts->text.FormatHTML(Text, IsBody); });
 }
 
 // Views

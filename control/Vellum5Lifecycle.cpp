@@ -303,7 +303,7 @@ void Vellum5::Terminate()
         mParts->journal.close();
         mParts->text.ResetNavSound();
         state.mTheme.reset();
-        mParts->events.timChange.setEnabled(false);
+        mParts->events.dropTimers();
         mParts->timSpellCheck.setEnabled(false);
         state.mStylesheets = std::make_shared<platform::Collection>();
         state.mSpellChoiceElement = nullptr;

@@ -159,9 +159,10 @@ void Views::setShowFlatStrip(bool Show)
 void Views::setShowPreviewButton(bool Show)
 {
     trap(module, "ShowPreviewButton", given(&mState, "ShowPreviewButton", Show), [&] {
-        if (mState.mShowPreviewButton == Show) return;
-        mState.mShowPreviewButton = Show;
-        c.strip.setTabVisible(tabKeys[2], Show);
+        if (mState.mShowPreviewButton != Show) {
+            mState.mShowPreviewButton = Show;
+            c.strip.setTabVisible(tabKeys[2], Show);
+        }
         mHost.tellPropertyChanged("ShowPreviewButton");
     });
 }

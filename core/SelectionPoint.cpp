@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/SelectionPoint.h"
 
+#include "core/modMainDump.h"
 #include "engine/ranges/TextIndex.h"
-#include "support/FailureTrap.h"
 
 namespace modMain {
 
@@ -10,8 +10,6 @@ using support::given;
 using support::trap;
 
 namespace {
-
-const support::ModuleDump module = nullptr;
 
 SelectionRange rangeOf(IHTMLDocument2 *DOM)
 {
@@ -29,7 +27,8 @@ bool isReached(IHTMLDocument2 &DOM, ranges::TextIndex &index, uint32_t count)
     static const dom::Atom objects[] = {"img",    "input", "button", "select", "textarea", "object", "embed",
                                         "iframe", "video", "audio",  "canvas", "svg",      "applet", "hr"};
     uint32_t withoutText = 1; // the end of the last block, which is no part of the text
-    for (const dom::Atom name : objects) withoutText += uint32_t(DOM.elementsNamed(name).size());
+    for (const dom::Atom name : objects)
+        withoutText += uint32_t(DOM.elementsNamed(name).size());
     if (count <= 1 || count + withoutText <= index.total() + 1) return true;
     return qsizetype(count) - 1 <= ranges::createTextRange(DOM)->text().size();
 }
@@ -80,7 +79,8 @@ void SaveSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &Char
 void RestoreSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &CharactersFromStart)
 {
     trap("modMain", "RestoreSelectionPoint",
-         given(module, "DOM", DOM, "SelectionLength", SelectionLength, "CharactersFromStart", CharactersFromStart), [&] {
+         given(module, "DOM", DOM, "SelectionLength", SelectionLength, "CharactersFromStart", CharactersFromStart),
+         [&] {
              const SelectionRange range = rangeOf(DOM);
              // In a page without a character every place is the same: the selection stays.
              if (range.text && range.text->index().total() > 0) {

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/modMain.h"
 
+#include "core/modMainDump.h"
 #include "engine/css/StyleObject.h"
 #include "platform/FileHelper.h"
-#include "support/FailureTrap.h"
 
 #include <QRegularExpression>
 
 namespace modMain {
 
 using support::attempt;
+using support::given;
 using support::Parameters;
 using support::trap;
 
@@ -19,7 +20,7 @@ bool mAutoFormatHTML = true;
 bool mExtendedStyleSupportEnabled = false;
 bool mExtendedStyleSupportChecked = false;
 
-static void dumpModule(support::VariableDump &dump)
+void dumpModuleVariables(support::VariableDump &dump)
 {
     dump.add("mInstanceCount", mInstanceCount)
         .add("mAppName", mAppName)
@@ -28,20 +29,19 @@ static void dumpModule(support::VariableDump &dump)
         .add("mExtendedStyleSupportChecked", mExtendedStyleSupportChecked);
 }
 
-static const support::ModuleDump module = &dumpModule;
-
 void Main()
 {
     static bool done = false;
     if (std::exchange(done, true)) return;
     trap("modMain", "Main", module, [] {
-        support::registerGlobalVariable(QStringLiteral("mInstanceCount"), [] { return support::dumpValue(mInstanceCount); });
+        support::registerGlobalVariable(QStringLiteral("mInstanceCount"),
+                                        [] { return support::dumpValue(mInstanceCount); });
         support::registerGlobalVariable(QStringLiteral("mAppName"), [] { return support::dumpValue(mAppName); });
         support::registerGlobalVariable(QStringLiteral("mAutoFormatHTML"),
                                         [] { return support::dumpValue(mAutoFormatHTML); });
-        const QString stored = support::SettingsStore::instance().read(
-            support::SettingsRoot::CurrentUser, QStringLiteral("Software\\Brimfield\\VellumPad"),
-            QStringLiteral("AutoFormatHTML"));
+        const QString stored = support::SettingsStore::instance().read(support::SettingsRoot::CurrentUser,
+                                                                       QStringLiteral("Software\\Brimfield\\VellumPad"),
+                                                                       QStringLiteral("AutoFormatHTML"));
         mAutoFormatHTML = stored != QLatin1String("False");
     });
 }
@@ -50,7 +50,10 @@ void Main()
 
 QString RegKeyPath()
 {
-    return QStringLiteral("Software\\Brimfield\\") + (mAppName.isEmpty() ? QStringLiteral("BrimVellumPad") : mAppName);
+    return trap("modMain", "RegKeyPath", module, [] {
+        return QStringLiteral("Software\\Brimfield\\") +
+               (mAppName.isEmpty() ? QStringLiteral("BrimVellumPad") : mAppName);
+    });
 }
 
 static double leadingNumber(const QString &text)
@@ -142,7 +145,7 @@ QVariant GetAttribute(IHTMLElement *e, const QString &Name)
 
 void SetAttribute(IHTMLElement *e, const QString &Name, const QVariant &Value)
 {
-    const QString text = Value.toString();
+    const QString text = settingText(Value);
     if (text.isEmpty()) return RemoveAttribute(e, Name);
     if (!e || GetAttribute(e, Name).toString() == text) return;
     const long failed = attempt([&] {
@@ -202,12 +205,13 @@ void RemoveStyleAttribute(IHTMLElement *e, const QString &Name)
 
 QString GetElementClassName(IHTMLElement *e)
 {
-    return e ? e->className() : QString();
+    return trap("modMain", "GetElementClassName", given(module, "e", e),
+                [&] { return e ? e->className() : QString(); });
 }
 
 QString GetUniqueName(IHTMLElement *e)
 {
-    return e ? e->uniqueID() : QString();
+    return trap("modMain", "GetUniqueName", given(module, "e", e), [&] { return e ? e->uniqueID() : QString(); });
 }
 
 // Elements
@@ -219,43 +223,49 @@ static bool isBody(const IHTMLElement *e)
 
 bool IsChildElement(IHTMLElement *Parent, IHTMLElement *e)
 {
-    if (!Parent) return false;
-    const QString wanted = GetUniqueName(Parent);
-    for (IHTMLElement *at = e; at && !isBody(at); at = at->parentElement())
-        if (at->parentElement() && GetUniqueName(at->parentElement()) == wanted) return true;
-    return false;
+    return trap("modMain", "IsChildElement", given(module, "Parent", Parent, "e", e), [&] {
+        if (!Parent) return false;
+        const QString wanted = GetUniqueName(Parent);
+        for (IHTMLElement *at = e; at && !isBody(at); at = at->parentElement())
+            if (at->parentElement() && GetUniqueName(at->parentElement()) == wanted) return true;
+        return false;
+    });
 }
 
 bool IsElementEditable(IHTMLElement *e)
 {
-    return e && e->isContentEditable();
+    return trap("modMain", "IsElementEditable", given(module, "e", e), [&] { return e && e->isContentEditable(); });
 }
 
 bool IsEditWrapperElement(IHTMLElement *e)
 {
-    const QString name = GetElementClassName(e);
-    return name.contains(QLatin1String("widgetproperty"), Qt::CaseInsensitive) ||
-           name.contains(QLatin1String("qsedit"), Qt::CaseInsensitive) ||
-           name.contains(QLatin1String("lxedit"), Qt::CaseInsensitive);
+    return trap("modMain", "IsEditWrapperElement", given(module, "e", e), [&] {
+        const QString name = GetElementClassName(e);
+        return name.contains(QLatin1String("widgetproperty"), Qt::CaseInsensitive) ||
+               name.contains(QLatin1String("qsedit"), Qt::CaseInsensitive) ||
+               name.contains(QLatin1String("lxedit"), Qt::CaseInsensitive);
+    });
 }
 
 bool IsVisibleElement(IHTMLElement *e, bool OnlyEditable)
 {
-    if (!e) return false;
-    const QString name = GetElementClassName(e);
-    if (OnlyEditable && !IsElementEditable(e)) return name == QLatin1String("BrimContentWidget");
-    const QString tag = e->tagName();
-    if (tag == QLatin1String("DIV")) return !IsEditWrapperElement(e);
-    if (tag != QLatin1String("SPAN")) return true;
-    if (e->idAttribute().contains(QLatin1String("TaggedComment|"))) return false;
-    if (name.contains(QLatin1String("lxMisspelled"), Qt::CaseInsensitive)) return false;
-    return name.compare(QLatin1String("qsedit"), Qt::CaseInsensitive) != 0 &&
-           name.compare(QLatin1String("widgetproperty"), Qt::CaseInsensitive) != 0;
+    return trap("modMain", "IsVisibleElement", given(module, "e", e, "OnlyEditable", OnlyEditable), [&] {
+        if (!e) return false;
+        const QString name = GetElementClassName(e);
+        if (OnlyEditable && !IsElementEditable(e)) return name == QLatin1String("BrimContentWidget");
+        const QString tag = e->tagName();
+        if (tag == QLatin1String("DIV")) return !IsEditWrapperElement(e);
+        if (tag != QLatin1String("SPAN")) return true;
+        if (e->idAttribute().contains(QLatin1String("TaggedComment|"))) return false;
+        if (name.contains(QLatin1String("lxMisspelled"), Qt::CaseInsensitive)) return false;
+        return name.compare(QLatin1String("qsedit"), Qt::CaseInsensitive) != 0 &&
+               name.compare(QLatin1String("widgetproperty"), Qt::CaseInsensitive) != 0;
+    });
 }
 
 void RemoveSpan(IHTMLElement *e)
 {
-    trap("modMain", "RemoveSpan", module, [&] {
+    trap("modMain", "RemoveSpan", given(module, "e", e), [&] {
         if (!e) return;
         base::Ref<IHTMLElement> keep(e);
         e->insertAdjacentText(QStringLiteral("afterend"), e->innerText());
@@ -265,13 +275,14 @@ void RemoveSpan(IHTMLElement *e)
 
 QString GetHrefFromElement(IHTMLElement *e)
 {
-    if (!e) return {};
-    QString href;
-    const long failed = attempt([&] {
-        base::faults::check("IHTMLElement", "href");
-        href = e->href();
+    return trap<QString>("modMain", "GetHrefFromElement", given(module, "e", e), [&](QString &Result) {
+        if (!e) return;
+        const long failed = attempt([&] {
+            base::faults::check("IHTMLElement", "href");
+            Result = e->href();
+        });
+        if (failed != 0) Result = GetHrefFromOuterHTML(e->outerHTML());
     });
-    return failed == 0 ? href : GetHrefFromOuterHTML(e->outerHTML());
 }
 
 QString ToRelativeFileName(const QString &BaseURL, const QString &FileName)

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/modMainText.h"
 
+#include "core/modMainDump.h"
+
 #include <optional>
 
 namespace modMain {
+
+using support::given;
+using support::trap;
 
 namespace {
 
@@ -44,98 +49,120 @@ int hexDigit(QChar c)
 
 qsizetype InStrEx(qsizetype Start, const QString &Text, const QString &SearchFor, enum Compare Compare)
 {
-    const auto sensitivity = Compare == Compare::Text ? Qt::CaseInsensitive : Qt::CaseSensitive;
-    qsizetype from = std::max<qsizetype>(Start, 1) - 1;
-    if (from >= Text.size()) return 0;
-    qsizetype counted = 0; // up to where quotes have been counted
-    bool inQuotes = false;
-    for (;;) {
-        const qsizetype hit = Text.indexOf(SearchFor, from, sensitivity);
-        if (hit < 0) return 0;
-        for (; counted < hit; ++counted)
-            if (Text[counted] == u'"') inQuotes = !inQuotes;
-        if (!inQuotes) return hit + 1;
-        const qsizetype closing = Text.indexOf(QLatin1Char('"'), hit + 1);
-        if (closing < 0) return 0;
-        from = closing + 1;
-    }
+    return trap("modMain", "InStrEx", given(module, "Start", Start, "Text", Text, "SearchFor", SearchFor),
+                [&]() -> qsizetype {
+                    const auto sensitivity = Compare == Compare::Text ? Qt::CaseInsensitive : Qt::CaseSensitive;
+                    qsizetype from = std::max<qsizetype>(Start, 1) - 1;
+                    if (from >= Text.size()) return 0;
+                    qsizetype counted = 0; // up to where quotes have been counted
+                    bool inQuotes = false;
+                    for (;;) {
+                        const qsizetype hit = Text.indexOf(SearchFor, from, sensitivity);
+                        if (hit < 0) return 0;
+                        for (; counted < hit; ++counted)
+                            if (Text[counted] == u'"') inQuotes = !inQuotes;
+                        if (!inQuotes) return hit + 1;
+                        const qsizetype closing = Text.indexOf(QLatin1Char('"'), hit + 1);
+                        if (closing < 0) return 0;
+                        from = closing + 1;
+                    }
+                });
 }
 
 QString ParseURL(const QString &URL, const QString &BaseURL)
 {
-    if (!IsFileURL(URL)) return URL;
-    const QString base = IsFileURL(BaseURL) ? FileURLToFileName(BaseURL) : BaseURL;
-    const QString name = FileURLToFileName(URL);
-    return name.startsWith(base, Qt::CaseInsensitive) ? name.mid(base.size()) : name;
+    return trap("modMain", "ParseURL", given(module, "URL", URL, "BaseURL", BaseURL), [&] {
+        if (!IsFileURL(URL)) return URL;
+        const QString base = IsFileURL(BaseURL) ? FileURLToFileName(BaseURL) : BaseURL;
+        const QString name = FileURLToFileName(URL);
+        return name.startsWith(base, Qt::CaseInsensitive) ? name.mid(base.size()) : name;
+    });
 }
 
 bool IsFileURL(const QString &URL)
 {
-    return URL.startsWith(QLatin1String("file://"), Qt::CaseInsensitive) || !URL.contains(QLatin1Char(':'));
+    return trap("modMain", "IsFileURL", given(module, "URL", URL), [&] {
+        return URL.startsWith(QLatin1String("file://"), Qt::CaseInsensitive) || !URL.contains(QLatin1Char(':'));
+    });
 }
 
 QString FileURLToFileName(const QString &URL)
 {
-    QString name = URL;
-    for (const auto *start : {"file:///", "file://"}) {
-        if (!name.startsWith(QLatin1String(start), Qt::CaseInsensitive)) continue;
-        name.remove(0, QLatin1String(start).size());
-        break;
-    }
-    return RemoveEntities(name.replace(QLatin1Char('/'), QLatin1Char('\\')));
+    return trap("modMain", "FileURLToFileName", given(module, "URL", URL), [&] {
+        QString name = URL;
+        for (const auto *start : {"file:///", "file://"}) {
+            if (!name.startsWith(QLatin1String(start), Qt::CaseInsensitive)) continue;
+            name.remove(0, QLatin1String(start).size());
+            break;
+        }
+        return RemoveEntities(name.replace(QLatin1Char('/'), QLatin1Char('\\')));
+    });
 }
 
 QString RemoveEntities(const QString &Text)
 {
-    QString result;
-    result.reserve(Text.size());
-    for (qsizetype i = 0; i < Text.size(); ++i) {
-        QChar c = Text[i];
-        // What comes out may be a "%" again, and begin the next escape.
-        while (c == u'%' && i + 2 < Text.size()) {
-            const int high = hexDigit(Text[i + 1]), low = hexDigit(Text[i + 2]);
-            if (high < 0 || low < 0) break;
-            c = QChar(ushort(high * 16 + low));
-            i += 2;
+    return trap("modMain", "RemoveEntities", given(module, "Text", Text), [&] {
+        QString result;
+        result.reserve(Text.size());
+        for (qsizetype i = 0; i < Text.size(); ++i) {
+            QChar c = Text[i];
+            // What comes out may be a "%" again, and begin the next escape.
+            while (c == u'%' && i + 2 < Text.size()) {
+                const int high = hexDigit(Text[i + 1]), low = hexDigit(Text[i + 2]);
+                if (high < 0 || low < 0) break;
+                c = QChar(ushort(high * 16 + low));
+                i += 2;
+            }
+            result += c;
         }
-        result += c;
-    }
-    return result;
+        return result;
+    });
 }
 
 QString GetHrefFromOuterHTML(const QString &Text)
 {
-    const qsizetype start = Text.indexOf(QLatin1String("href="), 0, Qt::CaseInsensitive);
-    if (start < 0) return {};
-    const QString href = Text.mid(start + 6);
-    const qsizetype quote = href.indexOf(QLatin1Char('"'), 1);
-    return quote < 0 ? href : href.left(quote);
+    return trap("modMain", "GetHrefFromOuterHTML", given(module, "Text", Text), [&]() -> QString {
+        const qsizetype start = Text.indexOf(QLatin1String("href="), 0, Qt::CaseInsensitive);
+        if (start < 0) return {};
+        const QString href = Text.mid(start + 6);
+        const qsizetype quote = href.indexOf(QLatin1Char('"'), 1);
+        return quote < 0 ? href : href.left(quote);
+    });
 }
 
 QString ReturnBody(const QString &CompleteDocument)
 {
-    const auto place = findBody(CompleteDocument);
-    return RemoveLeadingAndTrailingLineFeeds(place ? CompleteDocument.mid(place->begin, place->end - place->begin)
-                                                   : CompleteDocument);
+    QString Result = CompleteDocument; // what a failure leaves: no text is lost by it
+    trap("modMain", "ReturnBody", given(module, "CompleteDocument", CompleteDocument), [&] {
+        if (const auto place = findBody(Result)) Result = Result.mid(place->begin, place->end - place->begin);
+        Result = RemoveLeadingAndTrailingLineFeeds(Result);
+    });
+    return Result;
 }
 
 QString ReturnNonBody(const QString &CompleteDocument, const QString &NewBody)
 {
-    const auto place = findBody(CompleteDocument);
-    if (!place) return RemoveLeadingAndTrailingLineFeeds(CompleteDocument);
-    return RemoveLeadingAndTrailingLineFeeds(CompleteDocument.left(place->begin) + NewBody +
-                                             CompleteDocument.mid(place->end));
+    QString Result = CompleteDocument;
+    trap("modMain", "ReturnNonBody", given(module, "CompleteDocument", CompleteDocument, "NewBody", NewBody), [&] {
+        if (const auto place = findBody(Result)) Result = Result.left(place->begin) + NewBody + Result.mid(place->end);
+        Result = RemoveLeadingAndTrailingLineFeeds(Result);
+    });
+    return Result;
 }
 
 QString RemoveLeadingAndTrailingLineFeeds(const QString &Text)
 {
-    qsizetype begin = 0, end = Text.size();
-    const auto isPair = [&Text](qsizetype at) { return Text[at] == u'\r' && Text[at + 1] == u'\n'; };
-    while (end - 2 >= 0 && isPair(end - 2))
-        end -= 2;
-    while (begin + 2 <= end && isPair(begin))
-        begin += 2;
-    return Text.mid(begin, end - begin);
+    QString Result = Text;
+    trap("modMain", "RemoveLeadingAndTrailingLineFeeds", given(module, "Text", Text), [&] {
+        qsizetype begin = 0, end = Text.size();
+        const auto isPair = [&Text](qsizetype at) { return Text[at] == u'\r' && Text[at + 1] == u'\n'; };
+        while (end - 2 >= 0 && isPair(end - 2))
+            end -= 2;
+        while (begin + 2 <= end && isPair(begin))
+            begin += 2;
+        Result = Text.mid(begin, end - begin);
+    });
+    return Result;
 }
 
 } // namespace modMain

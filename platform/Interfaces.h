@@ -6,6 +6,7 @@
 #include "platform/Dispatch.h"
 
 namespace ranges {
+class ControlRange;
 class TextRange;
 }
 
@@ -25,6 +26,7 @@ Value valueOf(const base::Ref<dom::ElementCollection> &collection);
 Value valueOf(const base::Ref<dom::AttributeNode> &attribute);
 Value valueOf(const base::Ref<dom::EventObject> &event);
 Value valueOf(const base::Ref<ranges::TextRange> &range);
+Value valueOf(const base::Ref<ranges::ControlRange> &range);
 
 /// The node behind a value; null for Nothing. Raises `typeMismatch` for anything else.
 dom::Node *nodeOf(const Value &value);

@@ -107,7 +107,12 @@ const Interface &document2()
                 },
                 [](D &d, const Value &v) {
                     const std::vector<Element *> &titles = d.elementsNamed("title");
-                    if (!titles.empty()) titles.front()->setInnerText(v.toString());
+                    if (!titles.empty()) return titles.front()->setInnerText(v.toString());
+                    const std::vector<Element *> &heads = d.elementsNamed("head");
+                    if (heads.empty()) return;
+                    const base::Ref<Element> title = d.createElement(QStringLiteral("title"));
+                    title->setInnerText(v.toString());
+                    heads.front()->appendChild(*title);
                 })
             .read(112, "displayServices", displayServicesOf)
             .read(113, "markupServices", markupServicesOf);

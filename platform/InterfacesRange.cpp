@@ -367,4 +367,9 @@ Value valueOf(const base::Ref<ranges::TextRange> &range)
     return interfaces::rangeValue(range);
 }
 
+Value valueOf(const base::Ref<ranges::ControlRange> &range)
+{
+    return interfaces::rangeValue(range);
+}
+
 } // namespace platform

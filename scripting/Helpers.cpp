@@ -2,6 +2,7 @@
 #include "scripting/Helpers.h"
 
 #include "control/Vellum5Parts.h"
+#include "core/SelectionPoint.h"
 #include "core/modMain.h"
 #include "engine/css/StyleObject.h"
 #include "platform/InterfacesDetail.h"
@@ -150,6 +151,35 @@ void addRegionHelpers(QHash<QString, Helper> &table)
     add("GetParentAnchor", [](Regions &r, dom::Element *e) { return elementValue(r.GetParentAnchor(e)); });
 }
 
+Value rangeValue(const SelectionRange &range)
+{
+    if (range.control) return platform::valueOf(range.control);
+    return range.text ? platform::valueOf(range.text) : Value::nothing();
+}
+
+/// The document given first; the live one where Nothing is.
+dom::Document *documentOf(Interpreter &in, const Arguments &arguments)
+{
+    dom::Node *const node = arguments.empty() || arguments[0].isEmpty() ? nullptr : platform::nodeOf(arguments[0]);
+    return node && node->type() == dom::NodeType::Document ? static_cast<dom::Document *>(node)
+                                                           : in.control().parts().text.mDoc();
+}
+
+/// `SaveSelectionPoint DOM` and `RestoreSelectionPoint DOM LENGTH START`: both change the pair that they are given.
+HelperResult selectionPoint(Interpreter &in, const Arguments &a, bool saves)
+{
+    int length = a.size() > 1 ? a[1].toInt() : 0;
+    QString start = text(a, 2);
+    if (saves)
+        modMain::SaveSelectionPoint(documentOf(in, a), length, start);
+    else
+        modMain::RestoreSelectionPoint(documentOf(in, a), length, start);
+    HelperResult result;
+    result.references.emplace_back(QStringLiteral("SelectionLength"), Value(qint64(length)));
+    result.references.emplace_back(QStringLiteral("CharactersFromStart"), Value(start));
+    return result;
+}
+
 void addSelectionHelpers(QHash<QString, Helper> &table)
 {
     const auto add = [&table](const char *name, Helper helper) { table.insert(QString::fromLatin1(name).toLower(), helper); };
@@ -169,6 +199,8 @@ void addSelectionHelpers(QHash<QString, Helper> &table)
         in.control().parts().events.ForceSelectedElementChanged();
         return Value();
     });
+    add("CreateRange", [](In &in, const Arguments &a) { return rangeValue(modMain::CreateRange(documentOf(in, a))); });
+    add("RangeForElement", [](In &, const Arguments &a) { return rangeValue(modMain::RangeForElement(element(a, 0))); });
     add("GetCurrentSelection", [](In &in, const Arguments &) {
         dom::Document *const document = in.control().DOM();
         if (!document || !in.control().parts().selection.GetCurrentSelection()) return Value::nothing();
@@ -248,6 +280,14 @@ void addControlHelpers(QHash<QString, Helper> &table)
         in.control().parts().events.DocChanged();
         return Value();
     });
+    add("SetRefreshToolsTimer", [](In &in, const Arguments &) {
+        in.control().parts().events.SetRefreshToolsTimer();
+        return Value();
+    });
+    add("ed_NavigateComplete", [](In &in, const Arguments &) {
+        in.control().parts().events.ed_NavigateComplete();
+        return Value();
+    });
     add("IsIdle", [](In &in, const Arguments &) { return Value(in.control().parts().events.IsIdle()); });
     add("RefreshTools", [](In &in, const Arguments &) {
         in.control().parts().host.RefreshTools();
@@ -314,6 +354,10 @@ HelperResult callHelper(Interpreter &in, const QString &name, const Arguments &a
         return table;
     }();
     if (name.compare(QLatin1String("GetEditableSpans"), Qt::CaseInsensitive) == 0) return getEditableSpans(in, arguments);
+    for (const bool saves : {true, false}) {
+        const char *const point = saves ? "SaveSelectionPoint" : "RestoreSelectionPoint";
+        if (name.compare(QLatin1String(point), Qt::CaseInsensitive) == 0) return selectionPoint(in, arguments, saves);
+    }
     const auto found = table.constFind(name.toLower());
     if (found == table.constEnd()) notAvailable();
     return {{(*found)(in, arguments), {}}};
