@@ -48,6 +48,14 @@ Vellum5::Parts::Parts(Vellum5 &control)
       events(state, host, *ed, *txtHTMLSource, regions, selection), changes(state, host, *ed, *txtHTMLSource, events),
       commands(host, state.mSpecificElement), journal(state, host, *ed, *txtHTMLSource)
 {
+    // Hosts find the children by these names.
+    const std::pair<QObject *, const char *> named[] = {{ed, "ed"},
+                                                        {txtHTMLSource, "txtHTMLSource"},
+                                                        {strip, "FlatStrip"},
+                                                        {splitMain, "splitMain"},
+                                                        {splitPageMap, "splitPageMap"},
+                                                        {conEditors, "conEditors"}};
+    for (const auto &[child, name] : named) child->setObjectName(QLatin1String(name));
     timSpellCheck.setInterval(750);
     text.journal = &journal;
 }

@@ -183,6 +183,15 @@ QString GetStyleAttribute(IHTMLElement *e, const QString &Name)
     return value.isNull() ? QString() : value;
 }
 
+/// A URL as it may stand between the parentheses: one that holds what ends or breaks a bare one, in quotes. (CSS Syntax 3,
+/// 4.3.6.)
+static QString urlToken(const QString &url)
+{
+    static const QRegularExpression breaks(QStringLiteral("[\\s()'\"]"));
+    if (!url.contains(breaks) || url.startsWith(u'"') || url.startsWith(u'\'')) return url;
+    return u'"' + QString(url).replace(u'"', QLatin1String("\\\"")) + u'"';
+}
+
 void SetStyleAttribute(IHTMLElement *e, const QString &Name, const QVariant &Value)
 {
     const QString text = Value.toString();
@@ -190,7 +199,7 @@ void SetStyleAttribute(IHTMLElement *e, const QString &Name, const QVariant &Val
     attempt([&] {
         if (!e || !e->style()) return;
         if (Name == QLatin1String("backgroundimage"))
-            e->style()->setAttribute(Name, QStringLiteral("url(%1)").arg(text));
+            e->style()->setAttribute(Name, QStringLiteral("url(%1)").arg(urlToken(text)));
         else
             e->style()->setAttribute(Name, Value);
     });

@@ -310,8 +310,11 @@ void openFile(Interpreter &in, Words &words)
 
 void saveFile(Interpreter &in, Words &words)
 {
-    const auto written = platform::FileHelper::writeText(in.filePath(nameToEnd(words)), in.control().DocumentHTML(), in.fileFormat);
+    const QString name = platform::FileHelper::localName(in.filePath(nameToEnd(words)));
+    const auto written = platform::FileHelper::writeText(name, in.control().DocumentHTML(), in.fileFormat);
     in.fileFormat = written.format;
+    in.control().Recovery().documentSaved();
+    in.control().setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
     if (!written.message.isEmpty()) in.print(written.message);
 }
 

@@ -38,6 +38,24 @@ dom::Element *elementOf(const Value &value)
     return platform::elementOf(value);
 }
 
+/// Collections list what is in them: the control's own, which count from 1, and the document model's, which count from 0.
+static support::DumpValue dumpOfObject(const platform::ObjectRef &object)
+{
+    using support::DumpValue;
+    const QString &name = object.type()->name;
+    const bool counts = platform::hasMember(object, QStringLiteral("Count"));
+    const bool isList = platform::hasMember(object, QStringLiteral("item")) &&
+                        (counts || name.endsWith(QLatin1String("Collection")));
+    if (!isList) return DumpValue::object(name);
+    const qint64 count = platform::getMember(object, counts ? QStringLiteral("Count") : QStringLiteral("length")).toInt();
+    std::vector<DumpValue> items;
+    for (qint64 i = 0; i < count; ++i) {
+        const Value item = platform::callMember(object, QStringLiteral("item"), {Value(i + (counts ? 1 : 0))}).value;
+        items.push_back(item.isObject() && !item.isNothing() ? DumpValue::object(item.toObject().type()->name) : dumpOf(item));
+    }
+    return DumpValue::collection(name, std::move(items));
+}
+
 support::DumpValue dumpOf(const Value &value)
 {
     using support::DumpValue;
@@ -48,10 +66,11 @@ support::DumpValue dumpOf(const Value &value)
     if (value.isList()) {
         std::vector<DumpValue> elements;
         for (const Value &item : value.toList()) elements.push_back(dumpOf(item));
+        if (elements.empty()) return DumpValue::array(1, {}, {}); // nobody has given it bounds
         const int last = int(elements.size()) - 1;
         return DumpValue::array(1, {{0, last}}, std::move(elements));
     }
-    if (value.isObject()) return DumpValue::object(value.toObject().type()->name);
+    if (value.isObject()) return dumpOfObject(value.toObject());
     return DumpValue::text(value.toString());
 }
 

@@ -63,6 +63,8 @@ MainWindow::MainWindow() : mControl(new Vellum5(this))
     statusBar();
     connect(mControl, &Vellum5::DocumentComplete, this, &MainWindow::loaded);
     connect(mControl, &Vellum5::Change, this, &MainWindow::changed);
+    // Undoing the last step that the source view knows is no `Change` to the control, but the file then differs.
+    connect(mControl->findChild<QObject *>(QStringLiteral("txtHTMLSource")), SIGNAL(Change()), this, SLOT(changed()));
     connect(mControl, &Vellum5::ToolsRefreshed, this, &MainWindow::toolsRefreshed);
     connect(&mControl->Recovery(), &RecoveryJournal::Stopped, this, [this](const QString &message) {
         statusBar()->showMessage(message); // it stays; a box would take the next keys that somebody types

@@ -51,7 +51,7 @@ private:
     /// Asks before changes are lost; false if the user would rather stay.
     bool mayLeave();
     void loaded();
-    void changed();
+    Q_SLOT void changed();
     void toolsRefreshed();
     void setView(int view);
     QString shownName() const;

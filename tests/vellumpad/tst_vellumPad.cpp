@@ -257,6 +257,19 @@ private Q_SLOTS:
         QCOMPARE(window().control().DocumentHTML(), QString("<P>a</P>"));
     }
 
+    void takingBackWhatWasSavedCounts()
+    {
+        write("a.html", "<P>a</P>");
+        open("a.html");
+        keys(QKeySequence(Qt::CTRL | Qt::Key_2));
+        type("z");
+        keys(QKeySequence::Save);
+        QVERIFY(!window().isWindowModified());
+        keys(QKeySequence::Undo);
+        QVERIFY(window().control().DocumentHTML() != QString::fromUtf8(read("a.html")));
+        QVERIFY(window().isWindowModified());
+    }
+
     void savingKeepsEncodingAndLineEnds()
     {
         write("latin.html", "<html><head><meta charset=\"windows-1252\"></head>\r\n<body><p>\xE9</p></body></html>\r\n");
