@@ -232,7 +232,7 @@ Position TreeEdits::leaveList(Element &item)
     Element *list = item.parentElement();
     if (!list) return {};
     Position start(&item, 0);
-    Ref<Element> keepList(list);
+    const Ref<Element> keepItem(&item), keepList(list); // both may go
     // Items that follow go into a list of their own behind.
     Ref<Element> rest;
     Node *following = item.nextSibling();
