@@ -7,6 +7,7 @@
 #include "engine/dom/RawTree.h"
 
 #include <QPointer>
+#include <QRandomGenerator>
 
 namespace changes {
 
@@ -26,7 +27,8 @@ bool isInput(Kind kind)
 
 } // namespace
 
-ChangeTracker::ChangeTracker(Document &document) : mDocument(document)
+ChangeTracker::ChangeTracker(Document &document)
+    : mDocument(document), mLastStep(uint64_t(QRandomGenerator::global()->generate()) << 16)
 {
     document.door = this;
 }
@@ -159,6 +161,7 @@ void ChangeTracker::begin(Kind kind)
     mPrimitives.clear();
     // Already now: what follows from the step may want to wait for its record.
     if (!mLogs.empty()) Waiting::add(*this);
+    if (mKeeper) mKeeper->stepBegins();
     if (mKeeper && isInput(kind)) mBefore = mKeeper->savedSelection();
 }
 
@@ -170,7 +173,10 @@ void ChangeTracker::end(bool failed)
         invertOpenStep();
         return;
     }
-    if (mPrimitives.empty() && !mPlaying) return;
+    if (mPrimitives.empty() && !mPlaying) {
+        if (mKeeper) mKeeper->stepEnds({});
+        return;
+    }
     writeRecord();
 }
 
@@ -187,6 +193,7 @@ void ChangeTracker::invertOpenStep()
     --mDepth;
     mPrimitives.clear();
     mFailed = false;
+    if (mKeeper) mKeeper->stepFails();
     if (mKeeper && isInput(mKind)) mKeeper->restoreSelection(mBefore);
 }
 
@@ -196,9 +203,11 @@ void ChangeTracker::writeRecord()
     SavedSelection after;
     if (mKeeper) after = mKeeper->savedSelection();
     if (keeps && mBefore != mLeft) store(Record::selectionRecord(mBefore));
+    const StepName step = mPlaying && mPlayed.number ? mPlayed : StepName{++mLastStep, false};
+    if (mKeeper) mKeeper->stepEnds(step);
     Writer writer;
     const bool selections = keeps || (mPlaying && mKeeper);
-    Record::writeHead(writer, mKind, selections ? &mBefore : nullptr, selections ? &after : nullptr);
+    Record::writeHead(writer, mKind, step, selections ? &mBefore : nullptr, selections ? &after : nullptr);
     for (const Primitive &primitive : mPrimitives) primitive.write(writer);
     mPrimitives.clear();
     mLeft = after;
@@ -336,6 +345,9 @@ void ChangeTracker::play(const QByteArray &bytes, bool forward)
     const size_t count = sound ? record.primitives.size() : 0;
     for (size_t i = 0; i < count; ++i)
         forward ? apply(record.primitives[i]) : apply(record.primitives[count - 1 - i].inverse());
+    mPlayed = {};
+    if (sound) mPlayed = {record.step.number, record.step.inverse == forward};
+    if (mKeeper && mPlayed.number) mKeeper->stepPlayed(mPlayed);
     if (sound && record.hasSelection && mKeeper) mKeeper->restoreSelection(forward ? record.after : record.before);
     end(false);
     mPlaying = false;

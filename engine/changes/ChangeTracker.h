@@ -18,13 +18,21 @@ public:
     virtual void notify() = 0;
 };
 
-/// Knows the selection, for the records that keep it.
+/// Knows the selection, for the records that keep it, and the other places that edits carry along.
 class SelectionKeeper
 {
 public:
     virtual ~SelectionKeeper() = default;
     virtual SavedSelection savedSelection() const = 0;
     virtual void restoreSelection(const SavedSelection &selection) = 0;
+    /// From here on changes belong to one step; a playback is one too.
+    virtual void stepBegins() {}
+    /// It is written under this name; without a number where it changed nothing and isn't written.
+    virtual void stepEnds(StepName) {}
+    /// It was taken back, nothing of it is left.
+    virtual void stepFails() {}
+    /// The open step has played this one: `inverse` tells that it went backward.
+    virtual void stepPlayed(StepName) {}
 };
 
 /// The records written since a reader asked last, oldest first.
@@ -145,6 +153,8 @@ private:
     bool mTelling = false;
     bool mPosted = false;
     Kind mKind = Kind::Write;
+    uint64_t mLastStep; ///< differs between runs, so that a record of another run names no step of this
+    StepName mPlayed;   ///< by the open playback
     SavedSelection mBefore;
     SavedSelection mLeft;
     std::vector<Primitive> mPrimitives;

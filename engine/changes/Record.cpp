@@ -133,11 +133,17 @@ static SavedSelection readSelection(Reader &from)
     return s;
 }
 
-void Record::writeHead(Writer &to, Kind kind, const SavedSelection *before, const SavedSelection *after)
+namespace {
+enum Part : uint8_t { SelectionPart = 1, StepPart = 2, InversePart = 4 };
+}
+
+void Record::writeHead(Writer &to, Kind kind, StepName step, const SavedSelection *before, const SavedSelection *after)
 {
     to.byte(uint8_t(kind));
-    to.byte(before && after ? 1 : 0);
-    if (!before || !after) return;
+    const bool selects = before && after;
+    to.byte(uint8_t((selects ? SelectionPart : 0) | (step.number ? StepPart : 0) | (step.inverse ? InversePart : 0)));
+    if (step.number) to.number(step.number);
+    if (!selects) return;
     writeSelection(to, *before);
     writeSelection(to, *after);
 }
@@ -145,7 +151,7 @@ void Record::writeHead(Writer &to, Kind kind, const SavedSelection *before, cons
 QByteArray Record::selectionRecord(const SavedSelection &selection)
 {
     Writer writer;
-    writeHead(writer, Kind::Selection, &selection, &selection);
+    writeHead(writer, Kind::Selection, {}, &selection, &selection);
     return writer.take();
 }
 
@@ -154,7 +160,10 @@ bool Record::read(const QByteArray &bytes, Record &record)
     Reader reader(bytes);
     record = {};
     record.kind = Kind(reader.byte());
-    record.hasSelection = reader.byte() == 1;
+    const uint8_t parts = reader.byte();
+    record.hasSelection = parts & SelectionPart;
+    record.step.inverse = parts & InversePart;
+    if (parts & StepPart) record.step.number = reader.number();
     if (record.hasSelection) {
         record.before = readSelection(reader);
         record.after = readSelection(reader);

@@ -9,9 +9,11 @@
 /// A record is what one step did to the document, as bytes: compact, invertible, self-contained. Nodes are named by their
 /// ids, so that it can be replayed on a fresh copy of the document, and give the same tree with the same ids.
 ///
-///     record    = kind selection? primitive*
+///     record    = kind parts step? selection? primitive*
 ///     kind      = byte; below
-///     selection = 0 | 1 saved saved          before, after
+///     parts     = bits: 1 a selection, 2 a step, 4 the step is played backward
+///     step      = number                     of the step; an echo's is that of what it echoes
+///     selection = saved saved                before, after
 ///     saved     = type, anchor id, anchor offset, focus id, focus offset
 ///     primitive = INSERT     parent before subtree
 ///               | REMOVE     parent before subtree
@@ -45,6 +47,12 @@ struct SavedSelection {
     friend bool operator==(const SavedSelection &, const SavedSelection &) = default;
 };
 
+/// A step of this run of the program, and which way it went. A step, all its echoes and theirs have one number.
+struct StepName {
+    uint64_t number = 0; ///< 0 is none
+    bool inverse = false;
+};
+
 enum class Op : uint8_t { Insert = 1, Remove, Move, Text, Attribute, HeldOpen };
 
 struct Primitive {
@@ -69,6 +77,7 @@ struct Primitive {
 
 struct Record {
     Kind kind = Kind::Write;
+    StepName step;
     bool hasSelection = false;
     SavedSelection before;
     SavedSelection after;
@@ -77,7 +86,8 @@ struct Record {
     static QByteArray selectionRecord(const SavedSelection &selection);
     /// False for bytes that are no record.
     static bool read(const QByteArray &bytes, Record &record);
-    static void writeHead(Writer &to, Kind kind, const SavedSelection *before, const SavedSelection *after);
+    static void writeHead(Writer &to, Kind kind, StepName step, const SavedSelection *before,
+                          const SavedSelection *after);
 };
 
 /// A detached subtree as bytes, and back. `revive` gives each node the id it had; where a node of that id still lives

@@ -1,31 +1,70 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/ranges/RangeKeeper.h"
 
+#include <algorithm>
+
 namespace ranges {
 
 using namespace dom;
 
-LivePosition::LivePosition(RangeKeeper &keeper, const Position &position) : mKeeper(&keeper), mPosition(position)
+namespace {
+
+/// The places that are remembered for undo and redo, at most; the oldest steps' go first.
+constexpr size_t mostRemembered = 1u << 18;
+
+uint32_t afterReplacement(Grip grip, uint32_t place, uint32_t offset, uint32_t removed, uint32_t added)
+{
+    const uint32_t end = offset + removed;
+    if (place > end) return place - removed + added;
+    if (place < offset) return place;
+    switch (grip) {
+    case Grip::Following: return offset + added;
+    case Grip::Preceding: return offset;
+    case Grip::None: break;
+    }
+    if (place == offset) return place;
+    return place == end ? offset + added : offset + std::min(place - offset, added);
+}
+
+bool isBehind(Grip grip, uint32_t place, uint32_t index)
+{
+    return place > index || (grip == Grip::Following && place == index);
+}
+
+} // namespace
+
+LivePosition::LivePosition(RangeKeeper &keeper, const Position &position, Grip grip)
+    : mKeeper(&keeper), mPosition(position), mGrip(grip)
 {
     keeper.link(*this);
 }
 
-LivePosition::LivePosition(const LivePosition &other) : mKeeper(other.mKeeper), mPosition(other.mPosition)
+LivePosition::LivePosition(const LivePosition &other)
+    : mKeeper(other.mKeeper), mPosition(other.mPosition), mGrip(other.mGrip)
 {
     if (mKeeper) mKeeper->link(*this);
 }
 
-LivePosition::LivePosition(LivePosition &&other) noexcept : LivePosition(static_cast<const LivePosition &>(other)) {}
+LivePosition::LivePosition(LivePosition &&other) noexcept : LivePosition(static_cast<const LivePosition &>(other))
+{
+    if (mKeeper) mKeeper->takeOver(other, *this);
+}
 
 LivePosition::~LivePosition()
 {
-    if (mKeeper) mKeeper->unlink(*this);
+    if (!mKeeper) return;
+    mKeeper->forget(*this);
+    mKeeper->unlink(*this);
 }
 
 LivePosition &LivePosition::operator=(const LivePosition &other)
 {
     if (this == &other) return *this;
-    if (mKeeper) mKeeper->unlink(*this);
+    if (mKeeper == other.mKeeper) return *this = other.mPosition;
+    if (mKeeper) {
+        mKeeper->forget(*this);
+        mKeeper->unlink(*this);
+    }
     mKeeper = other.mKeeper;
     mPosition = other.mPosition;
     if (mKeeper) mKeeper->link(*this);
@@ -34,9 +73,16 @@ LivePosition &LivePosition::operator=(const LivePosition &other)
 
 LivePosition &LivePosition::operator=(const Position &position)
 {
-    if (mKeeper) mKeeper->unlink(*this);
-    mPosition = position;
-    if (mKeeper) mKeeper->link(*this);
+    if (!mKeeper) {
+        mPosition = position;
+        return *this;
+    }
+    // What a step sets, its undo sets back; set by anybody else it stays.
+    if (mKeeper->mInStep && mPosition)
+        mKeeper->note(*this, true);
+    else
+        mKeeper->forget(*this);
+    mKeeper->relink(*this, position);
     return *this;
 }
 
@@ -51,8 +97,12 @@ RangeKeeper::~RangeKeeper()
     for (auto &[node, first] : mByNode)
         for (LivePosition *at = first; at;) {
             at->mKeeper = nullptr;
+            at->mTicket = 0;
+            at->mNote = 0;
             at = std::exchange(at->mNext, nullptr);
         }
+    for (auto &[ticket, position] : mByTicket)
+        position->mTicket = 0;
 }
 
 void RangeKeeper::link(LivePosition &position)
@@ -78,12 +128,141 @@ void RangeKeeper::unlink(LivePosition &position)
     position.mNext = position.mPrevious = nullptr;
 }
 
-void RangeKeeper::shift(Node &parent, uint32_t behind, int32_t by)
+void RangeKeeper::relink(LivePosition &position, const Position &to)
+{
+    if (position.mPosition.node == to.node) {
+        position.mPosition.offset = to.offset;
+        return;
+    }
+    const Position target = to; // may be a position that goes with the old one
+    unlink(position);
+    position.mPosition = target;
+    link(position);
+}
+
+// Steps
+
+void RangeKeeper::note(LivePosition &position, bool lost)
+{
+    if (!mInStep || !position.mPosition) return;
+    if (position.mNote == 0) {
+        mNotes.push_back({&position, position.mPosition.node->id(), position.mPosition.offset, false});
+        position.mNote = uint32_t(mNotes.size());
+    }
+    if (lost) mNotes[position.mNote - 1].lost = true;
+}
+
+void RangeKeeper::forget(LivePosition &position)
+{
+    if (position.mNote) mNotes[position.mNote - 1].who = nullptr;
+    if (position.mTicket) mByTicket.erase(position.mTicket);
+    position.mNote = 0;
+    position.mTicket = 0;
+}
+
+void RangeKeeper::takeOver(LivePosition &from, LivePosition &to)
+{
+    to.mNote = std::exchange(from.mNote, 0);
+    to.mTicket = std::exchange(from.mTicket, 0);
+    if (to.mNote) mNotes[to.mNote - 1].who = &to;
+    if (to.mTicket) mByTicket[to.mTicket] = &to;
+}
+
+void RangeKeeper::stepBegins()
+{
+    mInStep = true;
+}
+
+void RangeKeeper::remember(std::vector<Place> &places)
+{
+    mRemembered -= places.size();
+    places.clear();
+    for (const Note &note : mNotes) {
+        if (!note.who || !note.lost) continue;
+        if (!note.who->mTicket) mByTicket[note.who->mTicket = ++mLastTicket] = note.who;
+        places.push_back({note.who->mTicket, note.node, note.offset});
+    }
+    mRemembered += places.size();
+}
+
+void RangeKeeper::stepEnds(changes::StepName step)
+{
+    mInStep = false;
+    if (step.number == 0) { // nothing was written: what it set nobody sets back
+        for (const Note &note : mNotes) {
+            if (!note.who) continue;
+            note.who->mNote = 0;
+            if (note.lost) forget(*note.who);
+        }
+        mNotes.clear();
+        return;
+    }
+    const bool any = std::any_of(mNotes.begin(), mNotes.end(), [](const Note &note) { return note.who && note.lost; });
+    // An earlier memory of the same side is of another time.
+    if (any || mMemories.count(step.number)) {
+        Memory &memory = mMemories[step.number];
+        remember(step.inverse ? memory.after : memory.before);
+    }
+    for (const Note &note : mNotes)
+        if (note.who) note.who->mNote = 0;
+    mNotes.clear();
+    while (mRemembered > mostRemembered && mMemories.size() > 1) {
+        const auto oldest = mMemories.begin();
+        mRemembered -= oldest->second.before.size() + oldest->second.after.size();
+        mMemories.erase(oldest);
+    }
+}
+
+void RangeKeeper::stepFails()
+{
+    mInStep = false;
+    for (const Note &note : mNotes) {
+        if (!note.who) continue;
+        note.who->mNote = 0;
+        Node *node = note.lost ? mDocument.nodeById(note.node) : nullptr;
+        if (node && node->isConnected()) relink(*note.who, Position(node, note.offset).clipped());
+    }
+    mNotes.clear();
+}
+
+void RangeKeeper::stepPlayed(changes::StepName step)
+{
+    const auto found = mMemories.find(step.number);
+    if (found == mMemories.end()) return;
+    for (const Place &place : step.inverse ? found->second.before : found->second.after) {
+        const auto who = mByTicket.find(place.ticket);
+        Node *node = who == mByTicket.end() ? nullptr : mDocument.nodeById(place.node);
+        if (!node || !node->isConnected()) continue;
+        const Position to = Position(node, place.offset).clipped();
+        if (who->second->mPosition == to) continue;
+        note(*who->second, true);
+        relink(*who->second, to);
+    }
+}
+
+// Edits
+
+void RangeKeeper::childPutIn(Node &parent, uint32_t index)
 {
     const auto found = mByNode.find(&parent);
     if (found == mByNode.end()) return;
-    for (LivePosition *at = found->second; at; at = at->mNext)
-        if (at->mPosition.offset > behind) at->mPosition.offset = uint32_t(int32_t(at->mPosition.offset) + by);
+    for (LivePosition *at = found->second; at; at = at->mNext) {
+        if (!isBehind(at->mGrip, at->mPosition.offset, index)) continue;
+        note(*at, false);
+        ++at->mPosition.offset;
+    }
+}
+
+void RangeKeeper::childTakenOut(Node &parent, uint32_t index)
+{
+    const auto found = mByNode.find(&parent);
+    if (found == mByNode.end()) return;
+    for (LivePosition *at = found->second; at; at = at->mNext) {
+        const uint32_t place = at->mPosition.offset, to = place > index ? place - 1 : place;
+        const uint32_t back = isBehind(at->mGrip, to, index) ? to + 1 : to;
+        if (to != place || back != place) note(*at, back != place);
+        at->mPosition.offset = to;
+    }
 }
 
 void RangeKeeper::moveAll(Node *from, const Position &to)
@@ -92,7 +271,8 @@ void RangeKeeper::moveAll(Node *from, const Position &to)
     if (found == mByNode.end()) return;
     for (LivePosition *at = found->second; at;) {
         LivePosition *next = at->mNext;
-        *at = to; // the last one takes the entry with it
+        note(*at, true);
+        relink(*at, to); // the last one takes the entry with it
         at = next;
     }
 }
@@ -103,21 +283,24 @@ void RangeKeeper::carryOver(Text &text, uint32_t offset, Text &rest)
     if (found == mByNode.end()) return;
     for (LivePosition *at = found->second; at;) {
         LivePosition *next = at->mNext;
-        if (at->mPosition.offset > offset) *at = Position(&rest, at->mPosition.offset - offset);
+        if (isBehind(at->mGrip, at->mPosition.offset, offset)) {
+            note(*at, true);
+            relink(*at, Position(&rest, at->mPosition.offset - offset));
+        }
         at = next;
     }
 }
 
 void RangeKeeper::inserted(Node &node)
 {
-    if (!mByNode.empty() && mByNode.count(node.parentNode())) shift(*node.parentNode(), node.index(), 1);
+    if (!mByNode.empty() && mByNode.count(node.parentNode())) childPutIn(*node.parentNode(), node.index());
 }
 
 void RangeKeeper::removed(Node &node, ParentNode &parent, Node *before)
 {
     if (mByNode.empty()) return;
     const uint32_t index = before ? before->index() : parent.childCount();
-    shift(parent, index, -1);
+    childTakenOut(parent, index);
     // Either the removed nodes or the nodes with positions are looked through, whichever are fewer.
     std::vector<Node *> inside;
     size_t seen = 0;
@@ -147,8 +330,8 @@ void RangeKeeper::moved(Node &node, ParentNode &oldParent, Node *oldBefore)
         oldIndex = oldBefore->index() - (&oldParent == &newParent && oldBefore->index() > newIndex ? 1 : 0);
     else
         oldIndex = oldParent.childCount() - (&oldParent == &newParent ? 1 : 0);
-    shift(oldParent, oldIndex, -1);
-    shift(newParent, newIndex, 1);
+    childTakenOut(oldParent, oldIndex);
+    childPutIn(newParent, newIndex);
 }
 
 void RangeKeeper::textReplaced(CharacterData &node, uint32_t offset, uint32_t removed, uint32_t added)
@@ -156,13 +339,12 @@ void RangeKeeper::textReplaced(CharacterData &node, uint32_t offset, uint32_t re
     const auto found = mByNode.find(&node);
     if (found == mByNode.end()) return;
     for (LivePosition *at = found->second; at; at = at->mNext) {
-        uint32_t &place = at->mPosition.offset;
-        if (place <= offset) continue;
-        if (place >= offset + removed)
-            place = place - removed + added;
-        else
-            place = offset + std::min(place - offset, added);
-        place = at->mPosition.clipped().offset;
+        const uint32_t place = at->mPosition.offset;
+        const uint32_t carried = afterReplacement(at->mGrip, place, offset, removed, added);
+        const uint32_t to = Position(&node, carried).clipped().offset;
+        const bool lost = afterReplacement(at->mGrip, to, offset, added, removed) != place;
+        if (to != place || lost) note(*at, lost);
+        at->mPosition.offset = to;
     }
 }
 

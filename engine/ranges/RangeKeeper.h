@@ -1,24 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/changes/Record.h"
 #include "engine/dom/Document.h"
 #include "engine/dom/Observer.h"
 #include "engine/ranges/Position.h"
 
+#include <map>
 #include <unordered_map>
+#include <vector>
 
 namespace ranges {
 
 class RangeKeeper;
 
-/// A position that edits carry along. In replaced text it stays in front of what is put in at its place, and goes
-/// behind what takes the place of text that ended there; in removed content it goes to where that was; in moved content
-/// it moves along.
+/// What a live position holds on to when something is put in at its place. `None` stays in front of it, but goes behind
+/// what takes the place of text that ended there. `Following` and `Preceding` stay beside the old content behind,
+/// respectively in front of them: between two such ends lies nothing that came in at an end.
+enum class Grip : uint8_t { None, Following, Preceding };
+
+/// A position that edits carry along: with content around it that is put in, taken out or moved; in removed content it
+/// goes to where that was. When the edit is undone it comes back into what comes back, unless somebody has set it
+/// meanwhile.
 class LivePosition
 {
 public:
     LivePosition() = default;
-    LivePosition(RangeKeeper &keeper, const Position &position);
+    LivePosition(RangeKeeper &keeper, const Position &position, Grip grip = Grip::None);
     LivePosition(const LivePosition &other);
     LivePosition(LivePosition &&other) noexcept;
     ~LivePosition();
@@ -34,6 +42,9 @@ private:
     Position mPosition;
     LivePosition *mNext = nullptr; // among those in the same node
     LivePosition *mPrevious = nullptr;
+    uint64_t mTicket = 0; // names it in what the keeper remembers; 0 while it remembers nothing
+    uint32_t mNote = 0;   // the number, from 1, of what is noted of it in the open step
+    Grip mGrip = Grip::None;
 };
 
 /// Two of them. The ends may pass each other only if whoever sets them lets them.
@@ -48,6 +59,10 @@ struct LiveRange
 
 /// Keeps the live positions of one document in its tree. They are found by the node in which they stand, so that an
 /// edit costs what the positions near it cost, however many there are elsewhere.
+///
+/// Most of what an edit does to a place its inverse takes back: what was shifted is shifted back. Where it doesn't (the
+/// content around a place goes, and all places in it fall on one), the place is remembered with the step, and put back
+/// when the step is played the other way.
 class RangeKeeper final : public dom::MutationObserver
 {
 public:
@@ -60,6 +75,12 @@ public:
     /// A text is about to be cut at `offset`, and `rest` has what stood behind: positions there go along.
     void carryOver(dom::Text &text, uint32_t offset, dom::Text &rest);
 
+    // Steps, as `changes::SelectionKeeper` tells of them.
+    void stepBegins();
+    void stepEnds(changes::StepName step);
+    void stepFails();
+    void stepPlayed(changes::StepName step);
+
     void inserted(dom::Node &node) override;
     void removed(dom::Node &node, dom::ParentNode &parent, dom::Node *before) override;
     void aboutToMove(dom::Node &) override {}
@@ -68,13 +89,44 @@ public:
 
 private:
     friend class LivePosition;
+    /// Where a position of the open step stood before it.
+    struct Note
+    {
+        LivePosition *who; ///< null once it has gone
+        dom::NodeId node;
+        uint32_t offset;
+        bool lost; ///< the inverse wouldn't bring it back
+    };
+    struct Place
+    {
+        uint64_t ticket;
+        dom::NodeId node;
+        uint32_t offset;
+    };
+    struct Memory
+    {
+        std::vector<Place> before, after;
+    };
+
     void link(LivePosition &position);
     void unlink(LivePosition &position);
-    void shift(dom::Node &parent, uint32_t behind, int32_t by);
+    void relink(LivePosition &position, const Position &to);
+    void note(LivePosition &position, bool lost);
+    void forget(LivePosition &position);
+    void takeOver(LivePosition &from, LivePosition &to);
+    void childPutIn(dom::Node &parent, uint32_t index);
+    void childTakenOut(dom::Node &parent, uint32_t index);
     void moveAll(dom::Node *from, const Position &to);
+    void remember(std::vector<Place> &places);
 
     dom::Document &mDocument;
     std::unordered_map<const dom::Node *, LivePosition *> mByNode;
+    bool mInStep = false;
+    std::vector<Note> mNotes;
+    std::unordered_map<uint64_t, LivePosition *> mByTicket;
+    uint64_t mLastTicket = 0;
+    std::map<uint64_t, Memory> mMemories; // by the steps' numbers, which grow
+    size_t mRemembered = 0;
 };
 
 } // namespace ranges

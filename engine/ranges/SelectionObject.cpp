@@ -117,4 +117,10 @@ void SelectionObject::restoreSelection(const SavedSelection &saved)
     setControl(std::move(both));
 }
 
+void SelectionObject::stepPlayed(changes::StepName step)
+{
+    mKeeper.stepPlayed(step);
+    if (mAnchor.position()) mElements.clear(); // the text that was selected in front of them is again
+}
+
 } // namespace ranges

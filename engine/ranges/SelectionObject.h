@@ -64,6 +64,10 @@ public:
     // changes::SelectionKeeper. Nodes that aren't there any more leave the selection as it is.
     changes::SavedSelection savedSelection() const override;
     void restoreSelection(const changes::SavedSelection &selection) override;
+    void stepBegins() override { mKeeper.stepBegins(); }
+    void stepEnds(changes::StepName step) override { mKeeper.stepEnds(step); }
+    void stepFails() override { mKeeper.stepFails(); }
+    void stepPlayed(changes::StepName step) override;
 
 private:
     void tell();

@@ -31,7 +31,7 @@ Element *commonElement(const Position &a, const Position &b)
 
 } // namespace
 
-TextRange::TextRange(SelectionObject &page, const Span &span) : mPage(page.handle())
+TextRange::TextRange(SelectionObject &page, const Span &span) : mPage(page.handle()), mRange(page.keeper(), {})
 {
     setSpan(span);
 }
@@ -58,7 +58,9 @@ SelectionObject &TextRange::page() const
 
 void TextRange::setSpan(const Span &span)
 {
-    mRange = LiveRange(page().keeper(), span);
+    page(); // fails where the document is gone
+    mRange.start = span.start;
+    mRange.end = span.end;
     mHeld = span.start && !span.isEmpty();
     mBehindLine = false;
 }

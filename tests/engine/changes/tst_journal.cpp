@@ -55,7 +55,7 @@ namespace {
 QByteArray textRecord(char letter)
 {
     changes::Writer writer;
-    changes::Record::writeHead(writer, changes::Kind::TextIn, nullptr, nullptr);
+    changes::Record::writeHead(writer, changes::Kind::TextIn, {}, nullptr, nullptr);
     changes::Primitive p;
     p.op = changes::Op::Text;
     p.node = 7;
