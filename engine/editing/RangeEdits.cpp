@@ -159,8 +159,8 @@ void RangeEdits::write(TextRange &range, const QString &given)
     } else {
         p = insertLines(takeOut(range).place, text);
     }
-    assignment.done();
     settle(range, p, withSelection);
+    assignment.done();
 }
 
 Position RangeEdits::insertInline(const Position &p, DocumentFragment &content)
@@ -289,8 +289,8 @@ void RangeEdits::paste(TextRange &range, const QString &html)
     } else {
         p = insertInline(p, *content);
     }
-    assignment.done();
     settle(range, p, withSelection);
+    assignment.done();
 }
 
 } // namespace editing
