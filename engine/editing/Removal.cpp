@@ -96,7 +96,9 @@ Position Removal::remove(const Span &span)
     const Element *firstCell = cellAround(first.get()), *lastCell = cellAround(last.get());
     Ref<Node> startNode(span.start.node), endNode(span.end.node);
     // In front of an emptied place nothing shows: then the last block is as good as the first.
-    const bool startsOutside = mContent.pastBlanksBefore(span.start).isEdge() && first->isAncestorOf(*last);
+    // An item is no such shell: its mark shows.
+    const bool startsOutside = mContent.pastBlanksBefore(span.start).isEdge() && first->isAncestorOf(*last) &&
+                               !first->is(names::li);
 
     const Victims victims = collect(span);
     Text *startText = span.start.text(), *endText = span.end.text();

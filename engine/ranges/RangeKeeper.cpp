@@ -78,7 +78,7 @@ LivePosition &LivePosition::operator=(const Position &position)
         return *this;
     }
     // What a step sets, its undo sets back; set by anybody else it stays.
-    if (mKeeper->mInStep && mPosition)
+    if (mKeeper->mInStep)
         mKeeper->note(*this, true);
     else
         mKeeper->forget(*this);
@@ -144,9 +144,10 @@ void RangeKeeper::relink(LivePosition &position, const Position &to)
 
 void RangeKeeper::note(LivePosition &position, bool lost)
 {
-    if (!mInStep || !position.mPosition) return;
+    if (!mInStep) return;
     if (position.mNote == 0) {
-        mNotes.push_back({&position, position.mPosition.node->id(), position.mPosition.offset, false});
+        const Node *node = position.mPosition.node.get();
+        mNotes.push_back({&position, node ? node->id() : 0, position.mPosition.offset, false});
         position.mNote = uint32_t(mNotes.size());
     }
     if (lost) mNotes[position.mNote - 1].lost = true;
@@ -166,6 +167,14 @@ void RangeKeeper::takeOver(LivePosition &from, LivePosition &to)
     to.mTicket = std::exchange(from.mTicket, 0);
     if (to.mNote) mNotes[to.mNote - 1].who = &to;
     if (to.mTicket) mByTicket[to.mTicket] = &to;
+}
+
+std::optional<Position> RangeKeeper::noted(NodeId id, uint32_t offset) const
+{
+    if (id == 0) return Position();
+    Node *node = mDocument.nodeById(id);
+    if (!node || !node->isConnected()) return std::nullopt;
+    return Position(node, offset).clipped();
 }
 
 void RangeKeeper::stepBegins()
@@ -219,8 +228,7 @@ void RangeKeeper::stepFails()
     for (const Note &note : mNotes) {
         if (!note.who) continue;
         note.who->mNote = 0;
-        Node *node = note.lost ? mDocument.nodeById(note.node) : nullptr;
-        if (node && node->isConnected()) relink(*note.who, Position(node, note.offset).clipped());
+        if (const auto to = note.lost ? noted(note.node, note.offset) : std::nullopt) relink(*note.who, *to);
     }
     mNotes.clear();
 }
@@ -231,12 +239,11 @@ void RangeKeeper::stepPlayed(changes::StepName step)
     if (found == mMemories.end()) return;
     for (const Place &place : step.inverse ? found->second.before : found->second.after) {
         const auto who = mByTicket.find(place.ticket);
-        Node *node = who == mByTicket.end() ? nullptr : mDocument.nodeById(place.node);
-        if (!node || !node->isConnected()) continue;
-        const Position to = Position(node, place.offset).clipped();
-        if (who->second->mPosition == to) continue;
+        if (who == mByTicket.end()) continue;
+        const auto to = noted(place.node, place.offset);
+        if (!to || who->second->mPosition == *to) continue;
         note(*who->second, true);
-        relink(*who->second, to);
+        relink(*who->second, *to);
     }
 }
 

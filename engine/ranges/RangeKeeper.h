@@ -7,6 +7,7 @@
 #include "engine/ranges/Position.h"
 
 #include <map>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -93,7 +94,7 @@ private:
     struct Note
     {
         LivePosition *who; ///< null once it has gone
-        dom::NodeId node;
+        dom::NodeId node;  ///< 0 for no place
         uint32_t offset;
         bool lost; ///< the inverse wouldn't bring it back
     };
@@ -113,6 +114,8 @@ private:
     void relink(LivePosition &position, const Position &to);
     void note(LivePosition &position, bool lost);
     void forget(LivePosition &position);
+    /// Nothing where that node isn't there any more.
+    std::optional<Position> noted(dom::NodeId id, uint32_t offset) const;
     void takeOver(LivePosition &from, LivePosition &to);
     void childPutIn(dom::Node &parent, uint32_t index);
     void childTakenOut(dom::Node &parent, uint32_t index);

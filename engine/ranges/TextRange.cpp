@@ -29,9 +29,26 @@ Element *commonElement(const Position &a, const Position &b)
     return at;
 }
 
+/// At the text or object that follows, so that what happens within elements is felt too.
+Position innermostStart(Position p)
+{
+    for (Node *child = p.childAfter(); child && (child->isText() || child->hasChildNodes()); child = p.childAfter())
+        p = Position::startOf(*child);
+    return p;
+}
+
+Position innermostEnd(Position p)
+{
+    for (Node *child = p.childBefore(); child && (child->isText() || child->hasChildNodes()); child = p.childBefore())
+        p = Position::endOf(*child);
+    return p;
+}
+
 } // namespace
 
-TextRange::TextRange(SelectionObject &page, const Span &span) : mPage(page.handle()), mRange(page.keeper(), {})
+TextRange::TextRange(SelectionObject &page, const Span &span)
+    : mPage(page.handle()), mRange(page.keeper(), {}), mHeldStart(page.keeper(), {}, Grip::Following),
+      mHeldEnd(page.keeper(), {}, Grip::Preceding)
 {
     setSpan(span);
 }
@@ -46,7 +63,8 @@ Ref<TextRange> TextRange::over(SelectionObject &page, Element &element)
 Ref<TextRange> TextRange::duplicate() const
 {
     Ref<TextRange> copy(new TextRange(page(), span()));
-    copy->mHeld = mHeld;
+    copy->mHeldStart = mHeldStart;
+    copy->mHeldEnd = mHeldEnd;
     return copy;
 }
 
@@ -61,7 +79,13 @@ void TextRange::setSpan(const Span &span)
     page(); // fails where the document is gone
     mRange.start = span.start;
     mRange.end = span.end;
-    mHeld = span.start && !span.isEmpty();
+    Span held;
+    if (span.start && !span.isEmpty()) {
+        held = {innermostStart(span.start), innermostEnd(span.end)};
+        if (Position::compare(held.start, held.end) >= 0) held = span; // nothing but the edges of elements
+    }
+    mHeldStart = held.start;
+    mHeldEnd = held.end;
     mBehindLine = false;
 }
 
@@ -108,7 +132,12 @@ Element *TextRange::parentElement() const
         const TextRun *last = index().runAt(end - 1, &base);
         if (last && last->endsWithBoundary() && base + last->length + 1 == end) {
             const Position inside = TextIndex::placeIn(*last, last->length, Side::Preceding);
-            Element *common = commonElement(s.start, inside);
+            // From the first thing that it holds: blocks that merely open in front of that don't count.
+            uint32_t firstBase = 0;
+            const TextRun *first = index().runAt(start, &firstBase);
+            const bool endFirst = first->length > 0 && start == firstBase + first->length;
+            const Position from = endFirst ? s.start : TextIndex::placeIn(*first, start - firstBase, Side::Following);
+            Element *common = commonElement(from, inside);
             while (common && common != index().limit() && !index().rendering().isBlock(*common))
                 common = common->parentElement();
             return common;
@@ -316,7 +345,8 @@ bool TextRange::expand(const QString &unit)
         uint32_t to = next == starts.end() ? run->length : *next;
         if (by == Unit::Word) {
             uint32_t word = to;
-            while (word > from && isSpace(word - 1)) --word;
+            while (word > from && isSpace(word - 1))
+                --word;
             if (word > from && i < word) to = word;
         }
         return {base + from, base + to};
@@ -407,10 +437,11 @@ bool TextRange::isEqual(const TextRange &other) const
 void TextRange::select() const
 {
     const Span s = span();
-    if (!s.start || !s.start.node->isConnected() || !s.end.node->isConnected())
-        refuse("There is nothing to select.");
+    if (!s.start || !s.start.node->isConnected() || !s.end.node->isConnected()) refuse("There is nothing to select.");
     Element *body = index().limit();
-    const auto inBody = [&](const Position &p) { return body && !body->contains(*p.node) ? Position::endOf(*body) : p; };
+    const auto inBody = [&](const Position &p) {
+        return body && !body->contains(*p.node) ? Position::endOf(*body) : p;
+    };
     if (body && s.isEmpty()) {
         // Between blocks nobody can type: the caret goes to the place that a reader takes it for.
         const Position at = inBody(s.start);
@@ -420,10 +451,16 @@ void TextRange::select() const
     page().set(inBody(s.start), inBody(s.end));
 }
 
+bool TextRange::hasLost() const
+{
+    const Position &start = mHeldStart.position(), &end = mHeldEnd.position();
+    return start && (span().isEmpty() || Position::compare(start, end) >= 0);
+}
+
 QString TextRange::bookmark() const
 {
     const Span s = span();
-    if (!s.start || !s.start.node->isConnected() || !s.end.node->isConnected() || (mHeld && s.isEmpty()))
+    if (!s.start || !s.start.node->isConnected() || !s.end.node->isConnected() || hasLost())
         throw Error(base::errors::notPossible, QStringLiteral("What the range held has gone."));
     return page().bookmarks().nameOf(s);
 }

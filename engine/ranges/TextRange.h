@@ -76,6 +76,7 @@ public:
 private:
     enum class Unit : uint8_t { Character, Word, Sentence, TextEdit };
     enum class End : uint8_t { Start, End };
+    bool hasLost() const;
     static Unit unitOf(const QString &name);
     struct Ends
     {
@@ -90,7 +91,8 @@ private:
     std::shared_ptr<SelectionObject *> mPage;
     LiveRange mRange;
     bool mBehindLine = false; ///< a caret behind the line of an empty block
-    bool mHeld = false; ///< it took something in when it was set
+    LivePosition mHeldStart; ///< around what it took in when it was set, and nothing that came in later at its ends
+    LivePosition mHeldEnd;
 };
 
 /// The fragment of HTML that a range holds; see the design notes of ranges.

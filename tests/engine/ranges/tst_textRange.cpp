@@ -27,6 +27,8 @@ private Q_SLOTS:
     void pastingPutsHtmlInItsPlace();
     void writingPutsText_data();
     void writingPutsText();
+    void whatARangeHeldHasGone_data();
+    void whatARangeHeldHasGone();
     void pastingOverTwoCellsIsRefused();
     void controlRangesTakeObjectsOnly();
     void aRangeOutlivesItsDocument();
@@ -92,6 +94,12 @@ void tst_textRange::htmlIsTheFragment_data()
     row("<p>a^b</p><!--x--><p></p><p>c|</p>", "<P>b</P><!--x--><P></P><P>c</P>");
     row("<p>^<img>|</p>", "<IMG>");
     row("<p>a^&amp;|</p>", "&amp;");
+    // In front of its tags as behind them: the innermost block whose end is taken in.
+    row("<p>x</p>^<div><p>a</p></div>|<p>b</p>", "<P>a</P>");
+    row("<p>x</p>^<div><p>a</p></div><p>|b</p>", "<P>a</P>");
+    row("<p>x</p><div>^<p>a</p></div><p>|b</p>", "<P>a</P>");
+    row("<p>x</p>^<div><p>a</p><p>b</p></div>|<p>c</p>", "<DIV><P>a</P><P>b</P></DIV>");
+    row("<ul><!--^--><li>a<ul><li>b</li></ul></li><!--|--><li>c</li></ul>", "<LI>a<UL><LI>b</LI></UL></LI>");
 }
 
 void tst_textRange::htmlIsTheFragment()
@@ -116,6 +124,15 @@ void tst_textRange::theParentIsTheBlockWhoseEndItTakes()
     QCOMPARE(p->parentElement(), page.document->body());
     const auto b = page.over("b");
     QCOMPARE(b->parentElement()->idAttribute(), QStringLiteral("b"));
+    // Where it starts outside makes no difference: nothing stands between.
+    for (const char *marked : {"^<div><p id=p>a</p></div>|<p>b</p>", "^<div><p id=p>a</p></div><p>|b</p>",
+                               "<div><p>z</p>^<p id=p>a</p></div><p>|b</p>", "<p>z^</p><div><p id=p>a</p></div><p>|b</p>"}) {
+        Page other(marked);
+        const bool takesTheEndBefore = QString(marked).contains("z^");
+        QCOMPARE(other.range()->parentElement()->idAttribute(), takesTheEndBefore ? QString() : QStringLiteral("p"));
+    }
+    Page both("^<div id=d><p>a</p><p>b</p></div><p>|c</p>");
+    QCOMPARE(both.range()->parentElement()->idAttribute(), QStringLiteral("d"));
 }
 
 void tst_textRange::movingThereAndBackIsWhereItWas()
@@ -297,6 +314,13 @@ void tst_textRange::pastingPutsHtmlInItsPlace_data()
     row("<table><tr><td>^ab</td><td>|c</td></tr></table>", "<p>x</p>",
         "<TABLE><TBODY><TR><TD><P>x|</P></TD><TD>c</TD></TR></TBODY></TABLE>");
     row("<ul><li>a|b</li></ul>", "<li>x</li>", "<UL><LI>a</LI><LI>x|</LI><LI>b</LI></UL>");
+    // A whole item, with the list in it.
+    const char *nested = "<ul><!--^--><li>a<ul><li>b</li><li>c</li></ul></li><!--|--><li>d</li></ul>";
+    row(nested, "<li>x</li>", "<UL><LI>x|</LI><LI>d</LI></UL>");
+    row(nested, "x", "<UL><LI>x|</LI><LI>d</LI></UL>");
+    row(nested, "", "<UL><LI>|&nbsp;</LI><LI>d</LI></UL>");
+    row("<ul><li>^a<ul><li>b</li><li>c|d</li><li>e</li></ul></li></ul>", "x",
+        "<UL><LI>x|d<UL><LI>e</LI></UL></LI></UL>");
 }
 
 void tst_textRange::pastingPutsHtmlInItsPlace()
@@ -335,6 +359,64 @@ void tst_textRange::writingPutsText()
     page.write(text);
     QTEST(page.marked(), "after");
     QCOMPARE(page.records.size(), 1);
+}
+
+void tst_textRange::whatARangeHeldHasGone_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<bool>("gone");
+    QTest::newRow("nothing") << "nothing" << false;
+    QTest::newRow("removed") << "removed" << true;
+    QTest::newRow("text replaced") << "text" << true;
+    QTest::newRow("replaced in two steps") << "halves" << true;
+    QTest::newRow("half of it replaced") << "half" << false;
+    QTest::newRow("something in it replaced") << "middle" << false;
+    QTest::newRow("text came to its ends") << "around" << false;
+    QTest::newRow("moved elsewhere") << "moved" << false;
+    QTest::newRow("element replaced") << "outer" << true;
+    QTest::newRow("element's content replaced") << "inner" << true;
+    QTest::newRow("replaced and undone") << "undone" << false;
+}
+
+void tst_textRange::whatARangeHeldHasGone()
+{
+    QFETCH(QString, change);
+    Page page("<p id=p>one <b id=b>wxyz</b> three</p><p id=q></p>");
+    Element *b = page.document->getElementById("b");
+    const Ref<Element> keep(b);
+    auto &text = static_cast<Text &>(*b->firstChild());
+    // However its ends are written.
+    const auto parent = Ref<Element>(b->parentElement());
+    const std::vector<Ref<TextRange>> ranges = {
+        Ref<TextRange>(new TextRange(page.selection, {{&text, 0}, {&text, 4}})),
+        Ref<TextRange>(new TextRange(page.selection, {Position::before(*b), Position::after(*b)})),
+        Ref<TextRange>(new TextRange(page.selection, {{b, 0}, Position::after(*b)}))};
+    if (change == "removed") page.tracker.remove(*b);
+    if (change == "text" || change == "undone") page.tracker.replaceText(text, 0, 4, "new");
+    if (change == "halves") {
+        page.tracker.replaceText(text, 0, 2, "ne");
+        page.tracker.replaceText(text, 2, 2, "w");
+    }
+    if (change == "half") page.tracker.replaceText(text, 2, 2, "new");
+    if (change == "middle") page.tracker.replaceText(text, 1, 2, "new");
+    if (change == "around") {
+        page.tracker.replaceText(text, 0, 0, "new");
+        page.tracker.replaceText(text, text.length(), 0, "new");
+    }
+    if (change == "moved") page.tracker.move(*page.document->getElementById("q"), text, nullptr);
+    if (change == "outer") b->setOuterHTML("<i>new</i>");
+    if (change == "inner") b->setInnerHTML("new");
+    if (change == "undone") page.tracker.play(page.records.first(), false);
+    QFETCH(bool, gone);
+    for (const auto &range : ranges) {
+        if (gone)
+            QVERIFY_EXCEPTION_THROWN(range->bookmark(), base::Error);
+        else
+            range->moveToBookmark(range->bookmark());
+    }
+    // A range that is set anew holds what is there now.
+    ranges.front()->setSpan({Position::startOf(*parent), Position::endOf(*parent)});
+    ranges.front()->bookmark();
 }
 
 void tst_textRange::pastingOverTwoCellsIsRefused()
