@@ -5,6 +5,7 @@
 #include "engine/dom/Assignment.h"
 #include "engine/dom/Names.h"
 #include "engine/editing/Editor.h"
+#include "engine/html/Serializer.h"
 
 namespace editing {
 
@@ -116,6 +117,44 @@ void RangeEdits::settle(TextRange &range, const Position &p, bool withSelection)
     if (withSelection) mEditor.selection().setCaret(p);
 }
 
+namespace {
+
+/// Out of what the place stands at the start (or the end) of, below `top`.
+Position liftedOut(Position p, const Element &top, bool start)
+{
+    while (p.node != &top && p.offset == (start ? 0 : Position::lengthOf(*p.node)))
+        p = start ? Position::before(*p.node) : Position::after(*p.node);
+    return p;
+}
+
+} // namespace
+
+bool RangeEdits::isThere(const TextRange &range, const QString &text) const
+{
+    const Span content = contentOf(range);
+    const Text *node = content.start.text();
+    return node && content.end.node == content.start.node &&
+           QStringView(node->data()).mid(content.start.offset, content.end.offset - content.start.offset) == text;
+}
+
+bool RangeEdits::isThere(const TextRange &range, const DocumentFragment &html) const
+{
+    const Span content = contentOf(range);
+    if (!content.start || content.isEmpty()) return false;
+    if (html.firstChild() && html.firstChild() == html.lastChild() && html.firstChild()->isText())
+        return isThere(range, html.firstChild()->nodeValue());
+    Element *top = content.start.element();
+    while (!top->contains(*content.end.node))
+        top = top->parentElement();
+    // Of what it enters or leaves it must hold all: else the rest would be cut off.
+    const Position start = liftedOut(content.start, *top, true), end = liftedOut(content.end, *top, false);
+    for (const Position &p : {start, end})
+        if (p.node != top && p.node->parentNode() != top) return false;
+    const QString text = html::Serializer::inner(html);
+    const bool all = start == Position::startOf(*top) && end == Position::endOf(*top);
+    return text == range.htmlText() || (all && top != range.index().limit() && text == html::Serializer::outer(*top));
+}
+
 Position RangeEdits::insertLines(Position p, const QString &text)
 {
     Element *container = mContent.container(p);
@@ -140,6 +179,7 @@ void RangeEdits::write(TextRange &range, const QString &given)
     text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n');
     if (range.isEmpty() && text.isEmpty()) return;
     const bool withSelection = selectionStandsIn(range);
+    if (isThere(range, text)) return settle(range, contentOf(range).end, withSelection);
     RangeKeeper &keeper = mEditor.selection().keeper();
     Assignment assignment(mEditor.document());
     Position p;
@@ -276,6 +316,7 @@ void RangeEdits::paste(TextRange &range, const QString &html)
         content = document.markup->parseFragment(document, *document.body(), html);
         for (const Node *child = content->firstChild(); child && !blocks; child = child->nextSibling())
             blocks = mContent.delimitsLines(*child);
+        if (isThere(range, *content)) return settle(range, contentOf(range).end, withSelection);
     }
     Assignment assignment(mEditor.document());
     Taken taken = takeOut(range);

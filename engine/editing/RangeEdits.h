@@ -37,6 +37,9 @@ private:
     ranges::Position insertInline(const ranges::Position &p, dom::DocumentFragment &content);
     ranges::Position insertBlocks(const Taken &taken, dom::DocumentFragment &content);
     dom::Element *parentFor(const ranges::Position &p, const dom::DocumentFragment &content) const;
+    /// Whether writing that would change nothing.
+    bool isThere(const ranges::TextRange &range, const QString &text) const;
+    bool isThere(const ranges::TextRange &range, const dom::DocumentFragment &html) const;
     void settle(ranges::TextRange &range, const ranges::Position &p, bool withSelection);
 
     Editor &mEditor;

@@ -18,9 +18,12 @@ uint32_t afterReplacement(Grip grip, uint32_t place, uint32_t offset, uint32_t r
     if (place > end) return place - removed + added;
     if (place < offset) return place;
     switch (grip) {
-    case Grip::Following: return offset + added;
-    case Grip::Preceding: return offset;
-    case Grip::None: break;
+    case Grip::Following:
+        return offset + added;
+    case Grip::Preceding:
+        return offset;
+    case Grip::None:
+        break;
     }
     if (place == offset) return place;
     return place == end ? offset + added : offset + std::min(place - offset, added);

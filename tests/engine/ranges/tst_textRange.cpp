@@ -29,6 +29,10 @@ private Q_SLOTS:
     void writingPutsText();
     void whatARangeHeldHasGone_data();
     void whatARangeHeldHasGone();
+    void writingWhatStandsThereWritesNoRecord_data();
+    void writingWhatStandsThereWritesNoRecord();
+    void writingPartsOfElementsWritesARecord_data();
+    void writingPartsOfElementsWritesARecord();
     void pastingOverTwoCellsIsRefused();
     void controlRangesTakeObjectsOnly();
     void aRangeOutlivesItsDocument();
@@ -417,6 +421,58 @@ void tst_textRange::whatARangeHeldHasGone()
     // A range that is set anew holds what is there now.
     ranges.front()->setSpan({Position::startOf(*parent), Position::endOf(*parent)});
     ranges.front()->bookmark();
+}
+
+void tst_textRange::writingWhatStandsThereWritesNoRecord_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("html"); // or text
+    QTest::addColumn<QString>("after");
+    const auto row = [](const char *before, const char *html, const char *after) {
+        QTest::newRow(before) << QString(before) << QString(html) << QString(after);
+    };
+    row("<p>a^bc|d</p>", "bc", "<P>abc|d</P>");
+    row("<p>a^<b>b</b>c|d</p>", "<B>b</B>c", "<P>a<B>b</B>c|d</P>");
+    row("<p>a<b>^bc|</b>d</p>", "<B>bc</B>", "<P>a<B>bc|</B>d</P>");
+    row("<p>^ab|</p>", "<P>ab</P>", "<P>ab|</P>");
+    row("<p>^ab</p><p>|cd</p>", "<P>ab</P>", "<P>ab|</P><P>cd</P>");
+    row("<p>^ab</p><p>cd</p><p>|ef</p>", "<P>ab</P><P>cd</P>", "<P>ab</P><P>cd|</P><P>ef</P>");
+}
+
+void tst_textRange::writingWhatStandsThereWritesNoRecord()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, html);
+    Page page{Marks(before)};
+    const bool isText = !html.contains('<');
+    page.paste(html);
+    QCOMPARE(page.records.size(), 0);
+    QTEST(page.marked(), "after");
+    if (!isText) return;
+    Page other{Marks(before)};
+    other.write(html);
+    QCOMPARE(other.records.size(), 0);
+    QTEST(other.marked(), "after");
+}
+
+void tst_textRange::writingPartsOfElementsWritesARecord_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("html");
+    QTest::newRow("of a bold word") << "<p>a^b<b>c|d</b></p>" << "b<B>c</B>";
+    QTest::newRow("of two blocks") << "<p>a^b</p><p>c|d</p>" << "<P>b</P><P>c</P>";
+    QTest::newRow("in other letters") << "<p>a^bc|d</p>" << "bC";
+}
+
+void tst_textRange::writingPartsOfElementsWritesARecord()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, html);
+    Page page{Marks(before)};
+    const QString old = page.body();
+    page.paste(html);
+    QCOMPARE(page.records.size(), 1);
+    QVERIFY(page.body() != old);
 }
 
 void tst_textRange::pastingOverTwoCellsIsRefused()
