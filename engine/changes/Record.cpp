@@ -113,23 +113,32 @@ Primitive Primitive::inverse() const
     return p;
 }
 
+// A type of its own for more than two objects leaves the others as short as they were.
+constexpr uint8_t manyObjects = 3;
+
 static void writeSelection(Writer &to, const SavedSelection &s)
 {
-    to.byte(uint8_t(s.type));
+    to.byte(s.between.empty() ? uint8_t(s.type) : manyObjects);
     to.number(s.anchor);
     to.number(s.anchorOffset);
     to.number(s.focus);
     to.number(s.focusOffset);
+    if (s.between.empty()) return;
+    to.number(s.between.size());
+    for (const NodeId id : s.between) to.number(id);
 }
 
 static SavedSelection readSelection(Reader &from)
 {
     SavedSelection s;
-    s.type = SavedSelection::Type(std::min<uint8_t>(from.byte(), 2));
+    const uint8_t type = from.byte();
+    s.type = SavedSelection::Type(std::min<uint8_t>(type, 2));
     s.anchor = from.number32();
     s.anchorOffset = from.number32();
     s.focus = from.number32();
     s.focusOffset = from.number32();
+    if (type != manyObjects) return s;
+    for (uint64_t left = from.number(); left > 0 && !from.failed(); --left) s.between.push_back(from.number32());
     return s;
 }
 

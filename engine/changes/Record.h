@@ -14,7 +14,7 @@
 ///     parts     = bits: 1 a selection, 2 a step, 4 the step is played backward
 ///     step      = number                     of the step; an echo's is that of what it echoes
 ///     selection = saved saved                before, after
-///     saved     = type, anchor id, anchor offset, focus id, focus offset
+///     saved     = type, anchor id, anchor offset, focus id, focus offset; for type 3: a number, and so many ids
 ///     primitive = INSERT     parent before subtree
 ///               | REMOVE     parent before subtree
 ///               | MOVE       node oldParent oldBefore newParent newBefore
@@ -36,7 +36,7 @@ enum class Kind : uint8_t {
 };
 
 /// A selection by ids: the nodes and 0-based offsets of anchor and focus. Offsets in a text count UTF-16 units, elsewhere
-/// children.
+/// children. Of selected objects the first is the anchor, the last the focus, and the others stand between.
 struct SavedSelection {
     enum class Type : uint8_t { None, Text, Control };
     Type type = Type::None;
@@ -44,6 +44,7 @@ struct SavedSelection {
     uint32_t anchorOffset = 0;
     dom::NodeId focus = 0;
     uint32_t focusOffset = 0;
+    std::vector<dom::NodeId> between = {};
     friend bool operator==(const SavedSelection &, const SavedSelection &) = default;
 };
 

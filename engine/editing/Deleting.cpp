@@ -55,7 +55,7 @@ bool Operation::leaveListAtStart(const Position &p)
     Item edge = mContent.pastBlanksBefore(p);
     for (; edge.kind == Item::Kind::Edge && edge.start; edge = mContent.pastBlanksBefore(edge.far)) {
         Element &element = *edge.element();
-        if (isCell(element)) return false;
+        if (isCell(element) || mContent.rendering().isFrame(element)) return false;
         if (!element.is(names::li)) continue;
         if (element.previousElementSibling()) return false;
         LivePosition caret(mSelection.keeper(), p);
@@ -86,7 +86,7 @@ bool Operation::joinOver(const Position &p, bool forward)
         return forward ? mContent.pastBlanksAfter(at) : mContent.pastBlanksBefore(at);
     };
     Element *here = mContent.container(p);
-    const bool blankHere = !mEdits.isFixed(*here) && isBlankBlock(*here);
+    const bool blankHere = !mEdits.stays(*here) && !mEdits.holdsField(*here) && isBlankBlock(*here);
     const auto removeHere = [&](const Position &to) {
         LivePosition caret(mSelection.keeper(), to);
         Element *parent = here->parentElement();
@@ -102,10 +102,12 @@ bool Operation::joinOver(const Position &p, bool forward)
         Element &element = *item.element();
         if (item.isObject()) return takeAway(element, p);
         if (item.start != forward) { // out of a block
-            if (isCell(element)) return false;
+            if (isCell(element) || mContent.rendering().isFrame(element)) return false;
             item = pastBlanks(item.far);
             continue;
         }
+        if (mContent.rendering().isFrame(element) && !blankHere)
+            return mContent.rendering().roleOf(element) == Role::Widget && takeAway(element, p);
         if (element.is(names::table)) {
             if (!blankHere) return takeAway(element, p);
             return removeHere(forward ? mMovement.nextCharacter(p) : mMovement.previousCharacter(p));

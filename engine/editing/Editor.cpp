@@ -18,14 +18,29 @@ Editor::Editor(ChangeTracker &tracker, SelectionObject &selection, const Renderi
 
 namespace {
 
-Element *hostOf(const SelectionObject &selection)
+/// The selected stretch without what only its ends reach over: `^ab</td><td>|` takes in nothing of the next cell.
+Span takenIn(const Content &page, const SelectionObject &selection)
+{
+    const Span span = selection.span();
+    return {page.normalised(span.start, Content::Between::RangeStart),
+            page.normalised(span.end, Content::Between::RangeEnd)};
+}
+
+Element *hostOf(const SelectionObject &selection, const Rendering &rendering)
 {
     switch (selection.type()) {
     case SelectionObject::Type::None:
         return nullptr;
     case SelectionObject::Type::Text: {
-        Element *host = editingHost(*selection.focus().node);
-        return host && editingHost(*selection.anchor().node) == host ? host : nullptr;
+        Element *host = editingHost(*selection.focus().node), *other = editingHost(*selection.anchor().node);
+        if (host == other || selection.isCaret()) return host;
+        const Span span = takenIn(Content(rendering, *selection.document().body()), selection);
+        host = editingHost(*span.start.node);
+        if (!host || editingHost(*span.end.node) != host) return nullptr;
+        // An end that stood in a part of it that can't be edited has only been led out of there.
+        for (const Position *end : {&selection.anchor(), &selection.focus()})
+            if (host->contains(*end->node) && editingHost(*end->node) != host) return nullptr;
+        return host;
     }
     case SelectionObject::Type::Control:
         break;
@@ -65,12 +80,12 @@ QString cleaned(const QString &text)
 
 bool Editor::canEdit() const
 {
-    return hostOf(mSelection) != nullptr;
+    return hostOf(mSelection, *mRendering) != nullptr;
 }
 
 bool Editor::insertText(const QString &given)
 {
-    Element *host = hostOf(mSelection);
+    Element *host = hostOf(mSelection, *mRendering);
     const QString text = cleaned(given);
     if (!host || text.isEmpty()) return false;
     Operation operation(*this, *host);
@@ -90,7 +105,7 @@ bool Editor::insertText(const QString &given)
 /// Enter and Shift+Enter: one step that takes away what is selected and breaks there.
 template <class Break> static bool breakAt(Editor &editor, Break breakHere)
 {
-    Element *host = hostOf(editor.selection());
+    Element *host = hostOf(editor.selection(), editor.rendering());
     if (!host) return false;
     Operation operation(editor, *host);
     ChangeTracker::Step step(editor.tracker(), Kind::Command);
@@ -116,7 +131,7 @@ bool Editor::insertLineBreak()
 
 bool Editor::deleteSelection()
 {
-    Element *host = hostOf(mSelection);
+    Element *host = hostOf(mSelection, *mRendering);
     if (!host || mSelection.isCaret()) return false;
     Operation operation(*this, *host);
     if (mSelection.type() == SelectionObject::Type::Control) {
@@ -137,7 +152,7 @@ bool Editor::deleteSelection()
 bool Editor::deleteBy(Direction direction, Unit unit)
 {
     if (mSelection.isRange() || mSelection.type() == SelectionObject::Type::Control) return deleteSelection();
-    Element *host = hostOf(mSelection);
+    Element *host = hostOf(mSelection, *mRendering);
     if (!host) return false;
     Operation operation(*this, *host);
     ChangeTracker::Step step(mTracker, Kind::TextOut);
@@ -148,7 +163,7 @@ bool Editor::deleteBy(Direction direction, Unit unit)
 
 bool Editor::selectAll()
 {
-    Element *host = mSelection.type() == SelectionObject::Type::None ? nullptr : hostOf(mSelection);
+    Element *host = mSelection.type() == SelectionObject::Type::None ? nullptr : hostOf(mSelection, *mRendering);
     if (!host) host = document().body();
     if (!host) return false;
     const Content content(*mRendering, *host);
@@ -170,7 +185,10 @@ Span Operation::span() const
 {
     if (mSelection.type() != SelectionObject::Type::Text) return {};
     if (mSelection.isRange()) {
-        const Span fitted = mRemoval.fitted(mSelection.span());
+        Span selected = mSelection.span();
+        if (!mContent.contains(selected.start) || !mContent.contains(selected.end))
+            selected = takenIn(Content(mContent.rendering(), *mEditor.document().body()), mSelection);
+        const Span fitted = mRemoval.fitted(selected);
         if (!fitted.isEmpty()) return fitted;
     }
     const Position p = mContent.normalised(mSelection.focus());

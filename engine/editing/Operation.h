@@ -40,6 +40,7 @@ private:
 
     bool lineFeed(const ranges::Position &p);
     bool lineBreakAt(const ranges::Position &p);
+    bool isWithinPart(const ranges::Position &p) const;
     dom::Element *blockToSplit(const ranges::Position &p);
     bool split(dom::Element &block, const ranges::Position &p);
     void closeHalf(dom::Element &half, const ranges::Position &line);

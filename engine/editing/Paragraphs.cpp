@@ -84,12 +84,25 @@ bool Operation::breakLine(const Span &span)
     return lineBreakAt(p);
 }
 
+/// Whether `p` stands within an inline part that is edited by itself: two of it wouldn't be what the page means.
+bool Operation::isWithinPart(const Position &p) const
+{
+    Element *part = mContent.fieldAround(p.node.get());
+    while (part && !part->hasAttribute(names::contenteditable))
+        part = mContent.fieldAround(part->parentNode());
+    if (!part) return false;
+    const Item left = mContent.before(p), right = mContent.after(p);
+    const auto isInside = [part](const Item &item) { return item.node && !item.isEdge() && part->contains(*item.node); };
+    return isInside(left) && isInside(right);
+}
+
 /// The block around `p` that Enter splits: made of the line where text stands in none of its own; null where paragraphs
 /// can't be.
 Element *Operation::blockToSplit(const Position &p)
 {
     Element *around = mContent.container(p);
     const bool isLimit = around == &mContent.limit();
+    if (isWithinPart(p)) return nullptr;
     if (isOneLiner(*around) || (isLimit && !mContent.isBlock(*around))) return nullptr;
     if (!isLimit && splits(*around)) return around;
     if (isList(*around)) return &mEdits.wrapRun(*around, p, "li");

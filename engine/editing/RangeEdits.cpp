@@ -24,8 +24,18 @@ const Element *cellOf(const Element *at)
 
 } // namespace
 
-RangeEdits::RangeEdits(Editor &editor)
-    : mEditor(editor), mTracker(editor.tracker()), mContent(editor.rendering(), *editor.document().body()),
+Element &RangeEdits::hostOf(const TextRange &range)
+{
+    Span span = contentOf(range);
+    if (!span.start) span = range.span();
+    Element *host = editingHost(*span.start.node);
+    if (!host || editingHost(*span.end.node) != host)
+        throw Error(base::errors::notPossible, QStringLiteral("The range doesn't lie in a part that can be edited."));
+    return *host;
+}
+
+RangeEdits::RangeEdits(Editor &editor, const TextRange &range)
+    : mEditor(editor), mTracker(editor.tracker()), mContent(editor.rendering(), hostOf(range)),
       mEdits(mContent, mTracker, editor.selection().keeper()), mRemoval(mContent, mTracker, editor.selection().keeper())
 {
 }
@@ -60,7 +70,7 @@ bool RangeEdits::selectionStandsIn(const TextRange &range) const
            index.countBefore(span.end) <= index.countBefore(mine.end);
 }
 
-Span RangeEdits::contentOf(const TextRange &range) const
+Span RangeEdits::contentOf(const TextRange &range)
 {
     TextIndex &index = range.index();
     const uint32_t start = range.startCount(), end = range.endCount();
@@ -76,7 +86,7 @@ RangeEdits::Taken RangeEdits::takeOut(TextRange &range)
     TextIndex &index = range.index();
     const uint32_t start = range.startCount(), end = range.endCount();
     const Position given = range.span().start;
-    Taken taken{mContent.normalised(mContent.contains(given) ? given : Position::endOf(*index.limit())), {}};
+    Taken taken{mContent.normalised(mContent.contains(given) ? given : Position::endOf(const_cast<Element &>(mContent.limit()))), {}};
     if (start >= end) return taken;
     uint32_t lastBase = 0;
     const TextRun *last = index.runAt(end - 1, &lastBase);

@@ -13,7 +13,9 @@ class Editor;
 class RangeEdits
 {
 public:
-    explicit RangeEdits(Editor &editor);
+    /// Fails for a range that doesn't lie within one part that can be edited. What takes in the end of such a part, and
+    /// nothing behind it, lies within.
+    RangeEdits(Editor &editor, const ranges::TextRange &range);
 
     /// Literally; line ends become breaks. A block whose end was in the range stays.
     void write(ranges::TextRange &range, const QString &text);
@@ -30,7 +32,8 @@ private:
     bool holdsTwoCells(ranges::TextRange &range) const;
     bool selectionStandsIn(const ranges::TextRange &range) const;
     /// What it covers, without the boundary that ends it; empty where that is all.
-    ranges::Span contentOf(const ranges::TextRange &range) const;
+    static ranges::Span contentOf(const ranges::TextRange &range);
+    static dom::Element &hostOf(const ranges::TextRange &range);
     Taken takeOut(ranges::TextRange &range);
     ranges::Position insertLines(ranges::Position p, const QString &text);
     ranges::Position insertText(const ranges::Position &p, const QString &text);

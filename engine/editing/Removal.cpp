@@ -10,10 +10,10 @@ using namespace ranges;
 
 namespace {
 
-/// What nothing is joined out of: a cell, or the table around a place between cells.
-const Element *cellAround(const Element *element)
+/// What nothing is joined out of: a cell, the table around a place between cells, a frame.
+const Element *cellAround(const Content &content, const Element *element)
 {
-    while (element && !isCell(*element) && !isTableStructure(*element))
+    while (element && !isCell(*element) && !isTableStructure(*element) && !content.rendering().isFrame(*element))
         element = element->parentElement();
     return element;
 }
@@ -93,7 +93,8 @@ Position Removal::remove(const Span &span)
     if (span.isEmpty()) return span.start;
     LivePosition start(mKeeper, span.start), end(mKeeper, span.end);
     Ref<Element> first(mContent.container(span.start)), last(mContent.container(span.end));
-    const Element *firstCell = cellAround(first.get()), *lastCell = cellAround(last.get());
+    const Element *firstCell = cellAround(mContent, first.get()),
+                  *lastCell = cellAround(mContent, last.get());
     Ref<Node> startNode(span.start.node), endNode(span.end.node);
     // In front of an emptied place nothing shows: then the last block is as good as the first.
     // An item is no such shell: its mark shows.

@@ -152,7 +152,7 @@ void TreeEdits::tidyUpwards(Node *at)
             if (static_cast<Text *>(at)->length() > 0) return;
         } else if (Element *element = at->asElement()) {
             if (element->hasChildNodes() || element == &mContent.limit() || isObject(*element) || element->isVoid() ||
-                mContent.isBlock(*element))
+                mContent.isBlock(*element) || mContent.rendering().isField(*element))
                 return;
         } else {
             return;
@@ -168,9 +168,21 @@ bool TreeEdits::isFixed(const Element &element) const
            element.contains(mContent.limit());
 }
 
+bool TreeEdits::stays(const Element &element) const
+{
+    return isFixed(element) || mContent.rendering().roleOf(element) != Role::None;
+}
+
+bool TreeEdits::holdsField(const Element &block) const
+{
+    for (const Node *node = block.firstChild(); node; node = node->next(&block))
+        if (const Element *element = node->asElement(); element && mContent.rendering().isField(*element)) return true;
+    return false;
+}
+
 void TreeEdits::removeEmptied(Element *element, const Node &keep)
 {
-    while (element && element->isConnected() && !isFixed(*element) && !element->contains(keep)) {
+    while (element && element->isConnected() && !stays(*element) && !element->contains(keep)) {
         for (const Node *child = element->firstChild(); child; child = child->nextSibling())
             if (!isLonelyText(*child)) return;
         Element *parent = element->parentElement();
@@ -195,12 +207,15 @@ void TreeEdits::showLine(const Position &p)
     if (!block || isTableStructure(*block) || isList(*block)) return;
     if (mContent.isEmpty(*block)) {
         const bool takesMark = html::isTextBlock(*block) && !block->is(names::body);
-        if (takesMark) holdOpen(*block);
-        return;
+        if (!takesMark) return;
+        if (!holdsField(*block)) return holdOpen(*block);
     }
-    // Beside blocks, an empty line stands only where it has a break.
+    // Beside blocks, and around fields, an empty line stands only where it has a break.
     Ref<Element> line = block->document().createElement(QStringLiteral("br"));
-    insert(splitText(left.isBreak() ? left.near : p), *line);
+    Position place = left.isBreak() ? left.near : p;
+    while (Element *field = mContent.fieldAround(place.node.get()))
+        place = Position::after(*field);
+    insert(splitText(place), *line);
 }
 
 bool TreeEdits::canHoldParagraph(const Element &parent)

@@ -57,6 +57,9 @@ public:
     static bool canHoldParagraph(const dom::Element &parent);
     /// Whether it must stay, however empty: cells, rows, what the content ends at.
     bool isFixed(const dom::Element &element) const;
+    /// Whether it doesn't go because what it held has gone: what is fixed, fields, frames.
+    bool stays(const dom::Element &element) const;
+    bool holdsField(const dom::Element &block) const;
 
 private:
     const ranges::Content &mContent;

@@ -11,6 +11,7 @@ using namespace ranges;
 /// The only no-break space of a block stands for nothing: `<p>&nbsp;|</p>` is typed over.
 Span Operation::placeholder(const Position &p) const
 {
+    if (mContent.emptyField(p)) return {p, p};
     Item item = mContent.before(p);
     if (!item.isCharacter()) item = mContent.after(p);
     if (!item.isCharacter() || item.unit() != noBreakSpace) return {p, p};
@@ -31,7 +32,11 @@ Position Operation::roomForText(const Position &p)
     const bool list = isList(*around);
     if (isTableStructure(*around) || around->is(names::dl)) return {};
     if (list || ((around->is(names::body) || !empty) && TreeEdits::canHoldParagraph(*around)))
-        return Position::startOf(mEdits.wrapRun(*around, p, list ? "li" : "p"));
+    {
+        const bool inField = mContent.emptyField(p) != nullptr;
+        Element &made = mEdits.wrapRun(*around, p, list ? "li" : "p");
+        return inField ? p : Position::startOf(made);
+    }
     mTracker.setHeldOpen(*around, false);
     return p;
 }
@@ -42,9 +47,11 @@ Position Operation::placeForText(const Span &span) const
         const Item replaced = mContent.after(span.start);
         if (replaced.isCharacter() && !mContent.isHidden(replaced)) return replaced.near;
     }
-    const Item previous = mContent.before(span.start);
+    if (mContent.emptyField(span.start)) return span.start;
+    const Item previous = mContent.before(span.start), next = mContent.after(span.start);
+    // The caret of a field's first letter stands in front of that one, and text comes there too.
+    if (next.isCharacter() && next.near == span.start) return next.near;
     if (previous.isCharacter()) return previous.near;
-    const Item next = mContent.after(span.start);
     if (next.isCharacter()) return next.near;
     return span.start;
 }

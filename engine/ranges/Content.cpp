@@ -213,11 +213,36 @@ Position Content::outOfObjects(const Position &p) const
     return result;
 }
 
+Element *Content::fieldAround(Node *node) const
+{
+    for (Node *at = node; at && at != mLimit.get(); at = at->parentNode()) {
+        Element *element = at->asElement();
+        if (!element) continue;
+        if (isBlock(*element)) return nullptr;
+        if (mRendering.isField(*element)) return element;
+    }
+    return nullptr;
+}
+
+Element *Content::emptyField(const Position &p) const
+{
+    Element *field = p.node->isElement() && p.node->hasChildNodes() ? nullptr : fieldAround(p.node.get());
+    for (const Node *node = field ? field->firstChild() : nullptr; node; node = node->next(field))
+        if (node->isText() ? static_cast<const Text *>(node)->length() > 0
+                           : node->isElement() && (isObject(*node->asElement()) || isBreak(*node)))
+            return nullptr;
+    return field;
+}
+
 Position Content::settled(const Position &p) const
 {
-    const Item previous = before(p);
+    const Item previous = before(p), next = after(p);
+    if (previous.isCharacter() && next.isCharacter() && previous.node != next.node) {
+        // Where one of them is a field's, the place belongs to the side on which it was told.
+        const Element *here = fieldAround(p.node.get());
+        if (fieldAround(previous.node) != here && fieldAround(next.node) == here) return next.near;
+    }
     if (previous.isCharacter()) return previous.near;
-    const Item next = after(p);
     if (next.isCharacter()) return next.near;
     if (previous.isBreak() || (previous.isObject() && !previous.block)) return previous.near;
     if (next.isBreak() || (next.isObject() && !next.block)) return next.near;
@@ -233,6 +258,7 @@ bool Content::delimitsLines(const Node &node) const
 Position Content::normalised(const Position &given, Between between) const
 {
     Position p = outOfObjects(given);
+    if (const Element *field = emptyField(p)) return Position::startOf(const_cast<Element &>(*field));
     if (between != Between::Caret && p.node->isElement() && isTableStructure(*p.node->asElement())) return p; // rows
     const Item next = after(p), previous = before(p);
     if (isCollapsible(next) && isHidden(next)) {

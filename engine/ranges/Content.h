@@ -91,6 +91,10 @@ public:
     /// A range's start looks forward only, and its end backward only; they stay where no text takes them.
     enum class Between : uint8_t { Caret, RangeStart, RangeEnd };
     Position normalised(const Position &p, Between between = Between::Caret) const;
+    /// The innermost field around a node, within its block; null for none.
+    dom::Element *fieldAround(dom::Node *node) const;
+    /// The field around `p` that holds nothing: a caret stays in it.
+    dom::Element *emptyField(const Position &p) const;
     /// Whether a caret can stand there and be seen.
     bool isCaretPlace(const Position &p) const;
 

@@ -57,6 +57,13 @@ bool isIsland(const Element &element)
 
 } // namespace
 
+Role Rendering::roleOf(const Element &element) const
+{
+    if (!element.is(names::span)) return Role::None;
+    const bool named = !element.idAttribute().isEmpty();
+    return named || element.hasAttribute(names::contenteditable) ? Role::Field : Role::None;
+}
+
 const Rendering &Rendering::byHtml()
 {
     static const HtmlRendering rendering;

@@ -6,6 +6,14 @@
 
 namespace ranges {
 
+/// What a page means with an element beyond what HTML says of it.
+enum class Role : uint8_t {
+    None,
+    Field,  ///< an inline place for a value: it stays when it is emptied, and takes text again
+    Frame,  ///< it stands around a part of the page: nothing is joined over its edge, nothing beside it takes it away
+    Widget, ///< a frame that goes as one thing when what is beside it is deleted
+};
+
 /// What positions need to know of how content is shown. The one of this folder goes by HTML alone; whoever computes
 /// styles answers better.
 class Rendering
@@ -20,6 +28,10 @@ public:
     virtual bool isDisplayed(const dom::Node &node) const = 0;
     /// Asked before a row of questions: brings what they go by up to date.
     virtual void refresh() const {}
+    /// By HTML alone: a SPAN with a name, or one that says whether it can be edited, is a field.
+    virtual Role roleOf(const dom::Element &element) const;
+    bool isField(const dom::Element &element) const { return roleOf(element) == Role::Field; }
+    bool isFrame(const dom::Element &element) const { return roleOf(element) >= Role::Frame; }
 
     static const Rendering &byHtml();
 };

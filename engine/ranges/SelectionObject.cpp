@@ -90,11 +90,14 @@ SavedSelection SelectionObject::savedSelection() const
 {
     SavedSelection saved;
     if (mAnchor.position()) {
-        saved = {SavedSelection::Type::Text, anchor().node->id(), anchor().offset, focus().node->id(), focus().offset};
+        saved = {SavedSelection::Type::Text, anchor().node->id(), anchor().offset, focus().node->id(),
+                 focus().offset, {}};
     } else if (const auto there = elements(); !there.empty()) {
         saved.type = SavedSelection::Type::Control;
         saved.anchor = there.front()->id();
         saved.focus = there.back()->id();
+        for (size_t i = 1; i + 1 < there.size(); ++i)
+            saved.between.push_back(there[i]->id());
     }
     return saved;
 }
@@ -112,9 +115,11 @@ void SelectionObject::restoreSelection(const SavedSelection &saved)
         return;
     }
     if (!first->isElement() || !last->isElement()) return;
-    std::vector<Ref<Element>> both{first->asElement()};
-    if (last != first) both.emplace_back(last->asElement());
-    setControl(std::move(both));
+    std::vector<Ref<Element>> all{first->asElement()};
+    for (const NodeId id : saved.between)
+        if (Node *node = document().nodeById(id); node && node->isElement()) all.emplace_back(node->asElement());
+    if (last != first) all.emplace_back(last->asElement());
+    setControl(std::move(all)); // which drops those that aren't in the tree any more
 }
 
 void SelectionObject::stepPlayed(changes::StepName step)

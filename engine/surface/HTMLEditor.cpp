@@ -98,6 +98,7 @@ void HTMLEditor::finishLoad()
     document->setEditMode(mEditMode);
     mView->documentGone();
     mLoaded = std::make_unique<LoadedDocument>(std::move(document));
+    mLoaded->rendering().setRoles(roleOf);
     mView->documentLoaded(*mLoaded);
     Q_EMIT documentLoaded(text);
     if (std::exchange(mFocusAtLoadEnd, false)) takeFocus();

@@ -4,6 +4,7 @@
 #include "base/Export.h"
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
+#include "engine/ranges/Rendering.h"
 
 #include <QAbstractScrollArea>
 #include <QPointer>
@@ -89,6 +90,8 @@ public:
     bool isControlSelected() const;
     /// Reads the text behind an address that a navigation goes to; fails with `base::Error`. The control gives it.
     std::function<QString(const QString &url)> readText;
+    /// What elements mean in the host's pages, for documents loaded from then on; empty: as HTML has it. Asked often.
+    std::function<ranges::Role(const dom::Element &)> roleOf;
 
     // Inside, for the folders that wire the surface to the rest and for checks.
     LoadedDocument *loaded() const { return mLoaded.get(); }

@@ -6,7 +6,8 @@ namespace surface {
 LoadedDocument::LoadedDocument(base::Ref<dom::Document> document)
     : mDocument(std::move(document)), mStyles(*mDocument), mStyleSource(mStyles.engine()),
       mTree(*mDocument, mStyleSource),
-      mQueries(mTree), mRendering(mStyleSource), mKeeper(*mDocument), mSelection(mKeeper, mRendering), mTracker(*mDocument), mEditor(mTracker, mSelection)
+      mQueries(mTree), mRendering(mStyleSource), mKeeper(*mDocument), mSelection(mKeeper, mRendering), mTracker(*mDocument),
+      mEditor(mTracker, mSelection, mRendering)
 {
     mTree.setImageSource(&mImages);
     mTracker.setSelectionKeeper(&mSelection);

@@ -29,6 +29,7 @@ public:
     ranges::SelectionObject &selection() { return mSelection; }
     editing::Editor &editor() { return mEditor; }
     css::Services &styles() { return mStyles; }
+    StyledRendering &rendering() { return mRendering; }
 
 private:
     base::Ref<dom::Document> mDocument;

@@ -76,13 +76,13 @@ QPoint RangeView::toGlobal(QPoint client)
 
 void RangeView::write(ranges::TextRange &range, const QString &text)
 {
-    editing::RangeEdits(*mView.editor()).write(range, text);
+    editing::RangeEdits(*mView.editor(), range).write(range, text);
     mView.edited();
 }
 
 void RangeView::paste(ranges::TextRange &range, const QString &html)
 {
-    editing::RangeEdits(*mView.editor()).paste(range, html);
+    editing::RangeEdits(*mView.editor(), range).paste(range, html);
     mView.edited();
 }
 

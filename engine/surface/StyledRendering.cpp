@@ -42,6 +42,11 @@ bool StyledRendering::isDisplayed(const Node &node) const
     return !node.isConnected() || mStyles.styleFor(const_cast<Element &>(*element))->display() != css::Display::None;
 }
 
+ranges::Role StyledRendering::roleOf(const Element &element) const
+{
+    return mRoleOf ? mRoleOf(element) : Rendering::roleOf(element);
+}
+
 void StyledRendering::refresh() const
 {
     mStyles.update();

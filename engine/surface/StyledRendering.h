@@ -4,6 +4,8 @@
 #include "engine/layout/StyleSource.h"
 #include "engine/ranges/TextIndex.h"
 
+#include <functional>
+
 namespace surface {
 
 /// How content is shown by its computed styles: what stands on lines of its own, keeps its blanks, or isn't there. Tells
@@ -20,12 +22,16 @@ public:
     bool preservesSpace(const dom::Text &text) const override;
     bool isDisplayed(const dom::Node &node) const override;
     void refresh() const override;
+    ranges::Role roleOf(const dom::Element &element) const override;
+    /// Who knows what the host's pages mean; empty: as HTML has it.
+    void setRoles(std::function<ranges::Role(const dom::Element &)> roleOf) { mRoleOf = std::move(roleOf); }
 
     void styleChanged(dom::Element &element, css::Difference difference) override;
 
 private:
     layout::StyleSource &mStyles;
     ranges::TextIndex *mIndex = nullptr;
+    std::function<ranges::Role(const dom::Element &)> mRoleOf;
 };
 
 } // namespace surface

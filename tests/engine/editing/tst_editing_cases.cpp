@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/Error.h"
+#include "engine/editing/RangeEdits.h"
 #include "tests/engine/editing/EditingFixture.h"
 
 #include <QDir>
@@ -15,7 +17,7 @@
 ///
 /// Actions: `type TEXT` (`\n`, `\uXXXX`, a trailing `_` for a blank at the end), `enter`, `break`, `backspace`, `delete`,
 /// `word-backspace`, `word-delete`, `delete-selection`, `select-all`, `left`, `right`, `word-left`, `word-right`,
-/// `block-start`, `block-end`, `start`, `end`, `select-word`, `select-block`, `mode 0|1|2`, `N*ACTION`. `kinds` is the kinds
+/// `paste HTML`, `write TEXT` (through a range that stands where the selection does), `block-start`, `block-end`, `start`, `end`, `select-word`, `select-block`, `mode 0|1|2`, `N*ACTION`. `kinds` is the kinds
 /// of the records, in order. Names of elements are written in small letters for pleasure. `\` at a line's end joins it
 /// with the next.
 using namespace ranges;
@@ -56,6 +58,16 @@ bool moveCaret(Editing &e, const QString &action)
     return true;
 }
 
+/// What a script writes over a range that stands where the selection does. A refusal changes nothing.
+template <class Write> void writeRange(Editing &e, Write write)
+{
+    TextRange range(e.selection, e.selection.span());
+    try {
+        write(range);
+    } catch (const base::Error &) {
+    }
+}
+
 bool act(Editing &e, const QString &action)
 {
     if (action.startsWith("type ")) {
@@ -66,6 +78,12 @@ bool act(Editing &e, const QString &action)
             if (pair) ++i;
         }
     } else if (action.startsWith("commit ")) e.editor.insertText(unescaped(action.mid(7)));
+    else if (action.startsWith("paste ")) writeRange(e, [&](TextRange &range) {
+        editing::RangeEdits(e.editor, range).paste(range, unescaped(action.mid(6)));
+    });
+    else if (action.startsWith("write ")) writeRange(e, [&](TextRange &range) {
+        editing::RangeEdits(e.editor, range).write(range, unescaped(action.mid(6)));
+    });
     else if (action == "enter") e.editor.insertParagraph();
     else if (action == "break") e.editor.insertLineBreak();
     else if (action == "backspace") e.editor.deleteBackward();
