@@ -36,6 +36,38 @@ bool redo(const Context &c, const QString &)
     return true;
 }
 
+bool canCopy(const Context &c)
+{
+    return c.clipboard && c.editor.canCopy();
+}
+
+bool copy(const Context &c, const QString &)
+{
+    c.clipboard->put(c.editor.copied());
+    return true;
+}
+
+bool canCut(const Context &c)
+{
+    return canCopy(c) && c.editor.canEdit();
+}
+
+bool cut(const Context &c, const QString &)
+{
+    c.clipboard->put(c.editor.copied());
+    return c.editor.cut();
+}
+
+bool canPaste(const Context &c)
+{
+    return c.clipboard && c.editor.canEdit() && c.clipboard->holdsSnippet();
+}
+
+bool paste(const Context &c, const QString &)
+{
+    return c.editor.paste(c.clipboard->get());
+}
+
 const Command table[] = {
     {"insertText", nullptr, nullptr, nullptr,
      [](const Context &c, const QString &text) { return c.editor.insertText(text); }},
@@ -47,6 +79,9 @@ const Command table[] = {
     {"forwardDelete", nullptr, nullptr, nullptr,
      [](const Context &c, const QString &) { return c.editor.deleteForward(); }},
     {"selectAll", hasBody, nullptr, nullptr, [](const Context &c, const QString &) { return c.editor.selectAll(); }},
+    {"copy", canCopy, nullptr, nullptr, copy},
+    {"cut", canCut, nullptr, nullptr, cut},
+    {"paste", canPaste, nullptr, nullptr, paste},
     {"undo", canUndo, nullptr, nullptr, undo},
     {"redo", canRedo, nullptr, nullptr, redo},
 };

@@ -11,6 +11,17 @@ namespace editing {
 
 enum class State : uint8_t { Off, On, Mixed };
 
+/// The desktop's clipboard, as whoever has a desktop offers it.
+class Clipboard
+{
+public:
+    virtual ~Clipboard() = default;
+    virtual void put(const Snippet &snippet) = 0;
+    virtual Snippet get() const = 0;
+    /// Whether `get` gives something.
+    virtual bool holdsSnippet() const = 0;
+};
+
 /// What a command works with: the editor, and undo and redo as whoever keeps the history offers them (null: the
 /// tracker's own).
 struct CommandContext
@@ -20,6 +31,7 @@ struct CommandContext
     std::function<void()> redo;
     std::function<bool()> canUndo;
     std::function<bool()> canRedo;
+    Clipboard *clipboard = nullptr; ///< null: nothing can be copied or pasted
 };
 
 /// An engine command. Each row can be asked and run by itself; a null function means the plain answer.

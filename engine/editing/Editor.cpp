@@ -78,9 +78,14 @@ QString cleaned(const QString &text)
 
 } // namespace
 
+Element *Editor::editingHostOfSelection() const
+{
+    return hostOf(mSelection, *mRendering);
+}
+
 bool Editor::canEdit() const
 {
-    return hostOf(mSelection, *mRendering) != nullptr;
+    return editingHostOfSelection() != nullptr;
 }
 
 bool Editor::insertText(const QString &given)
@@ -98,35 +103,43 @@ bool Editor::insertText(const QString &given)
     const bool done = operation.type(text, span);
     if (!done) return false; // the step takes back what was done
     step.done();
-    if (mTypedBlank.node && mTypedBlank.records == ~0ull) mTypedBlank.records = mTracker.recordCount();
+    settleMemories();
     return true;
 }
 
-/// Enter and Shift+Enter: one step that takes away what is selected and breaks there.
-template <class Break> static bool breakAt(Editor &editor, Break breakHere)
+/// What was remembered in the step that has just been written holds until the next one.
+void Editor::settleMemories()
 {
-    Element *host = hostOf(editor.selection(), editor.rendering());
+    for (uint64_t *records : {&mTypedBlank.records, &mComingStyle.records})
+        if (*records == ~0ull) *records = mTracker.recordCount();
+}
+
+/// Enter and Shift+Enter: one step that takes away what is selected and breaks there.
+template <class Break> bool Editor::breakAt(Break breakHere)
+{
+    Element *host = editingHostOfSelection();
     if (!host) return false;
-    Operation operation(editor, *host);
-    ChangeTracker::Step step(editor.tracker(), Kind::Command);
+    Operation operation(*this, *host);
+    ChangeTracker::Step step(mTracker, Kind::Command);
     Span span = operation.span();
-    if (editor.selection().type() == SelectionObject::Type::Control) {
+    if (mSelection.type() == SelectionObject::Type::Control) {
         const Position p = operation.removeObjects();
         span = {p, p};
     }
     if (!breakHere(operation, span)) return false;
     step.done();
+    settleMemories();
     return true;
 }
 
 bool Editor::insertParagraph()
 {
-    return breakAt(*this, [](Operation &operation, const Span &span) { return operation.breakParagraph(span); });
+    return breakAt([](Operation &operation, const Span &span) { return operation.breakParagraph(span); });
 }
 
 bool Editor::insertLineBreak()
 {
-    return breakAt(*this, [](Operation &operation, const Span &span) { return operation.breakLine(span); });
+    return breakAt([](Operation &operation, const Span &span) { return operation.breakLine(span); });
 }
 
 bool Editor::deleteSelection()

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/editing/Pasting.h"
 #include "engine/editing/Removal.h"
 #include "engine/ranges/Movement.h"
 #include "engine/ranges/SelectionObject.h"
+
+#include <vector>
 
 namespace editing {
 
@@ -43,6 +46,20 @@ public:
     bool deleteBackward(Unit unit = Unit::Character) { return deleteBy(Direction::Backward, unit); }
     bool deleteForward(Unit unit = Unit::Character) { return deleteBy(Direction::Forward, unit); }
     bool deleteSelection();
+    // Copying and pasting. None of them knows of the desktop's clipboard.
+    /// Whether something is selected that can be copied.
+    bool canCopy() const;
+    Snippet copied() const;
+    /// One record of its own kind, however little it takes.
+    bool cut();
+    /// The HTML if there is one, over what is selected: cleaned of what runs, blocks split the block of the caret, and
+    /// become lines where none can stand. Plain text: a line end is a break, an empty line parts paragraphs.
+    bool paste(const Snippet &snippet);
+    /// The cells of a selection of cells lose their content; `text` then comes into the first one. One record. Cells that
+    /// can't be edited stay as they are.
+    bool emptyCells(const std::vector<base::Ref<dom::Element>> &cells, const QString &text = {});
+    /// With the sections and the table that have none left. One record.
+    bool removeRows(const std::vector<base::Ref<dom::Element>> &rows);
     /// All that stands in the host of the selection, else in BODY.
     bool selectAll();
 
@@ -50,6 +67,7 @@ private:
     enum class Direction : uint8_t { Backward, Forward };
     friend class Operation;
     bool deleteBy(Direction direction, Unit unit);
+    dom::Element *editingHostOfSelection() const;
 
     changes::ChangeTracker &mTracker;
     ranges::SelectionObject &mSelection;
@@ -61,6 +79,17 @@ private:
         dom::NodeId node = 0;
         uint64_t records = 0;
     } mTypedBlank;
+
+    /// An empty block that Enter made takes its first letter in the style of the line that it came from: these elements,
+    /// outermost first, stand around it. They are for as long as nothing else has happened.
+    struct ComingStyle
+    {
+        dom::NodeId block = 0;
+        uint64_t records = 0;
+        std::vector<base::Ref<dom::Element>> shells;
+    } mComingStyle;
+    void settleMemories();
+    template <class Break> bool breakAt(Break breakHere);
 };
 
 } // namespace editing

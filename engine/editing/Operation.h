@@ -20,6 +20,8 @@ public:
 
     // Each is the whole of an operation but for the step around it. They set the selection.
     bool type(const QString &text, ranges::Span span);
+    bool paste(dom::DocumentFragment &content, ranges::Span span);
+    void empty(dom::Element &cell) { mEdits.holdOpen(cell); }
     bool breakParagraph(const ranges::Span &span);
     bool breakLine(const ranges::Span &span);
     bool removeSpan(const ranges::Span &span);
@@ -29,13 +31,17 @@ public:
 
     bool isWithinBlock(const ranges::Span &span) const { return mRemoval.isWithinBlock(span); }
     const ranges::Content &content() const { return mContent; }
+    /// Whether blanks and line ends show there as they are.
+    bool preserves(const ranges::Position &p) const;
 
 private:
-    bool preserves(const ranges::Position &p) const;
     ranges::Position roomForText(const ranges::Position &p);
     ranges::Position placeForText(const ranges::Span &span) const;
     ranges::Span placeholder(const ranges::Position &p) const;
     void rememberTypedBlank(const ranges::Position &caret);
+    std::vector<base::Ref<dom::Element>> styleAround(const ranges::Position &p, const dom::Element &block) const;
+    void rememberStyle(const dom::Element &block, std::vector<base::Ref<dom::Element>> shells);
+    void insertStyled(const ranges::Position &p, dom::Text &text);
     void dropPlaceholderBreak(const ranges::Position &caret);
 
     bool lineFeed(const ranges::Position &p);

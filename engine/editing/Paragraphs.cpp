@@ -158,7 +158,10 @@ bool Operation::split(Element &block, const Position &given)
     const bool atEnd = behind.kind == Item::Kind::Edge && !behind.start && behind.element() == &block;
     mTracker.setHeldOpen(block, false);
 
-    Ref<Element> second(&mEdits.splitBlock(block, p, atEnd && isHeading(block) ? "p" : nullptr));
+    const bool afterHeading = atEnd && isHeading(block);
+    const auto style = afterHeading ? std::vector<Ref<Element>>() : styleAround(given, block);
+
+    Ref<Element> second(&mEdits.splitBlock(block, p, afterHeading ? "p" : nullptr));
     Element *item = block.parentElement();
     if (item->is(names::li) && item != &mContent.limit() && item->firstElementChild() == &block) {
         // `<li><p>a|b</p></li>`: a paragraph that is an item's only one stands for the item.
@@ -170,6 +173,7 @@ bool Operation::split(Element &block, const Position &given)
     else if (afterBreak && !lineHeld)
         mEdits.showLine(mContent.pastBlanksBefore(Position::endOf(block)).near);
     closeHalf(*second, Position::startOf(*second));
+    if (second->isHeldOpen()) rememberStyle(*second, style);
     mBlanks.mend();
     mSelection.setCaret(mContent.normalised(Position::startOf(*second)));
     return true;

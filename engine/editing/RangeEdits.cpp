@@ -22,6 +22,13 @@ const Element *cellOf(const Element *at)
     return at;
 }
 
+/// A block stands beside it, never in it, whatever a parser lets pass.
+bool isOneParagraph(const Element &e)
+{
+    return e.is(names::p) || e.is(names::pre) || e.is(names::h1) || e.is(names::h2) || e.is(names::h3) ||
+           e.is(names::h4) || e.is(names::h5) || e.is(names::h6);
+}
+
 } // namespace
 
 Element &RangeEdits::hostOf(const TextRange &range)
@@ -34,8 +41,12 @@ Element &RangeEdits::hostOf(const TextRange &range)
     return *host;
 }
 
-RangeEdits::RangeEdits(Editor &editor, const TextRange &range)
-    : mEditor(editor), mTracker(editor.tracker()), mContent(editor.rendering(), hostOf(range)),
+RangeEdits::RangeEdits(Editor &editor, const TextRange &range) : RangeEdits(editor, hostOf(range))
+{
+}
+
+RangeEdits::RangeEdits(Editor &editor, Element &host)
+    : mEditor(editor), mTracker(editor.tracker()), mContent(editor.rendering(), host),
       mEdits(mContent, mTracker, editor.selection().keeper()), mRemoval(mContent, mTracker, editor.selection().keeper())
 {
 }
@@ -241,17 +252,29 @@ Position RangeEdits::insertInline(const Position &p, DocumentFragment &content)
     return inside;
 }
 
+bool RangeEdits::bringsBlocks(const DocumentFragment &content) const
+{
+    for (const Node *child = content.firstChild(); child; child = child->nextSibling())
+        if (mContent.delimitsLines(*child)) return true;
+    return false;
+}
+
+bool RangeEdits::takesBlocks(const Position &p, const DocumentFragment &content) const
+{
+    return parentFor(p, content) != nullptr;
+}
+
 Element *RangeEdits::parentFor(const Position &p, const DocumentFragment &content) const
 {
     const MarkupServices *markup = mEditor.document().markup;
     for (Element *at = mContent.container(p); at; at = at->parentElement()) {
-        bool all = !isTableStructure(*at) || markup;
+        bool all = !isTableStructure(*at) && !isOneParagraph(*at);
         for (const Node *child = content.firstChild(); all && child; child = child->nextSibling())
-            all = !child->asElement() || !markup || markup->canStandIn(*at, *child);
+            all = !child->asElement() || markup->canStandIn(*at, *child);
         if (all) return at;
-        if (isCell(*at) || at == &mContent.limit()) break;
+        if (isCell(*at) || at == &mContent.limit() || isTableStructure(*at)) break;
     }
-    throw Error(base::errors::notPossible, QStringLiteral("The HTML can't stand here."));
+    return nullptr;
 }
 
 Position RangeEdits::insertBlocks(const Taken &taken, DocumentFragment &content)
@@ -273,6 +296,7 @@ Position RangeEdits::insertBlocks(const Taken &taken, DocumentFragment &content)
         parent = around;
     } else {
         parent = parentFor(place, content);
+        if (!parent) throw Error(base::errors::notPossible, QStringLiteral("The HTML can't stand here."));
     }
     // An emptied or empty block that can't hold the new ones gives way to them.
     Element *container = emptied ? nullptr : mContent.container(place);
@@ -321,13 +345,9 @@ void RangeEdits::paste(TextRange &range, const QString &html)
     const bool withSelection = selectionStandsIn(range);
     Document &document = mEditor.document();
     Ref<DocumentFragment> content;
-    bool blocks = false;
-    if (!html.isEmpty()) {
-        content = document.markup->parseFragment(document, *document.body(), html);
-        for (const Node *child = content->firstChild(); child && !blocks; child = child->nextSibling())
-            blocks = mContent.delimitsLines(*child);
-        if (isThere(range, *content)) return settle(range, contentOf(range).end, withSelection);
-    }
+    if (!html.isEmpty()) content = document.markup->parseFragment(document, *document.body(), html);
+    if (content && isThere(range, *content)) return settle(range, contentOf(range).end, withSelection);
+    const bool blocks = content && bringsBlocks(*content);
     Assignment assignment(mEditor.document());
     Taken taken = takeOut(range);
     Position p = taken.place;

@@ -16,12 +16,23 @@ public:
     /// Fails for a range that doesn't lie within one part that can be edited. What takes in the end of such a part, and
     /// nothing behind it, lies within.
     RangeEdits(Editor &editor, const ranges::TextRange &range);
+    /// Within `host`.
+    RangeEdits(Editor &editor, dom::Element &host);
 
     /// Literally; line ends become breaks. A block whose end was in the range stays.
     void write(ranges::TextRange &range, const QString &text);
     /// A block whose end was in the range stays unless the HTML brings blocks; a cell always. Fails over two cells, but
     /// for "", and for what can't stand there.
     void paste(ranges::TextRange &range, const QString &html);
+
+    // For an operation that has a step open and has made room: puts content at a place, and answers the caret behind it.
+    bool bringsBlocks(const dom::DocumentFragment &content) const;
+    bool takesBlocks(const ranges::Position &p, const dom::DocumentFragment &content) const;
+    ranges::Position insertBlocks(const ranges::Position &p, dom::DocumentFragment &content)
+    {
+        return insertBlocks(Taken{p, {}}, content);
+    }
+    ranges::Position insertInline(const ranges::Position &p, dom::DocumentFragment &content);
 
 private:
     struct Taken
@@ -37,8 +48,8 @@ private:
     Taken takeOut(ranges::TextRange &range);
     ranges::Position insertLines(ranges::Position p, const QString &text);
     ranges::Position insertText(const ranges::Position &p, const QString &text);
-    ranges::Position insertInline(const ranges::Position &p, dom::DocumentFragment &content);
     ranges::Position insertBlocks(const Taken &taken, dom::DocumentFragment &content);
+    /// Null where it can't stand.
     dom::Element *parentFor(const ranges::Position &p, const dom::DocumentFragment &content) const;
     /// Whether writing that would change nothing.
     bool isThere(const ranges::TextRange &range, const QString &text) const;

@@ -23,7 +23,7 @@ public:
     /// Clones have the attributes but the id. The place in `top`.
     ranges::Position splitUpTo(const ranges::Position &p, dom::Element &top);
     /// A new element, not in the tree yet, with the attributes but the id.
-    base::Ref<dom::Element> cloneShell(const dom::Element &element);
+    static base::Ref<dom::Element> cloneShell(const dom::Element &element);
     /// Moves the siblings from `first` up to, not including, `end`.
     void moveSiblings(dom::Node *first, const dom::Node *end, dom::ParentNode &to, dom::Node *before);
     void insert(const ranges::Position &p, dom::Node &node);

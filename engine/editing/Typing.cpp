@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/dom/Document.h"
 #include "engine/dom/Names.h"
+#include "engine/dom/RawTree.h"
 #include "engine/editing/Operation.h"
 
 namespace editing {
@@ -70,6 +71,47 @@ void Operation::rememberTypedBlank(const Position &caret)
     if (typed.isCharacter() && typed.unit() == noBreakSpace) mEditor.mTypedBlank = {typed.node->id(), ~0ull};
 }
 
+/// The inline elements around `p` within the block that a line break carries on, as copies. A link ends with its line.
+std::vector<Ref<Element>> Operation::styleAround(const Position &p, const Element &block) const
+{
+    const auto &coming = mEditor.mComingStyle;
+    if (coming.block == block.id() && coming.records == mTracker.recordCount()) return coming.shells;
+    std::vector<Ref<Element>> shells;
+    for (const Element *at = p.element(); at && at != &block; at = at->parentElement()) {
+        if (mContent.isBlock(*at)) return {};
+        if (at->is(names::a) || mContent.rendering().roleOf(*at) != Role::None) continue;
+        shells.insert(shells.begin(), mEdits.cloneShell(*at));
+    }
+    return shells;
+}
+
+void Operation::rememberStyle(const Element &block, std::vector<Ref<Element>> shells)
+{
+    mEditor.mComingStyle = {};
+    if (!shells.empty()) mEditor.mComingStyle = {block.id(), ~0ull, std::move(shells)};
+}
+
+/// The first text of a block, in the style that is to come there.
+void Operation::insertStyled(const Position &p, Text &text)
+{
+    const auto &coming = mEditor.mComingStyle;
+    const bool comes = coming.block && p.node->id() == coming.block && coming.records == mTracker.recordCount();
+    if (!comes) return mEdits.insert(p, text);
+    // Copies again: undo may bring this place back while those are in use.
+    Ref<Element> outermost;
+    Element *around = nullptr;
+    for (const Ref<Element> &shell : coming.shells) {
+        Ref<Element> copy = mEdits.cloneShell(*shell);
+        if (around)
+            RawTree::append(*around, *copy);
+        else
+            outermost = copy;
+        around = copy.get();
+    }
+    RawTree::append(*around, text);
+    mEdits.insert(p, *outermost);
+}
+
 bool Operation::type(const QString &given, Span span)
 {
     RangeKeeper &keeper = mSelection.keeper();
@@ -99,7 +141,7 @@ bool Operation::type(const QString &given, Span span)
         Element &around = *place.element();
         if (isTableStructure(around)) return false;
         Ref<Text> fresh = around.document().createTextNode(text);
-        mEdits.insert(place, *fresh);
+        insertStyled(place, *fresh);
         if (Element *block = mContent.container(place)) mTracker.setHeldOpen(*block, false);
         caret = Position::endOf(*fresh);
     }

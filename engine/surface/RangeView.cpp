@@ -135,7 +135,7 @@ ranges::RangeHost::CommandState RangeView::stateOf(const QString &command)
     CommandState result;
     result.supported = mView.hasCommand(command);
     if (!result.supported) return result;
-    const View::CommandState state = mView.queryNamed(command);
+    const View::CommandState state = mView.queryOnText(command);
     result.enabled = state.enabled;
     result.on = state.state == QLatin1String("on");
     result.mixed = state.state == QLatin1String("mixed");
@@ -167,7 +167,7 @@ bool RangeView::run(ranges::TextRange &range, const QString &command, const QStr
     const Span span = range.span();
     const bool same = instead.stoodAt(span);
     selection.set(span.start, span.end);
-    const bool done = mView.execNamed(command, value);
+    const bool done = mView.execOnText(command, value);
     if (done && selection.type() == SelectionObject::Type::Text) {
         range.setSpan(selection.span());
         if (same) instead.goAlong(selection.span());
@@ -178,10 +178,10 @@ bool RangeView::run(ranges::TextRange &range, const QString &command, const QStr
 bool RangeView::run(ranges::ControlRange &range, const QString &command, const QString &value)
 {
     SelectionObject &selection = mView.loaded()->selection();
-    if (selection.elements() == range.elements()) return mView.execNamed(command, value);
+    if (selection.elements() == range.elements()) return mView.execOnText(command, value);
     Instead instead(selection);
     selection.setControl(range.elements());
-    return mView.execNamed(command, value);
+    return mView.execOnText(command, value);
 }
 
 } // namespace surface

@@ -25,11 +25,16 @@ namespace surface {
 namespace {
 constexpr double smallestZoom = 0.25;
 constexpr double largestZoom = 5;
+// A selection that is drawn with keys is copied to the primary one when it stands.
+constexpr int offerAfterMs = 150;
 } // namespace
 
 View::View(HTMLEditor &widget) : mWidget(widget), mRangeView(std::make_unique<RangeView>(*this)), mDrag(pageForDrag())
 {
     mCells.changed = [this] { cellsChanged(); };
+    if (DesktopClipboard::hasPrimarySelection()) mPrimary = &mDesktopSelection;
+    mOfferSoon.setInterval(offerAfterMs);
+    connect(&mOfferSoon, &base::Timer::timeout, this, &View::offerSelection);
 }
 
 View::~View() = default;
@@ -39,6 +44,9 @@ void View::documentGone()
     mLoaded = nullptr;
     mHovered = nullptr;
     mPressedAnchor = nullptr;
+    mSpanToSelect = nullptr;
+    mAtPress = {};
+    mOfferSoon.setEnabled(false);
     mComposition.clear();
     mCells.forget();
     mArea = nullptr;

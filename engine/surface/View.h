@@ -4,9 +4,13 @@
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
 #include "engine/ranges/Position.h"
+#include "engine/editing/CommandTable.h"
 #include "engine/surface/CellSelection.h"
 #include "engine/surface/Composition.h"
+#include "engine/surface/DesktopClipboard.h"
 #include "engine/surface/DragSelect.h"
+
+#include "base/Clock.h"
 
 #include <QBasicTimer>
 #include <QElapsedTimer>
@@ -85,6 +89,10 @@ public:
     bool execNamed(const QString &name, const QString &value);
     CommandState queryNamed(const QString &name);
     bool hasCommand(const QString &name) const;
+    /// What is selected: cells, else objects or text.
+    editing::Snippet copied() const;
+    /// Others than the desktop's, for checks; `primary` is null where the desktop has none. Not owned.
+    void setClipboards(editing::Clipboard *clipboard, editing::Clipboard *primary);
 
     const base::Ref<dom::Element> &hovered() const { return mHovered; }
     void setHovered(const base::Ref<dom::Element> &element) { mHovered = element; }
@@ -137,7 +145,23 @@ private:
     DragSelect::Page pageForDrag();
     ranges::Span spanAt(const ranges::Position &at, DragSelect::Unit unit);
     void selectUnit(DragSelect::Unit unit, const ranges::Position &at);
+    dom::Element *fixedPart(dom::Node &node) const;
+    dom::Element *spanToSelect(dom::Node &node) const;
+    ranges::Position withinPart(const ranges::Position &anchor, const ranges::Position &focus) const;
     void updateCursor(QPoint client);
+    editing::CommandContext commandContext();
+    bool execOnText(const QString &name, const QString &value);
+    CommandState queryOnText(const QString &name);
+    bool clipboardKey(const QKeyEvent &event);
+    bool pasteAtPoint(QPoint client);
+    void offerSelection();
+    // With cells selected, these work on the cells.
+    enum class CellCommand : uint8_t { None, Delete, Copy, Cut };
+    static CellCommand cellCommand(const QString &name);
+    bool runOnCells(CellCommand command);
+    bool canRunOnCells(CellCommand command) const;
+    bool typeOverCells(const QString &text);
+    bool hasEditableCells() const;
     void cellsChanged();
     bool dragCells(QPoint client);
     bool selectFromEdge(QPoint client);
@@ -151,6 +175,8 @@ private:
     base::Ref<dom::Element> mHovered;
     base::Ref<dom::EventObject> mCurrentEvent;
     base::Ref<dom::Element> mPressedAnchor;
+    base::Ref<dom::Element> mSpanToSelect;
+    ranges::Span mAtPress; ///< the selection that a plain press left
     Composition mComposition;
     double mZoom = 1;
     double mGoalX = -1; ///< where Up and Down aim; negative: at the caret
@@ -165,6 +191,11 @@ private:
     QBasicTimer mBlink;
     bool mCaretOn = true;
     bool mUpdatingBars = false;
+    DesktopClipboard mDesktopClipboard;
+    DesktopClipboard mDesktopSelection{QClipboard::Selection};
+    editing::Clipboard *mClipboard = &mDesktopClipboard;
+    editing::Clipboard *mPrimary = nullptr;
+    base::Timer mOfferSoon;
 };
 
 } // namespace surface

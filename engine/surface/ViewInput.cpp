@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/Error.h"
 #include "engine/dom/Names.h"
-#include "engine/editing/CommandTable.h"
 #include "engine/ranges/Movement.h"
 #include "engine/surface/HTMLEditor.h"
 #include "engine/surface/LoadedDocument.h"
@@ -54,12 +53,14 @@ bool View::wantsKey(const QKeyEvent &event) const
 {
     if (!mLoaded || mWidget.editMode() != dom::EditMode::Edit) return false;
     return isText(event) || event.matches(QKeySequence::SelectAll) || event.matches(QKeySequence::Undo) ||
-           event.matches(QKeySequence::Redo) || event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace;
+           event.matches(QKeySequence::Redo) || event.matches(QKeySequence::Copy) ||
+           event.matches(QKeySequence::Cut) || event.matches(QKeySequence::Paste) || event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace;
 }
 
 bool View::keyPressed(const QKeyEvent &event)
 {
     if (!mLoaded) return false;
+    if (clipboardKey(event)) return true;
     if (editByKey(event)) {
         mGoalX = -1;
         if (mLoaded) edited();
@@ -84,6 +85,8 @@ bool View::editByKey(const QKeyEvent &event)
     if (!editor.canEdit() || mWidget.isReadOnly()) return false;
     const bool ctrl = event.modifiers() & Qt::ControlModifier;
     const auto unit = ctrl ? editing::Unit::Word : editing::Unit::Character;
+    if (event.key() == Qt::Key_Backspace || event.key() == Qt::Key_Delete)
+        if (runOnCells(CellCommand::Delete)) return true;
     switch (event.key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -94,7 +97,7 @@ bool View::editByKey(const QKeyEvent &event)
     default: break;
     }
     if (!isText(event)) return false;
-    editor.insertText(event.text());
+    if (!typeOverCells(event.text())) editor.insertText(event.text());
     return true;
 }
 
@@ -167,6 +170,7 @@ bool View::moveByKey(const QKeyEvent &event)
         to = to < from ? movement.startOfDocument() : movement.endOfDocument();
     if (extend == Extend::Yes && extendOverCells(to)) return true;
     moveTo(to, extend);
+    if (mPrimary && extend == Extend::Yes) mOfferSoon.setEnabled(true);
     return true;
 }
 
@@ -190,8 +194,9 @@ void View::mousePressed(const QMouseEvent &event)
 {
     mGoalX = -1;
     mPressedAnchor = anchorOf(elementAt(event.position().toPoint()));
-    if (event.button() != Qt::LeftButton) return;
     const QPoint at = event.position().toPoint();
+    if (event.button() == Qt::MiddleButton) pasteAtPoint(at);
+    if (event.button() != Qt::LeftButton) return;
     const bool again = mClicks > 0 && mClickTimer.isValid() && mClickTimer.elapsed() < QApplication::doubleClickInterval() &&
                        (at - mLastClick).manhattanLength() < QApplication::startDragDistance();
     mClicks = again ? mClicks % 3 + 1 : 1;
@@ -203,8 +208,54 @@ void View::mousePressed(const QMouseEvent &event)
     if (!position) return;
     mCells.clear();
     if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
-    moveTo(position, event.modifiers() & Qt::ShiftModifier ? Extend::Yes : Extend::No);
-    mDrag.begin(mLoaded->selection().anchor());
+    ranges::SelectionObject &selection = mLoaded->selection();
+    const bool extends = event.modifiers() & Qt::ShiftModifier;
+    if (!extends && !ranges::editingHost(*position.node)) {
+        if (dom::Element *fixed = fixedPart(*position.node)) return selection.setControl({base::Ref(fixed)});
+        // Text that is only read leaves the caret where something can be written. A drag selects it.
+        if (mLoaded->editor().canEdit()) {
+            mAtPress = selection.span();
+            return mDrag.begin(position);
+        }
+    }
+    mSpanToSelect = extends ? nullptr : spanToSelect(*position.node);
+    if (extends && selection.type() == ranges::SelectionObject::Type::Text)
+        moveTo(withinPart(selection.anchor(), position), Extend::Yes);
+    else
+        moveTo(position, Extend::No);
+    mAtPress = selection.span();
+    mDrag.begin(selection.anchor());
+}
+
+/// The outermost part around a node that stands as one thing in what can be edited; null for none.
+dom::Element *View::fixedPart(dom::Node &node) const
+{
+    dom::Element *fixed = nullptr;
+    for (dom::Element *at = node.isElement() ? node.asElement() : node.parentElement(); at; at = at->parentElement())
+        if (at->parentElement() && at->parentElement()->isContentEditable() && !at->isContentEditable()) fixed = at;
+    return fixed;
+}
+
+/// The editable span that a click at the node selects: of a page that is read, if the caret isn't in it already.
+dom::Element *View::spanToSelect(dom::Node &node) const
+{
+    if (mWidget.editMode() != dom::EditMode::Browse || !mWidget.autoSelectEditableSpans()) return nullptr;
+    for (dom::Element *at = node.isElement() ? node.asElement() : node.parentElement(); at; at = at->parentElement()) {
+        if (!at->is(dom::names::span) || !at->isContentEditable()) continue;
+        const Position &focus = mLoaded->selection().focus();
+        return focus && at->contains(*focus.node) ? nullptr : at;
+    }
+    return nullptr;
+}
+
+/// A selection that begins in a part that can be edited doesn't leave it.
+Position View::withinPart(const Position &anchor, const Position &focus) const
+{
+    dom::Element *part = anchor ? ranges::editingHost(*anchor.node) : nullptr;
+    if (!part || !focus || part->contains(*focus.node)) return focus;
+    const Content content(mLoaded->editor().rendering(), *part);
+    return focus < anchor ? content.normalised(Position::startOf(*part), Content::Between::RangeStart)
+                          : content.normalised(Position::endOf(*part), Content::Between::RangeEnd);
 }
 
 void View::mouseDoubleClicked(const QMouseEvent &event)
@@ -228,14 +279,16 @@ void View::selectUnit(DragSelect::Unit unit, const Position &at)
     const ranges::Span span = spanAt(at, unit);
     if (!span.start) return;
     mLoaded->selection().set(span.start, span.end);
+    mAtPress = {}; // it isn't a plain click
     mDrag.begin(unit, span);
 }
 
 DragSelect::Page View::pageForDrag()
 {
     return {[this](QPointF client, DragSelect::Unit unit) { return spanAt(positionAt(toDocument(client)), unit); },
-            [this](const Position &anchor, const Position &focus) {
+            [this](const Position &anchor, const Position &wished) {
                 ranges::SelectionObject &selection = mLoaded->selection();
+                const Position focus = withinPart(anchor, wished);
                 if (!(selection.anchor() == anchor) || !(selection.focus() == focus)) selection.set(anchor, focus);
             },
             [this] { return mWidget.viewport()->rect(); },
@@ -271,8 +324,16 @@ void View::updateCursor(QPoint client)
 
 void View::mouseReleased(const QMouseEvent &event, bool goesOn)
 {
-    const bool clicked = mDrag.isActive() && mLoaded->selection().isCaret();
+    const ranges::Span now = mLoaded->selection().span(), pressed = std::exchange(mAtPress, {});
+    const bool clicked = mDrag.isActive() && pressed.start && now.start == pressed.start && now.end == pressed.end;
+    if (mDrag.isActive() && !clicked) offerSelection();
     mDrag.end();
+    const base::Ref<dom::Element> span = std::exchange(mSpanToSelect, nullptr);
+    if (clicked && span && span->isConnected()) {
+        const Content content(mLoaded->editor().rendering(), *span);
+        mLoaded->selection().set(content.normalised(Position::startOf(*span), Content::Between::RangeStart),
+                                 content.normalised(Position::endOf(*span), Content::Between::RangeEnd));
+    }
     const base::Ref<dom::Element> anchor = std::exchange(mPressedAnchor, nullptr);
     if (!goesOn || event.button() != Qt::LeftButton || !clicked || !anchor) return;
     if (mWidget.editMode() == dom::EditMode::Browse && anchorOf(elementAt(event.position().toPoint())) == anchor.get())
@@ -301,7 +362,7 @@ void View::inputMethod(const QInputMethodEvent &event)
     if (!mLoaded->editor().canEdit() || mWidget.isReadOnly()) return;
     mComposition.take(event);
     if (!event.commitString().isEmpty()) {
-        mLoaded->editor().insertText(event.commitString());
+        if (!typeOverCells(event.commitString())) mLoaded->editor().insertText(event.commitString());
         edited();
     }
     showCaret();
@@ -323,65 +384,6 @@ QVariant View::inputMethodQuery(Qt::InputMethodQuery query)
     case Qt::ImHints: return int(Qt::ImhMultiLine);
     default: return {};
     }
-}
-
-// Commands
-
-namespace {
-
-struct Number {
-    int number;
-    const char *name;
-};
-/// Commands that hosts know by a number.
-const Number numbers[] = {{17, "delete"}, {29, "redo"}, {31, "selectAll"}, {43, "undo"}};
-
-const editing::Command *findCommand(const QString &name)
-{
-    for (const Number &row : numbers)
-        if (name == QString::number(row.number)) return editing::CommandTable::find(QLatin1String(row.name));
-    return editing::CommandTable::find(name);
-}
-
-} // namespace
-
-bool View::hasCommand(const QString &name) const
-{
-    return findCommand(name) != nullptr;
-}
-
-bool View::execNamed(const QString &name, const QString &value)
-{
-    const editing::Command *command = findCommand(name);
-    if (!command || !mLoaded) return false;
-    const bool done = editing::CommandTable::run(*command, {mLoaded->editor(), {}, {}, {}, {}}, value);
-    if (mLoaded) edited();
-    return done;
-}
-
-View::CommandState View::queryNamed(const QString &name)
-{
-    CommandState result;
-    const editing::Command *command = findCommand(name);
-    if (!command || !mLoaded) return result;
-    const editing::CommandContext context{mLoaded->editor(), {}, {}, {}, {}};
-    result.enabled = editing::CommandTable::isPossible(*command, context);
-    const editing::State state = editing::CommandTable::state(*command, context);
-    result.state = state == editing::State::On      ? QStringLiteral("on")
-                   : state == editing::State::Mixed ? QStringLiteral("mixed")
-                                                    : QStringLiteral("off");
-    result.value = editing::CommandTable::value(*command, context);
-    return result;
-}
-
-int View::commandStatus(int command)
-{
-    return queryNamed(QString::number(command)).enabled ? 2 : 0;
-}
-
-bool View::execCommand(int command, const QString &value)
-{
-    return execNamed(QString::number(command), value);
 }
 
 } // namespace surface

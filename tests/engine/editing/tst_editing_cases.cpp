@@ -17,6 +17,7 @@
 ///
 /// Actions: `type TEXT` (`\n`, `\uXXXX`, a trailing `_` for a blank at the end), `enter`, `break`, `backspace`, `delete`,
 /// `word-backspace`, `word-delete`, `delete-selection`, `select-all`, `left`, `right`, `word-left`, `word-right`,
+/// `cut`, `paste-html HTML`, `paste-text TEXT` (from another program), `copy-paste` (at the page's end),
 /// `paste HTML`, `write TEXT` (through a range that stands where the selection does), `block-start`, `block-end`, `start`, `end`, `select-word`, `select-block`, `mode 0|1|2`, `N*ACTION`. `kinds` is the kinds
 /// of the records, in order. Names of elements are written in small letters for pleasure. `\` at a line's end joins it
 /// with the next.
@@ -84,7 +85,14 @@ bool act(Editing &e, const QString &action)
     else if (action.startsWith("write ")) writeRange(e, [&](TextRange &range) {
         editing::RangeEdits(e.editor, range).write(range, unescaped(action.mid(6)));
     });
-    else if (action == "enter") e.editor.insertParagraph();
+    else if (action.startsWith("paste-html ")) e.editor.paste({unescaped(action.mid(11)), {}});
+    else if (action.startsWith("paste-text ")) e.editor.paste({{}, unescaped(action.mid(11))});
+    else if (action == "cut") e.editor.cut();
+    else if (action == "copy-paste") { // to the end of the page
+        const editing::Snippet snippet = e.editor.copied();
+        moveCaret(e, "end");
+        e.editor.paste(snippet);
+    } else if (action == "enter") e.editor.insertParagraph();
     else if (action == "break") e.editor.insertLineBreak();
     else if (action == "backspace") e.editor.deleteBackward();
     else if (action == "delete") e.editor.deleteForward();

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/dom/Document.h"
+#include "engine/dom/DocumentServices.h"
+#include "engine/dom/Names.h"
+#include "engine/editing/Operation.h"
+#include "engine/editing/Pasting.h"
+#include "engine/editing/RangeEdits.h"
+#include "engine/ranges/TextRange.h"
+
+// Copying, cutting and pasting, but for the desktop's clipboard.
+
+namespace editing {
+
+using namespace dom;
+using namespace ranges;
+using changes::ChangeTracker;
+using changes::Kind;
+
+bool Editor::canCopy() const
+{
+    if (mSelection.type() == SelectionObject::Type::Control) return true;
+    if (!mSelection.isRange()) return false;
+    TextIndex &index = mSelection.index();
+    const Span span = mSelection.span();
+    return index.countBefore(span.start) < index.countBefore(span.end);
+}
+
+Snippet Editor::copied() const
+{
+    Snippet snippet;
+    if (mSelection.type() == SelectionObject::Type::Control) {
+        for (const auto &element : mSelection.elements()) {
+            snippet.html += element->outerHTML();
+            snippet.text += element->innerText();
+        }
+    } else if (canCopy()) {
+        const Ref<TextRange> range(new TextRange(mSelection, mSelection.span()));
+        snippet.html = range->htmlText();
+        snippet.text = range->text();
+    }
+    snippet.text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    return snippet;
+}
+
+bool Editor::cut()
+{
+    if (!canCopy()) return false;
+    ChangeTracker::Step step(mTracker, Kind::Command);
+    const bool done = deleteSelection();
+    mTracker.setKind(Kind::Command); // whatever it reached
+    step.done();
+    return done;
+}
+
+bool Editor::paste(const Snippet &snippet)
+{
+    Element *host = editingHostOfSelection();
+    if (!host || snippet.isEmpty()) return false;
+    Operation operation(*this, *host);
+    ChangeTracker::Step step(mTracker, Kind::Command);
+    Span span = operation.span();
+    if (mSelection.type() == SelectionObject::Type::Control) {
+        const Position p = operation.removeObjects();
+        span = {p, p};
+    }
+    const QString text = Pasting::textOf(snippet);
+    if (!text.isNull() && (operation.preserves(span.start) || !text.contains(u'\n'))) {
+        if (!operation.type(text, span)) return false;
+    } else {
+        const QString html = text.isNull() ? snippet.html : Pasting::htmlOf(text);
+        const Ref<DocumentFragment> content = Pasting::read(document(), html);
+        if (!content->hasChildNodes() || !operation.paste(*content, span)) return false;
+    }
+    step.done();
+    settleMemories();
+    return true;
+}
+
+bool Operation::paste(DocumentFragment &content, Span span)
+{
+    RangeKeeper &keeper = mSelection.keeper();
+    if (span.isEmpty()) span = placeholder(span.start);
+    LivePosition at(keeper, span.start);
+    mBlanks.note(span.start, span.end);
+    if (!span.isEmpty()) at = mContent.normalised(mRemoval.remove(span));
+    if (isTableStructure(*mContent.container(at))) return false;
+    RangeEdits edits(mEditor, const_cast<Element &>(mContent.limit()));
+    if (edits.bringsBlocks(content)) {
+        if (edits.takesBlocks(at, content)) {
+            mSelection.setCaret(edits.insertBlocks(at, content));
+            finish(mSelection.focus(), Line::Goes);
+            return true;
+        }
+        Pasting::flatten(content);
+        if (!content.hasChildNodes()) return false;
+    }
+    const bool heldByBreak = mContent.isLineEmpty(at);
+    at = roomForText(at);
+    if (!at.position()) return false;
+    LivePosition caret(keeper, edits.insertInline(at, content));
+    if (heldByBreak) dropPlaceholderBreak(caret);
+    finish(caret);
+    return true;
+}
+
+bool Editor::emptyCells(const std::vector<Ref<Element>> &cells, const QString &text)
+{
+    std::vector<Ref<Element>> mine;
+    for (const auto &cell : cells)
+        if (cell->isConnected() && isCell(*cell) && editingHost(*cell)) mine.push_back(cell);
+    if (mine.empty()) return false;
+    const Position first = Position::startOf(*mine.front());
+    Operation operation(*this, *editingHost(*mine.front()));
+    ChangeTracker::Step step(mTracker, text.isEmpty() ? Kind::Command : Kind::TextIn);
+    for (const auto &cell : mine)
+        operation.empty(*cell);
+    mSelection.setCaret(first);
+    if (!text.isEmpty() && !operation.type(text, {first, first})) return false;
+    step.done();
+    settleMemories();
+    return true;
+}
+
+bool Editor::removeRows(const std::vector<Ref<Element>> &rows)
+{
+    if (rows.empty()) return false;
+    ChangeTracker::Step step(mTracker, Kind::Command);
+    LivePosition place(mSelection.keeper(), Position::before(*rows.front()));
+    for (const auto &row : rows) {
+        if (!row->isConnected() || !row->parentElement() || !editingHost(*row->parentElement())) return false;
+        Ref<Element> around(row->parentElement());
+        mTracker.remove(*row);
+        // A section, and a table, without rows shows nothing and takes no caret.
+        while (around && isTableStructure(*around) && !around->firstElementChild()) {
+            Ref<Element> outer(around->parentElement());
+            mTracker.remove(*around);
+            around = outer;
+        }
+    }
+    Element *host = editingHost(*place.position().node);
+    if (!host) host = document().body();
+    mSelection.setCaret(Content(*mRendering, *host).normalised(place));
+    step.done();
+    return true;
+}
+
+} // namespace editing
