@@ -131,6 +131,7 @@ void Vellum5::wireChildren()
             return platform::HttpHelper::fetchText(url);
         return platform::FileHelper::readText(url).text;
     };
+    p.ed->roleOf = &EditableRegions::RoleOf;
     connect(p.ed, &HTMLEditor::documentLoaded, this, [&p](const QString &text) { p.journal.surfaceLoaded(text); });
     connect(p.ed, &HTMLEditor::documentComplete, this, [&p](const QString &url) {
         EditScope scope;

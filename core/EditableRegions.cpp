@@ -43,6 +43,12 @@ bool isMisspellingMarker(const IHTMLElement *e)
     return e->className() == QLatin1String(misspelled);
 }
 
+bool isNamedOrMarked(const IHTMLElement &e)
+{
+    static const dom::Atom contentEditable("contenteditable");
+    return !e.idAttribute().isEmpty() || e.hasAttribute(contentEditable);
+}
+
 } // namespace
 
 IHTMLElement *EditableRegions::GetEditWrapperElement(IHTMLElement *e) const
@@ -57,13 +63,32 @@ IHTMLElement *EditableRegions::GetEditWrapperElement(IHTMLElement *e) const
     });
 }
 
+ElementRole EditableRegions::RoleOf(const IHTMLElement &e)
+{
+    const QString name = e.className();
+    const auto holds = [&name](const char *mark) { return name.contains(QLatin1String(mark), Qt::CaseInsensitive); };
+    const bool isSpan = hasTag(&e, "SPAN");
+    if (name.isEmpty()) {
+        const bool isNamed = isSpan && isNamedOrMarked(e);
+        return isNamed ? ElementRole::Field : ElementRole::None;
+    }
+    if (isSpan && holds(misspelled)) return ElementRole::None;
+    const bool isWidget = name == QLatin1String(contentWidget);
+    const bool isWrapper = holds("lxedit") || holds("qsedit");
+    if (isSpan) {
+        return isNamedOrMarked(e) || isWidget || isWrapper || holds("widgetproperty") ? ElementRole::Field : ElementRole::None;
+    }
+    if (isWidget && hasTag(&e, "DIV")) return ElementRole::Widget;
+    return isWrapper ? ElementRole::Frame : ElementRole::None;
+}
+
 // Spans
 
 bool EditableRegions::IsEditableSpan(IHTMLElement *e) const
 {
     return trap(module, "IsEditableSpan", given(&mHost, "e", e), [&] {
         const Element held(e);
-        return e && hasTag(e, "SPAN") && IsElementEditable(e);
+        return e && hasTag(e, "SPAN") && !isMisspellingMarker(e) && IsElementEditable(e);
     });
 }
 

@@ -19,6 +19,11 @@ public:
     /// The nearest of `e` and its ancestors below BODY that is a wrapper by its own class; a widget property is none.
     IHTMLElement *GetEditWrapperElement(IHTMLElement *e) const;
 
+    /// What the surface does with an element when what it holds, or what stands beside it, is deleted: wrappers and
+    /// widgets keep their frames, named spans and properties stay when they are emptied.
+    static ElementRole RoleOf(const IHTMLElement &e);
+
+    /// An editable SPAN that is no misspelling marker: those are never regions.
     bool IsEditableSpan(IHTMLElement *e) const;
     /// The nearest named span: an editable SPAN with an id that is neither widget property nor misspelling marker.
     IHTMLElement *GetEditableSpan(IHTMLElement *e) const;

@@ -29,6 +29,7 @@ using IHTMLEventObj = dom::EventObject;
 using IHTMLTxtRange = ranges::TextRange;
 using IHTMLControlRange = ranges::ControlRange;
 using HTMLEditor = surface::HTMLEditor;
+using ElementRole = ranges::Role;
 
 /// Ids of element events, as the surface raises them and hosts receive them.
 namespace elementevents {

@@ -94,14 +94,19 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
         .property(
             memberSelectedArea, "SelectedArea",
             [](S &s) { return valueOf(static_cast<dom::Node *>(s.view().selectedArea())); },
-            [](S &s, const Value &v) { s.view().selectArea(elementOf(v)); });
+            [](S &s, const Value &v) { s.view().selectArea(elementOf(v)); })
+        .property(
+            memberHotSpotTool, "HotSpotTool", [](S &s) { return Value(s.hotSpotTool()); },
+            [](S &s, const Value &v) { s.setHotSpotTool(std::abs(v.toInt())); }); // True is -1
+    for (const auto &[id, name, command] : std::initializer_list<std::tuple<int, const char *, int>>{
+             {6, "Cut()", commandCut},
+             {7, "Copy()", commandCopy},
+             {8, "Paste()", commandPaste},
+             {9, "Delete()", commandDelete}})
+        table.method(id, name, [command = command](S &s, Arguments &) { return Value(s.execCommand(command)); });
     // What formats and pastes joins the surface with the engine's commands.
     for (const auto &[id, name] :
-         std::initializer_list<std::pair<int, const char *>>{{6, "Cut"},
-                                                             {7, "Copy"},
-                                                             {8, "Paste"},
-                                                             {9, "Delete"},
-                                                             {13, "FillColor"},
+         std::initializer_list<std::pair<int, const char *>>{{13, "FillColor"},
                                                              {14, "ForeColor"},
                                                              {15, "Bold"},
                                                              {16, "Italic"},
@@ -120,7 +125,6 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
                                                              {31, "Outdent"},
                                                              {32, "BulletedList"},
                                                              {33, "NumberedList"},
-                                                             {memberHotSpotTool, "HotSpotTool"},
                                                              {128, "PasteRows"},
                                                              {129, "PasteCells"},
                                                              {130, "PasteNested"},

@@ -187,6 +187,12 @@ void Pasting::flatten(DocumentFragment &content)
             !ranges::isObject(*element))
             blocks.emplace_back(element);
     }
+    for (const Ref<Element> &block : blocks)
+        for (Node *child = ranges::isTableStructure(*block) ? block->firstChild() : nullptr; child;) {
+            Node *next = child->nextSibling();
+            if (isBlankText(*child)) RawTree::remove(*child); // between cells
+            child = next;
+        }
     const auto shows = [](const Node *node) { return node && !isBlankText(*node) && !ranges::isBreak(*node); };
     Document &document = content.document();
     for (auto it = blocks.rbegin(); it != blocks.rend(); ++it) {
@@ -203,7 +209,7 @@ void Pasting::flatten(DocumentFragment &content)
         while (Node *child = block.firstChild()) {
             const Ref<Node> moved(child);
             RawTree::remove(*child);
-            if (!(ranges::isTableStructure(block) && isBlankText(*moved))) RawTree::insert(parent, *moved, &block);
+            RawTree::insert(parent, *moved, &block);
         }
         RawTree::remove(block);
     }

@@ -156,6 +156,16 @@ void HTMLEditor::setShowBorders(bool show)
     if (std::exchange(mShowBorders, show) != show) viewport()->update();
 }
 
+int HTMLEditor::hotSpotTool() const
+{
+    return int(mView->hotSpotShape());
+}
+
+void HTMLEditor::setHotSpotTool(int shape)
+{
+    mView->setHotSpotShape(HotSpotTool::Shape(std::clamp(shape, 0, 3)));
+}
+
 int HTMLEditor::queryStatus(int command) const
 {
     const auto *tracker = this->tracker();

@@ -78,6 +78,10 @@ public:
     void takeFocus() { setFocus(Qt::OtherFocusReason); }
     void takeFocusAtLoadEnd() { mFocusAtLoadEnd = true; }
 
+    /// Draws hot spots on images with the mouse: 1 rectangles, 2 circles, 3 polygons, 0 none. Each raises `areaCreated`.
+    int hotSpotTool() const;
+    void setHotSpotTool(int shape);
+
     /// Bit field of a command: 2 enabled, 4 latched; 43 is undo and 29 redo.
     int queryStatus(int command) const;
     /// Does the command; whether it could.

@@ -50,6 +50,7 @@ void View::documentGone()
     mComposition.clear();
     mCells.forget();
     mArea = nullptr;
+    mHotSpots.giveUp();
     mPressed = nullptr;
     mDrag.end();
     mGoalX = -1;
@@ -213,9 +214,10 @@ void View::paint(const QPaintEvent &event)
     if (mCaretOn && showsCaret() && !composing) options.caret = caretBox();
     painter.scale(mZoom, mZoom);
     paint::Painter(mLoaded->tree(), options).paint(painter);
+    painter.translate(-options.scroll);
+    paintHotSpots(painter);
     if (!composing) return;
     layComposition();
-    painter.translate(-options.scroll);
     mComposition.paint(painter);
 }
 

@@ -9,6 +9,7 @@
 #include "engine/surface/Composition.h"
 #include "engine/surface/DesktopClipboard.h"
 #include "engine/surface/DragSelect.h"
+#include "engine/surface/HotSpots.h"
 
 #include "base/Clock.h"
 
@@ -22,6 +23,7 @@
 class QKeyEvent;
 class QMouseEvent;
 class QPaintEvent;
+class QPainter;
 
 namespace editing {
 class Editor;
@@ -66,6 +68,9 @@ public:
     /// The area of an image map that is selected; null for none, and once it has gone.
     dom::Element *selectedArea() const;
     void selectArea(dom::Element *area);
+    /// While it isn't None, the mouse draws hot spots on images.
+    HotSpotTool::Shape hotSpotShape() const { return mHotSpots.shape(); }
+    void setHotSpotShape(HotSpotTool::Shape shape);
 
     bool wantsKey(const QKeyEvent &event) const;
     bool keyPressed(const QKeyEvent &event);
@@ -149,6 +154,14 @@ private:
     dom::Element *spanToSelect(dom::Node &node) const;
     ranges::Position withinPart(const ranges::Position &anchor, const ranges::Position &focus) const;
     void updateCursor(QPoint client);
+    QRectF imageBox(const dom::Element &image);
+    QPointF toImage(const dom::Element &image, QPointF client);
+    void areaDrawn();
+    bool pressOnImage(QPoint client);
+    bool moveOnImage(QPoint client);
+    bool releaseOnImage(QPoint client);
+    bool hotSpotKey(const QKeyEvent &event);
+    void paintHotSpots(QPainter &painter);
     editing::CommandContext commandContext();
     bool execOnText(const QString &name, const QString &value);
     CommandState queryOnText(const QString &name);
@@ -184,6 +197,7 @@ private:
     CellSelection mCells;
     bool mSelectingCells = false; ///< the text selection moves because of the cells
     base::Ref<dom::Element> mArea;
+    HotSpotTool mHotSpots;
     base::Ref<dom::Node> mPressed; ///< where the button went down
     int mClicks = 0;
     QPoint mLastClick;

@@ -9,7 +9,7 @@
 #include <QKeyEvent>
 #include <QScopedValueRollback>
 
-// Selecting cells, and areas of image maps.
+// Selecting cells.
 
 namespace surface {
 
@@ -23,19 +23,6 @@ void View::cellsChanged()
     mWidget.viewport()->update();
     Q_EMIT mWidget.cellSelectionChanged();
     commandStatesChanged();
-}
-
-dom::Element *View::selectedArea() const
-{
-    return mArea && mArea->isConnected() ? mArea.get() : nullptr;
-}
-
-void View::selectArea(dom::Element *area)
-{
-    if (mArea.get() == area) return;
-    mArea = area;
-    if (area) mCells.clear();
-    Q_EMIT mWidget.selectionChanged();
 }
 
 bool View::dragCells(QPoint client)

@@ -60,7 +60,7 @@ bool View::wantsKey(const QKeyEvent &event) const
 bool View::keyPressed(const QKeyEvent &event)
 {
     if (!mLoaded) return false;
-    if (clipboardKey(event)) return true;
+    if (hotSpotKey(event) || clipboardKey(event)) return true;
     if (editByKey(event)) {
         mGoalX = -1;
         if (mLoaded) edited();
@@ -82,11 +82,13 @@ bool View::keyPressed(const QKeyEvent &event)
 bool View::editByKey(const QKeyEvent &event)
 {
     editing::Editor &editor = mLoaded->editor();
-    if (!editor.canEdit() || mWidget.isReadOnly()) return false;
-    const bool ctrl = event.modifiers() & Qt::ControlModifier;
-    const auto unit = ctrl ? editing::Unit::Word : editing::Unit::Character;
+    if (mWidget.isReadOnly()) return false;
     if (event.key() == Qt::Key_Backspace || event.key() == Qt::Key_Delete)
         if (runOnCells(CellCommand::Delete)) return true;
+    if (isText(event) && typeOverCells(event.text())) return true;
+    if (!editor.canEdit()) return false;
+    const bool ctrl = event.modifiers() & Qt::ControlModifier;
+    const auto unit = ctrl ? editing::Unit::Word : editing::Unit::Character;
     switch (event.key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -97,7 +99,7 @@ bool View::editByKey(const QKeyEvent &event)
     default: break;
     }
     if (!isText(event)) return false;
-    if (!typeOverCells(event.text())) editor.insertText(event.text());
+    editor.insertText(event.text());
     return true;
 }
 
@@ -170,7 +172,7 @@ bool View::moveByKey(const QKeyEvent &event)
         to = to < from ? movement.startOfDocument() : movement.endOfDocument();
     if (extend == Extend::Yes && extendOverCells(to)) return true;
     moveTo(to, extend);
-    if (mPrimary && extend == Extend::Yes) mOfferSoon.setEnabled(true);
+    if (mPrimary && extend == Extend::Yes) mOfferSoon.restart();
     return true;
 }
 
@@ -202,7 +204,7 @@ void View::mousePressed(const QMouseEvent &event)
     mClicks = again ? mClicks % 3 + 1 : 1;
     mClickTimer.start();
     mLastClick = at;
-    if (selectFromEdge(at)) return;
+    if (pressOnImage(at) || selectFromEdge(at)) return;
     mPressed = elementAt(at);
     const Position position = positionAt(toDocument(event.position()));
     if (!position) return;
@@ -261,6 +263,7 @@ Position View::withinPart(const Position &anchor, const Position &focus) const
 void View::mouseDoubleClicked(const QMouseEvent &event)
 {
     if (event.button() != Qt::LeftButton) return;
+    if (mHotSpots.close()) return areaDrawn();
     mClicks = 2;
     mClickTimer.start();
     mLastClick = event.position().toPoint();
@@ -303,6 +306,7 @@ DragSelect::Page View::pageForDrag()
 
 void View::mouseMoved(const QMouseEvent &event)
 {
+    if (moveOnImage(event.position().toPoint())) return;
     if (mDrag.isActive() && event.buttons() & Qt::LeftButton) {
         if (!dragCells(event.position().toPoint())) mDrag.moveTo(event.position());
         return;
@@ -324,6 +328,7 @@ void View::updateCursor(QPoint client)
 
 void View::mouseReleased(const QMouseEvent &event, bool goesOn)
 {
+    if (event.button() == Qt::LeftButton && releaseOnImage(event.position().toPoint())) return;
     const ranges::Span now = mLoaded->selection().span(), pressed = std::exchange(mAtPress, {});
     const bool clicked = mDrag.isActive() && pressed.start && now.start == pressed.start && now.end == pressed.end;
     if (mDrag.isActive() && !clicked) offerSelection();
@@ -359,7 +364,7 @@ void View::focus(dom::Element &element)
 
 void View::inputMethod(const QInputMethodEvent &event)
 {
-    if (!mLoaded->editor().canEdit() || mWidget.isReadOnly()) return;
+    if ((!mLoaded->editor().canEdit() && !hasEditableCells()) || mWidget.isReadOnly()) return;
     mComposition.take(event);
     if (!event.commitString().isEmpty()) {
         if (!typeOverCells(event.commitString())) mLoaded->editor().insertText(event.commitString());

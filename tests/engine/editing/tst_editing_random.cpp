@@ -19,6 +19,8 @@ const char *const pages[] = {
     "</span></div><dl><dt>t</dt><dd>d</dd></dl><p></p><p>&nbsp;</p>",
     "<font color=\"red\">f<p>g</p>h</font><ol><li><p>one</p></li><li><p>two</p><p>three</p></li></ol><p><a href=\"u\">link</a>"
     "<!--c--> end &nbsp; x</p>",
+    "<p>a <span id=\"f\">field</span> b</p><p><span id=\"g\" contenteditable=\"true\">x</span></p><ul><li><span id=\"h\">"
+    "<b>y</b></span></li></ul>c<span contenteditable=\"true\"></span>d",
     "",
 };
 
@@ -43,6 +45,7 @@ public:
         case 9:
         case 10: place(); break;
         case 11: select(); break;
+        case 12: clip(); break;
         default: move(); break;
         }
     }
@@ -52,6 +55,15 @@ private:
     {
         done = QString("%1 at %2").arg(name, e.marked());
         action();
+    }
+    void clip()
+    {
+        static const QList<editing::Snippet> snippets{{"<b>x</b>y", {}}, {"<p>x</p><p>y</p>", {}}, {"<li>x</li>", {}},
+                                                      {"<table><tr><td>x<td>y</table>", {}}, {{}, "x y"},
+                                                      {{}, "x\ny\n\n z "}, {"<span id=f>x</span>", {}}, {"<hr>", {}}};
+        if (random.bounded(3) == 0) return run("cut", [this] { e.editor.cut(); });
+        const editing::Snippet &snippet = snippets[random.bounded(int(snippets.size()))];
+        run(qPrintable("paste '" + snippet.html + snippet.text + "'"), [&] { e.editor.paste(snippet); });
     }
     void type()
     {
