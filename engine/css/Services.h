@@ -57,6 +57,8 @@ public:
     bool removeCreatedSheet(StyleSheetObject &sheet);
     /// Reads linked sheets anew; what was written to them in memory goes.
     void reloadSheets();
+    /// What the cascade takes for the medium, in its order: enabled sheets and those that they import.
+    std::vector<ActiveSheet> activeSheets();
 
     /// Attached elements that have a runtime style, in no order.
     const std::vector<dom::Element *> &elementsWithRuntimeStyle() const { return mRuntime; }
@@ -71,7 +73,6 @@ private:
     void start();
     void refreshSheets();
     void refreshOne(StyleSheetObject &sheet);
-    std::vector<ActiveSheet> activeSheets();
     void addActive(std::vector<ActiveSheet> &list, const base::Ref<StyleSheet> &sheet, const QString &base,
                    const MediaList &media, QStringList &chain);
     base::Ref<StyleSheet> imported(const QString &url);

@@ -94,6 +94,7 @@ private:
     friend class InlineLayout;
     friend class FlexLayout;
     friend class GridLayout;
+    friend class Paginator;
     void resolveInFlowWidth(BlockBox &box, const Constraint &constraint, FloatArea area);
     void keepPlace(BlockBox &box);
     void layoutContents(BlockBox &box, const Constraint &constraint, FloatArea area);
