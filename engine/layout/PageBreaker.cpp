@@ -47,6 +47,12 @@ Unit PageBreaker::endOf(std::size_t k) const
     return chunk.bottom + chunk.shift + chunk.growth;
 }
 
+// Heads of tables take at most half a page.
+Unit PageBreaker::startOf(int page, const Chunk &chunk) const
+{
+    return mSpace.top(page) + std::min(chunk.reserved, mSpace.height(page) / 2);
+}
+
 Unit PageBreaker::shiftBefore(std::size_t k) const
 {
     return k ? mFlow.chunks[k - 1].shift + mFlow.chunks[k - 1].growth : mBase;
@@ -66,7 +72,9 @@ Unit PageBreaker::placeSide(SideBox &side, Unit base)
     flow.isDone = false;
     flow.base = base - side.top;
     const Unit end = base + (side.bottom - side.top);
-    if (flow.chunks.empty() || mSpace.pageAt(base) == mSpace.pageAt(std::max(base, end - oneStep))) return {};
+    if (flow.chunks.empty()) return {};
+    const int page = mSpace.pageAt(base);
+    if (page == mSpace.pageAt(std::max(base, end - oneStep)) && base >= startOf(page, flow.chunks.front())) return {};
     PageBreaker(flow, mSpace, Kind::Beside).run(base - side.top);
     return flow.bottomShift(flow.spans.front()) - flow.base;
 }
@@ -116,7 +124,7 @@ void PageBreaker::breakBefore(std::size_t k, int page)
     }
     Chunk &chunk = chunks[best];
     rewindFloors(chunk.top);
-    const Unit start = mSpace.top(page) + std::min(chunk.reserved, mSpace.height(page) / 2);
+    const Unit start = startOf(page, chunk);
     chunk.broken = true;
     chunk.shift = std::max(start - chunk.top, floorShift(chunk.top));
     mPageStart = int64_t(best);
@@ -128,7 +136,7 @@ void PageBreaker::force(std::size_t k)
     int page = mSpace.pageAt(std::max(mBase, endOf(k - 1) - oneStep)) + 1;
     const bool isLeft = page % 2 == 1;
     if ((chunk.forced == ForcedBreak::Left && !isLeft) || (chunk.forced == ForcedBreak::Right && isLeft)) ++page;
-    const Unit start = mSpace.top(page) + std::min(chunk.reserved, mSpace.height(page) / 2);
+    const Unit start = startOf(page, chunk);
     chunk.broken = true;
     const Unit margin = std::clamp(chunk.margin, Unit(), mSpace.height(page) / 2);
     chunk.shift = std::max(start + margin - chunk.top, floorShift(chunk.top));
@@ -153,6 +161,13 @@ bool PageBreaker::place(std::size_t k)
             return false;
         }
     }
+    if (!chunk.broken && !chunk.loose && top < startOf(page, chunk)) {
+        // Empty room in front has crossed the boundary, and left it where a head will be.
+        chunk.broken = true;
+        chunk.shift += startOf(page, chunk) - top;
+        mPageStart = int64_t(k);
+        return false;
+    }
     const Unit height = bottom - top;
     if (bottom <= mSpace.bottom(page)) {
         divide(k, false);
@@ -162,9 +177,8 @@ bool PageBreaker::place(std::size_t k)
         mPageStart = int64_t(k);
         return true;
     }
-    const Unit start = mSpace.top(page) + chunk.reserved;
-    const bool fitsBelow = height <= mSpace.height(page + 1) - chunk.reserved;
-    if (fitsBelow && !(isAtPageStart(k) && top <= start + chunk.margin)) {
+    const bool fitsBelow = height <= mSpace.bottom(page + 1) - startOf(page + 1, chunk);
+    if (fitsBelow && !(isAtPageStart(k) && top <= startOf(page, chunk) + chunk.margin)) {
         breakBefore(k, page + 1);
         return false;
     }
@@ -232,7 +246,7 @@ void PageBreaker::divide(std::size_t k, bool all)
         // Room that was free at its end is used up first.
         const Unit free = member.box->height - (flow.contentBottom() - member.top) - member.box->border.bottom - member.box->padding.bottom;
         const Unit end = flow.contentEnd() + std::max(Unit(), member.bottom - flow.contentBottom() - std::max(Unit(), free));
-        growth = std::max(growth, end - (chunk.bottom + chunk.shift));
+        growth = std::max(growth, end - (parallel.bottom + chunk.shift));
     }
     chunk.growth = growth;
 }

@@ -28,6 +28,7 @@ private:
     bool isAtPageStart(std::size_t k) const { return mFlow.chunks[k].broken || int64_t(k) == mPageStart; }
     void force(std::size_t k);
     Unit endOf(std::size_t k) const;
+    Unit startOf(int page, const Chunk &chunk) const;
     Unit shiftBefore(std::size_t k) const;
     bool crossesFloat(Unit y) const;
     Unit floorShift(Unit y);

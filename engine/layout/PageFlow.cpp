@@ -63,7 +63,9 @@ int PageSpace::pageAt(Unit y) const
 Unit PageFlow::shiftAt(Unit y) const
 {
     const auto behind = std::upper_bound(chunks.begin(), chunks.end(), y, [](Unit at, const Chunk &c) { return at < c.top; });
-    return behind == chunks.begin() ? base : std::prev(behind)->shift;
+    if (behind == chunks.begin()) return base;
+    const Chunk &chunk = *std::prev(behind);
+    return y >= chunk.bottom ? chunk.shift + chunk.growth : chunk.shift;
 }
 
 Unit PageFlow::topShift(const FlowSpan &span) const
@@ -104,8 +106,27 @@ void FlowCollector::run(BlockBox &root, Unit top, Unit reserved)
     block(root, top, FlowSpan::Place::Root, -1, -1);
 }
 
+// What stands far below the start of the boxes around it has floats in front: the boxes begin above those.
+void FlowCollector::emitRoom(Unit top)
+{
+    if (!mPendingTop || top - *mPendingTop <= mFrame + smallRest) return;
+    Chunk room;
+    room.top = *mPendingTop;
+    room.bottom = top - mFrame;
+    room.reserved = mReserved;
+    room.margin = std::exchange(mMargin, {});
+    room.forced = std::exchange(mForced, ForcedBreak::None);
+    room.cost = uint8_t((mAvoid ? breakcost::between : 0) + (isInside() ? breakcost::inside : 0));
+    room.loose = true;
+    mFlow.chunks.push_back(room);
+    mPendingTop.reset();
+    mFrame = {};
+    mAvoid = true;
+}
+
 Chunk &FlowCollector::emitChunk(Unit top, Unit bottom, uint8_t cost)
 {
+    emitRoom(top);
     Chunk chunk;
     chunk.top = mPendingTop ? std::min(*mPendingTop, top) : top;
     chunk.bottom = std::max(bottom, chunk.top);
@@ -113,8 +134,9 @@ Chunk &FlowCollector::emitChunk(Unit top, Unit bottom, uint8_t cost)
     chunk.margin = mMargin;
     chunk.forced = mForced;
     chunk.cost = uint8_t(cost + (mAvoid ? breakcost::between : 0));
-    if (mInsideFirst >= 0 && int32_t(mFlow.chunks.size()) > mInsideFirst) chunk.cost = uint8_t(chunk.cost + breakcost::inside);
+    if (isInside()) chunk.cost = uint8_t(chunk.cost + breakcost::inside);
     mPendingTop.reset();
+    mFrame = {};
     mMargin = {};
     mForced = ForcedBreak::None;
     mAvoid = false;
@@ -130,7 +152,8 @@ bool FlowCollector::isSolid(const BlockBox &box) const
 
 FlowCollector::Opened FlowCollector::open(BlockBox &box, Unit top, FlowSpan::Place place, int32_t parent, int32_t previous)
 {
-    const Opened opened{uint32_t(mFlow.spans.size()), mFlow.chunks.size(), mFlow.floats.size(), mPendingTop, mInsideFirst};
+    emitRoom(top);
+    const Opened opened{uint32_t(mFlow.spans.size()), mFlow.chunks.size(), mFlow.floats.size(), mPendingTop, mFrame, mInsideFirst};
     FlowSpan span;
     span.box = &box;
     span.place = place;
@@ -144,6 +167,7 @@ FlowCollector::Opened FlowCollector::open(BlockBox &box, Unit top, FlowSpan::Pla
         mPendingTop = top;
         mMargin = box.topStrut.sum();
     }
+    mFrame += box.border.top + box.padding.top;
     if (mInsideFirst < 0 && avoidsInside(box) && box.height <= mSpace.least() - mReserved) mInsideFirst = int32_t(mFlow.chunks.size());
     return opened;
 }
@@ -158,6 +182,7 @@ void FlowCollector::close(BlockBox &box, const Opened &opened)
             emitChunk(top, bottom).loose = hasFloats;
         } else {
             mPendingTop = opened.pendingTop; // nothing stands here
+            mFrame = opened.frame;
         }
     } else {
         Chunk &last = mFlow.chunks.back();
@@ -234,6 +259,7 @@ void FlowCollector::lines(BlockBox &box, uint32_t span)
         }
         const bool alone = i > from && (int(i - from) < text.orphans || int(to - i) < text.widows);
         emitChunk(top + line.top, top + line.bottom(), alone ? breakcost::orphans : 0);
+        chunks[i] = uint32_t(mFlow.chunks.size()) - 1;
     }
     mFlow.spans[span].lines = uint32_t(mFlow.lineChunks.size());
     mFlow.lineChunks.insert(mFlow.lineChunks.end(), chunks.begin(), chunks.end());
@@ -352,6 +378,7 @@ void FlowCollector::rows(TableBox &table, uint32_t span, uint32_t index)
             ParallelBoxes parallel;
             parallel.span = span;
             parallel.isRow = true;
+            parallel.bottom = top + row.top + row.height;
             for (const TableCell *cell : ending[r])
                 parallel.members.push_back({cell->box, top + table.rows[cell->row].top, top + row.top + row.height, rowChunks[cell->row], nullptr});
             mFlow.chunks[rowChunks[r]].parallel = int32_t(mFlow.parallels.size());
@@ -383,6 +410,7 @@ void FlowCollector::items(BlockBox &box, uint32_t span)
         } else {
             ParallelBoxes parallel;
             parallel.span = span;
+            parallel.bottom = top + bottom;
             for (std::size_t k = i; k < end; ++k) {
                 meet(breakBefore(*items[k]), mForced, mAvoid);
                 parallel.members.push_back({items[k], top + items[k]->gap, top + items[k]->gap + items[k]->height, uint32_t(mFlow.chunks.size()), nullptr});

@@ -83,6 +83,7 @@ struct ParallelBoxes {
     };
     std::vector<Member> members;
     uint32_t span = 0; ///< of the table or container
+    Unit bottom;       ///< of the row; its chunk may end below, with what closes around it
     bool isRow = false;
     bool divided = false;
 };
@@ -128,6 +129,7 @@ private:
         uint32_t span;
         std::size_t chunks, floats;
         std::optional<Unit> pendingTop;
+        Unit frame;
         int32_t insideFirst;
     };
     uint32_t block(BlockBox &box, Unit top, FlowSpan::Place place, int32_t parent, int32_t previous);
@@ -141,6 +143,8 @@ private:
     void addFloat(BlockBox &box, uint32_t span, Unit parentTop);
     void addPositioned(BlockBox &box, uint32_t span, Unit top);
     Chunk &emitChunk(Unit top, Unit bottom, uint8_t cost = 0);
+    void emitRoom(Unit top);
+    bool isInside() const { return mInsideFirst >= 0 && int32_t(mFlow.chunks.size()) > mInsideFirst; }
     bool isSolid(const BlockBox &box) const;
 
     PageFlow &mFlow;
@@ -148,6 +152,7 @@ private:
     Unit mReserved;
     // What waits for the next chunk
     std::optional<Unit> mPendingTop;
+    Unit mFrame; ///< borders and paddings that opened since then
     Unit mMargin;
     ForcedBreak mForced = ForcedBreak::None;
     bool mAvoid = false;

@@ -77,7 +77,7 @@ void Paginator::moveParallels(PageFlow &flow)
         if (chunk.parallel < 0) continue;
         ParallelBoxes &parallel = flow.parallels[std::size_t(chunk.parallel)];
         for (ParallelBoxes::Member &member : parallel.members) {
-            const bool atEnd = member.bottom >= chunk.bottom - Unit::px(1);
+            const bool atEnd = member.bottom >= parallel.bottom - Unit::px(1);
             const Unit height = member.box->height;
             if (member.flow && member.flow->isDone) moveFlow(*member.flow);
             if (parallel.isRow) continue; // cells are as high as their rows
@@ -194,7 +194,7 @@ Unit Paginator::lastEnd(const PageFlow &flow) const
 void Paginator::noteHeads(const PageFlow &flow)
 {
     for (const FlowTable &table : flow.tables)
-        if (table.headRows) noteHead(table);
+        if (table.headRows) noteHead(table, rowsEnd(flow, table));
     for (const auto *sides : {&flow.floats, &flow.positioned})
         for (const SideBox &side : *sides)
             if (side.flow->isDone) noteHeads(*side.flow);
@@ -203,7 +203,21 @@ void Paginator::noteHeads(const PageFlow &flow)
             if (member.flow && member.flow->isDone) noteHeads(*member.flow);
 }
 
-void Paginator::noteHead(const FlowTable &record)
+// Where the content of the rows ends: a page that just has the empty end of a cell needs no head.
+Unit Paginator::rowsEnd(const PageFlow &flow, const FlowTable &table) const
+{
+    Unit end;
+    for (std::size_t r = table.headRows; r < table.rowChunks.size(); ++r) {
+        const Chunk &chunk = flow.chunks[table.rowChunks[r]];
+        const ParallelBoxes &row = flow.parallels[std::size_t(chunk.parallel)];
+        if (!row.divided) end = std::max(end, row.bottom + chunk.shift);
+        for (const auto &member : row.members)
+            if (member.flow && member.flow->isDone) end = std::max(end, lastEnd(*member.flow));
+    }
+    return end;
+}
+
+void Paginator::noteHead(const FlowTable &record, Unit end)
 {
     const TableBox &table = *record.box;
     const Point at = placeOf(table);
@@ -211,7 +225,6 @@ void Paginator::noteHead(const FlowTable &record)
     const Unit edge = table.collapsed ? table.border.top : Unit();
     const TableRow &last = table.rows[record.headRows - 1];
     const Unit top = at.y + table.rows.front().top - edge, height = last.top + last.height - table.rows.front().top + edge;
-    const Unit end = at.y + table.rows.back().top + table.rows.back().height;
     for (int page = mSpace.pageAt(top) + 1; page < mPages && mSpace.top(page) < end; ++page)
         mHeads[std::size_t(page)].push_back({{at.x, top, table.width, height}, mSpace.top(page) + record.reserved});
 }

@@ -44,7 +44,8 @@ private:
     void stretchCells(TableBox &table);
     Unit lastEnd(const PageFlow &flow) const;
     void noteHeads(const PageFlow &flow);
-    void noteHead(const FlowTable &table);
+    Unit rowsEnd(const PageFlow &flow, const FlowTable &table) const;
+    void noteHead(const FlowTable &table, Unit end);
     void gatherFixed(const PageFlow &flow);
 
     LayoutTree &mTree;
