@@ -119,9 +119,11 @@ void screenshot(Interpreter &in, Words &words)
     if (!widget->grab().save(in.filePath(name))) throw ScriptError(QStringLiteral("can't write %1").arg(name));
 }
 
-void unavailable(Interpreter &, Words &)
+void pdf(Interpreter &in, Words &words)
 {
-    notAvailable();
+    const QString name = words.word("a file");
+    if (!in.control().DOM()) throw ScriptError(QStringLiteral("no document is loaded"));
+    if (!in.host().surface().printToPdf(in.filePath(name))) throw ScriptError(QStringLiteral("can't write %1").arg(name));
 }
 
 } // namespace
@@ -129,7 +131,7 @@ void unavailable(Interpreter &, Words &)
 const std::vector<VerbRow> &lookVerbs()
 {
     static const std::vector<VerbRow> rows = {
-        {"print", print}, {"boxes", boxes}, {"screenshot", screenshot}, {"pdf", unavailable}};
+        {"print", print}, {"boxes", boxes}, {"screenshot", screenshot}, {"pdf", pdf}};
     return rows;
 }
 

@@ -32,18 +32,15 @@ std::optional<double> takePixels(ValueReader &reader)
 bool readSize(ValueReader &reader, PageStyle &style)
 {
     std::optional<QSizeF> size;
-    std::optional<bool> landscape;
+    PageStyle::Direction direction{};
     bool named = false, any = false;
     while (!reader.atEnd()) {
         any = true;
-        if (reader.takeWord("auto")) return reader.atEnd() && !size && !landscape;
-        if (!landscape && reader.takeWord("landscape")) {
-            landscape = true;
-            continue;
-        }
-        if (!landscape && reader.takeWord("portrait")) {
-            landscape = false;
-            continue;
+        if (reader.takeWord("auto")) return reader.atEnd() && !size && direction == PageStyle::Direction::Unset;
+        if (direction == PageStyle::Direction::Unset) {
+            if (reader.takeWord("landscape")) direction = PageStyle::Direction::Landscape;
+            else if (reader.takeWord("portrait")) direction = PageStyle::Direction::Portrait;
+            if (direction != PageStyle::Direction::Unset) continue;
         }
         if (size) return false;
         for (const Paper &paper : papers)
@@ -58,15 +55,15 @@ bool readSize(ValueReader &reader, PageStyle &style)
         if (!height) return false;
         size = QSizeF(*width, *height);
     }
-    if (!any || (size && !named && landscape)) return false;
+    if (!any || (size && !named && direction != PageStyle::Direction::Unset)) return false;
     if (size) {
-        if (landscape.value_or(false)) size->transpose();
+        if (direction == PageStyle::Direction::Landscape) size->transpose();
         if (size->width() < 1 || size->height() < 1 || size->width() > largestPaper || size->height() > largestPaper)
             return false;
-        landscape.reset();
+        direction = PageStyle::Direction::Unset;
     }
     style.size = size;
-    style.landscape = landscape;
+    style.direction = direction;
     return true;
 }
 
@@ -115,9 +112,9 @@ void readDeclaration(const QString &name, ValueReader &reader, PageStyle &style)
 
 void overlay(PageStyle &style, const PageStyle &over)
 {
-    if (over.size || over.landscape) {
+    if (over.size || over.direction != PageStyle::Direction::Unset) {
         style.size = over.size;
-        style.landscape = over.landscape;
+        style.direction = over.direction;
     }
     if (over.top) style.top = over.top;
     if (over.right) style.right = over.right;

@@ -20,7 +20,8 @@ struct PageStyle
         friend bool operator==(const Margin &, const Margin &) = default;
     };
     std::optional<QSizeF> size;     ///< of the paper
-    std::optional<bool> landscape;  ///< turns the paper, whichever it is; not with `size`
+    enum class Direction : uint8_t { Unset, Portrait, Landscape };
+    Direction direction = Direction::Unset; ///< turns the paper, whichever it is; not with `size`
     std::optional<Margin> top, right, bottom, left;
     friend bool operator==(const PageStyle &, const PageStyle &) = default;
 };

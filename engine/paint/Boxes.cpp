@@ -40,7 +40,7 @@ void Painter::paintBackground(const css::ComputedStyle &style, const QRectF &bor
 {
     const css::BackgroundGroup &background = style.background();
     const bool image = background.hasImage();
-    if ((!qAlpha(background.color) && !image) || border.isEmpty() || !border.intersects(mClip)) return;
+    if (!mOptions.backgrounds || (!qAlpha(background.color) && !image) || border.isEmpty() || !border.intersects(mClip)) return;
     const bool rounded = style.surround().hasRadius();
     mPainter->save();
     if (rounded) {

@@ -49,6 +49,7 @@ void Painter::paintCanvas()
 {
     mPainter->fillRect(mClip, mOptions.background);
     mCanvasElement = nullptr;
+    if (!mOptions.backgrounds) return;
     dom::Element *html = mTree.document().documentElement();
     for (dom::Element *element : {html, mTree.document().body()}) {
         Box *box = element ? boxOf(*element) : nullptr;

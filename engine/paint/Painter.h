@@ -18,6 +18,7 @@ struct Options {
     QPointF scroll;              ///< document coordinates of the picture's top left corner, CSS pixels
     QRectF clip;                 ///< document coordinates; what doesn't meet it isn't visited. Empty: the viewport
     QColor background = Qt::white; ///< below a page without one
+    bool backgrounds = true;     ///< of boxes and of the page
     bool showBorders = false;    ///< dashed outlines around tables and cells without borders
     std::vector<Highlight> highlights;
     std::vector<QRectF> highlightRects; ///< document coordinates: selected objects and cells

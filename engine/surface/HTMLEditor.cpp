@@ -16,6 +16,8 @@ namespace {
 
 constexpr int commandRedo = 29;
 constexpr int commandUndo = 43;
+constexpr int commandPrint = 27;
+constexpr int commandPrintPreview = 2003;
 constexpr int statusEnabled = 2;
 constexpr int statusSupported = 1;
 const QString blank = QStringLiteral("about:blank");
@@ -171,6 +173,7 @@ int HTMLEditor::queryStatus(int command) const
     const auto *tracker = this->tracker();
     if (command == commandUndo) return tracker && tracker->canUndo() ? statusEnabled : 0;
     if (command == commandRedo) return tracker && tracker->canRedo() ? statusEnabled : 0;
+    if (command == commandPrint || command == commandPrintPreview) return mLoaded ? statusEnabled | statusSupported : 0;
     return mView->commandStatus(command) ? mView->commandStatus(command) | statusSupported : 0;
 }
 
@@ -178,6 +181,8 @@ bool HTMLEditor::execCommand(int command, const QString &value)
 {
     if (command == commandUndo) return undo();
     if (command == commandRedo) return redo();
+    if (command == commandPrint) return printWithDialog();
+    if (command == commandPrintPreview) return showPrintPreview();
     return mView->execCommand(command, value);
 }
 

@@ -5,11 +5,14 @@
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
 #include "engine/ranges/Rendering.h"
+#include "engine/surface/PrintSettings.h"
 
 #include <QAbstractScrollArea>
 #include <QPointer>
 #include <functional>
 #include <memory>
+
+class QPagedPaintDevice;
 
 namespace changes {
 class ChangeTracker;
@@ -84,7 +87,7 @@ public:
 
     /// Bit field of a command: 2 enabled, 4 latched; 43 is undo and 29 redo.
     int queryStatus(int command) const;
-    /// Does the command; whether it could.
+    /// Does the command; whether it could. 27 prints, after asking, and 2003 shows the pages.
     bool execCommand(int command, const QString &value = {});
     /// The surface's own history; with a reader of the change log, Ctrl+Z goes out as `undoRequested`.
     bool undo();
@@ -96,6 +99,24 @@ public:
     std::function<QString(const QString &url)> readText;
     /// What elements mean in the host's pages, for documents loaded from then on; empty: as HTML has it. Asked often.
     std::function<ranges::Role(const dom::Element &)> roleOf;
+
+    // Printing. The document is laid out anew for the paper, with rules for print; what is shown stays as it is.
+    /// Plain text of its TITLE, "" without one.
+    QString documentTitle() const;
+    /// Sets the device's paper, without margins of the device's own. False without a document, where `progress` ended it,
+    /// and where the device failed.
+    bool print(QPagedPaintDevice &device, const PrintSettings &settings = {}, const PrintProgress &progress = {});
+    /// Writes the file as a whole or not at all.
+    bool printToPdf(const QString &fileName, const PrintSettings &settings = {}, const PrintProgress &progress = {});
+    /// Asks for a printer; whether something was printed.
+    bool printWithDialog();
+    /// False without a document.
+    bool showPrintPreview();
+    /// What the dialogs offered last.
+    const PrintSettings &printSettings() const { return mPrintSettings; }
+    void setPrintSettings(const PrintSettings &settings) { mPrintSettings = settings; }
+    /// May change the copy that is printed: the control takes away the marks of its own.
+    std::function<void(dom::Document &copy)> beforePrint;
 
     // Inside, for the folders that wire the surface to the rest and for checks.
     LoadedDocument *loaded() const { return mLoaded.get(); }
@@ -159,6 +180,7 @@ private:
     bool mAutoSelectEditableSpans = false;
     bool mFocusAtLoadEnd = false;
     QHash<int, bool> mOptions;
+    PrintSettings mPrintSettings;
     QPointer<QObject> mExternalObject;
 };
 
