@@ -147,7 +147,8 @@ Difference rareDifference(const RareGroup &before, const RareGroup &after)
     if (before.hasContent != after.hasContent || before.contentNone != after.contentNone ||
         before.content != after.content || before.counterReset != after.counterReset ||
         before.counterIncrement != after.counterIncrement || before.columnCount != after.columnCount ||
-        !(before.columnWidth == after.columnWidth))
+        !(before.columnWidth == after.columnWidth) || before.columnSpanAll != after.columnSpanAll ||
+        before.isTransformed() != after.isTransformed())
         return Difference::Reframe;
     RareGroup painted = before;
     painted.textDecoration = after.textDecoration;
@@ -162,6 +163,15 @@ Difference rareDifference(const RareGroup &before, const RareGroup &after)
     painted.boxShadow = after.boxShadow;
     painted.transform = after.transform;
     painted.transformOrigin = after.transformOrigin;
+    painted.translate = after.translate;
+    painted.rotate = after.rotate;
+    painted.scale = after.scale;
+    painted.columnRuleStyle = after.columnRuleStyle;
+    painted.columnRuleColor = after.columnRuleColor;
+    painted.columnRuleWidth = after.columnRuleWidth;
+    painted.objectFit = after.objectFit;
+    painted.objectX = after.objectX;
+    painted.objectY = after.objectY;
     painted.filter = after.filter;
     return painted == after ? Difference::Paint : Difference::Layout;
 }

@@ -153,9 +153,11 @@ struct RareGroup
     PageBreak pageBreakBefore = PageBreak::Auto, pageBreakAfter = PageBreak::Auto, pageBreakInside = PageBreak::Auto;
     QString transform; ///< as written; empty: none
     QString transformOrigin;
+    QString translate, rotate, scale; ///< as written, like `transform`
     QString filter;
     bool textOverflowEllipsis = false;
     ObjectFit objectFit = ObjectFit::Fill;
+    Length objectX = Length::percentage(50), objectY = Length::percentage(50);
     // Flexible boxes and columns: read, and for those who come to lay them out.
     FlexDirection flexDirection = FlexDirection::Row;
     FlexWrap flexWrap = FlexWrap::Nowrap;
@@ -166,7 +168,18 @@ struct RareGroup
     int order = 0;
     int columnCount = 0; ///< 0: auto
     Length columnWidth;
+    float columnRuleWidth = 0; ///< 0 where the style is none or hidden
+    BorderStyle columnRuleStyle = BorderStyle::None;
+    QRgb columnRuleColor = 0xff000000;
+    bool columnFillAuto = false; ///< false: balanced
+    bool columnSpanAll = false;
     Length columnGap, rowGap; ///< auto: normal
+    bool isTransformed() const
+    {
+        const auto does = [](const QString &text) { return !text.isEmpty() && text != QLatin1String("none"); };
+        return does(transform) || does(translate) || does(rotate) || does(scale);
+    }
+    bool isMultiColumn() const { return columnCount > 0 || columnWidth.isFixed(); }
     friend bool operator==(const RareGroup &, const RareGroup &) = default;
 };
 

@@ -452,6 +452,8 @@ std::optional<Value> readLonghand(PropertyId id, ValueReader &reader)
         return content(reader);
     case Grammar::Counters:
         return counters(id, reader);
+    case Grammar::Place:
+        return readPlace(reader);
     case Grammar::Raw:
         return reader.takeRaw();
     case Grammar::Alignment:

@@ -75,6 +75,7 @@ std::vector<ShorthandRow> makeShorthands()
         {S::Flex, "flex", {Id::FlexGrow, Id::FlexShrink, Id::FlexBasis}},
         {S::FlexFlow, "flex-flow", {Id::FlexDirection, Id::FlexWrap}},
         {S::Columns, "columns", {Id::ColumnWidth, Id::ColumnCount}},
+        {S::ColumnRule, "column-rule", {Id::ColumnRuleWidth, Id::ColumnRuleStyle, Id::ColumnRuleColor}},
         {S::Gap, "gap", {Id::RowGap, Id::ColumnGap}},
         {S::PlaceContent, "place-content", {Id::AlignContent, Id::JustifyContent}},
         {S::PlaceItems, "place-items", {Id::AlignItems, Id::JustifyItems}},
@@ -154,7 +155,9 @@ struct Tables
                   "flex-direction", "flex-wrap",       "flex-flow",       "align-items",       "align-self",
                   "flex-grow",      "flex-shrink",     "flex-basis",
                   "align-content",  "justify-content", "order",           "hyphens",           "user-select",
-                  "tab-size",       "background-size", "background-clip", "background-origin", "filter"})
+                  "tab-size",       "background-size", "background-clip", "background-origin", "filter",
+                  "column-rule",    "column-rule-width", "column-rule-style", "column-rule-color", "column-fill",
+                  "column-span"})
                 prefixed.insert(QStringLiteral("-%1-%2").arg(QLatin1String(prefix), QLatin1String(name)),
                                 QString::fromLatin1(name));
     }

@@ -18,7 +18,7 @@ namespace css {
 
 #define CSS_BORDER_STYLES "none hidden dotted dashed solid double groove ridge inset outset"
 #define CSS_PAGE_BREAKS                                                                                                \
-    "auto always avoid left right page=always avoid-page=avoid avoid-column=avoid recto=right verso=left"
+    "auto always avoid left right column page=always avoid-page=avoid avoid-column=avoid recto=right verso=left"
 
 #define CSS_PROPERTIES(X)                                                                                              \
     X(Color, "color", true, Color, "")                                                                                 \
@@ -136,9 +136,13 @@ namespace css {
     X(PageBreakInside, "page-break-inside", false, Words, "auto avoid avoid-page=avoid avoid-column=avoid")            \
     X(Transform, "transform", false, Raw, "")                                                                          \
     X(TransformOrigin, "transform-origin", false, Raw, "")                                                             \
+    X(Translate, "translate", false, Raw, "")                                                                          \
+    X(Rotate, "rotate", false, Raw, "")                                                                                \
+    X(Scale, "scale", false, Raw, "")                                                                                  \
     X(Filter, "filter", false, Raw, "")                                                                                \
     X(TextOverflow, "text-overflow", false, Words, "clip ellipsis")                                                    \
     X(ObjectFit, "object-fit", false, Words, "fill contain cover none scale-down")                                     \
+    X(ObjectPosition, "object-position", false, Place, "")                                                             \
     X(FlexDirection, "flex-direction", false, Words, "row row-reverse column column-reverse")                          \
     X(FlexWrap, "flex-wrap", false, Words, "nowrap wrap wrap-reverse")                                                 \
     X(FlexGrow, "flex-grow", false, PositiveNumber, "")                                                                \
@@ -153,6 +157,11 @@ namespace css {
     X(Order, "order", false, Integer, "")                                                                              \
     X(ColumnCount, "column-count", false, AutoInteger, "")                                                             \
     X(ColumnWidth, "column-width", false, AutoPositive, "")                                                            \
+    X(ColumnRuleWidth, "column-rule-width", false, BorderWidth, "thin medium thick")                                   \
+    X(ColumnRuleStyle, "column-rule-style", false, Words, CSS_BORDER_STYLES)                                           \
+    X(ColumnRuleColor, "column-rule-color", false, Color, "")                                                          \
+    X(ColumnFill, "column-fill", false, Words, "balance auto balance-all=balance")                                     \
+    X(ColumnSpan, "column-span", false, Words, "none all")                                                             \
     X(ColumnGap, "column-gap", false, Gap, "normal")                                                                   \
     X(RowGap, "row-gap", false, Gap, "normal")                                                                         \
     X(GridTemplateColumns, "grid-template-columns", false, TrackList, "")                                              \
@@ -217,6 +226,7 @@ enum class Grammar : uint8_t {
     Content,
     Counters,
     Raw,
+    Place,
     Gap,
     Alignment,
     TrackList,
@@ -261,6 +271,7 @@ enum class Shorthand : uint8_t {
     Flex,
     FlexFlow,
     Columns,
+    ColumnRule,
     Gap,
     PlaceContent,
     PlaceItems,

@@ -129,6 +129,16 @@ std::optional<Place> takePosition(ValueReader &reader)
     return down;
 }
 
+} // namespace
+
+std::optional<Value> readPlace(ValueReader &reader)
+{
+    const auto place = takePosition(reader);
+    return place ? std::optional<Value>(Value::ofList({place->x, place->y})) : std::nullopt;
+}
+
+namespace {
+
 Value firstOf(const Value &list)
 {
     return list.items.empty() ? list : list.items[0];
@@ -363,6 +373,7 @@ std::optional<std::vector<PropertyValue>> readShorthand(Shorthand shorthand, Val
     case Shorthand::TextDecoration:
     case Shorthand::FlexFlow:
     case Shorthand::Columns:
+    case Shorthand::ColumnRule:
         return anyOrder(ids, reader);
     case Shorthand::PlaceContent:
     case Shorthand::PlaceItems:

@@ -183,6 +183,8 @@ void StyleBuilder::finishColors()
     const RareGroup &rare = mStyle->rare();
     if (rare.outlineStyle != OutlineStyle::None && !isDeclared(Id::OutlineColor) && rare.outlineColor != own)
         mStyle->writeRare().outlineColor = own;
+    if (rare.columnRuleStyle != BorderStyle::None && !isDeclared(Id::ColumnRuleColor) && rare.columnRuleColor != own)
+        mStyle->writeRare().columnRuleColor = own;
     if (rare.textDecoration && !isDeclared(Id::TextDecorationColor) && rare.textDecorationColor != own)
         mStyle->writeRare().textDecorationColor = own;
 }
@@ -204,6 +206,11 @@ void StyleBuilder::finishBorders()
         if (rare.outlineWidth != 0) mStyle->writeRare().outlineWidth = 0;
     } else if (!isDeclared(Id::OutlineWidth)) {
         mStyle->writeRare().outlineWidth = 3;
+    }
+    if (rare.columnRuleStyle == BorderStyle::None || rare.columnRuleStyle == BorderStyle::Hidden) {
+        if (rare.columnRuleWidth != 0) mStyle->writeRare().columnRuleWidth = 0;
+    } else if (!isDeclared(Id::ColumnRuleWidth)) {
+        mStyle->writeRare().columnRuleWidth = 3;
     }
 }
 

@@ -45,6 +45,9 @@ using Id = PropertyId;
     X(PageBreakBefore, Rare, rare, pageBreakBefore, PageBreak)                                                         \
     X(PageBreakAfter, Rare, rare, pageBreakAfter, PageBreak)                                                           \
     X(TextOverflow, Rare, rare, textOverflowEllipsis, bool)                                                            \
+    X(ColumnRuleStyle, Rare, rare, columnRuleStyle, BorderStyle)                                                       \
+    X(ColumnFill, Rare, rare, columnFillAuto, bool)                                                                    \
+    X(ColumnSpan, Rare, rare, columnSpanAll, bool)                                                                     \
     X(ObjectFit, Rare, rare, objectFit, ObjectFit)                                                                     \
     X(FlexDirection, Rare, rare, flexDirection, FlexDirection)                                                         \
     X(FlexWrap, Rare, rare, flexWrap, FlexWrap)                                                                        \
@@ -81,11 +84,15 @@ using Id = PropertyId;
     X(BorderRightColor, Surround, surround, border.right.color)                                                        \
     X(BorderBottomColor, Surround, surround, border.bottom.color)                                                      \
     X(BorderLeftColor, Surround, surround, border.left.color)                                                          \
+    X(ColumnRuleColor, Rare, rare, columnRuleColor)                                                                    \
     X(OutlineColor, Rare, rare, outlineColor)                                                                          \
     X(TextDecorationColor, Rare, rare, textDecorationColor)
 
 #define CSS_RAW_FIELDS(X)                                                                                              \
     X(Transform, transform)                                                                                            \
+    X(Translate, translate)                                                                                            \
+    X(Rotate, rotate)                                                                                                  \
+    X(Scale, scale)                                                                                                    \
     X(TransformOrigin, transformOrigin)                                                                                \
     X(Filter, filter)
 
@@ -318,6 +325,12 @@ void StyleBuilder::copyField(Id id, const ComputedStyle &from)
     case Id::OutlineWidth:
         mStyle->writeRare().outlineWidth = initial ? 3 : from.rare().outlineWidth;
         break;
+    case Id::ColumnRuleWidth:
+        mStyle->writeRare().columnRuleWidth = initial ? 3 : from.rare().columnRuleWidth;
+        break;
+    case Id::ObjectPosition:
+        mStyle->writeRare().objectX = from.rare().objectX;
+        CSS_COPY(Rare, rare, objectY)
     case Id::OutlineOffset:
         CSS_COPY(Rare, rare, outlineOffset)
     case Id::BoxShadow:
@@ -542,6 +555,16 @@ void StyleBuilder::setRareField(Id id, const Value &value)
         rare.outlineWidth = value.kind == Value::Kind::Word ? widths[value.word % 3] : fixed(value);
         break;
     }
+    case Id::ColumnRuleWidth: {
+        static constexpr float widths[] = {1, 3, 5};
+        const float width = value.kind == Value::Kind::Word ? widths[value.word % 3] : fixed(value);
+        rare.columnRuleWidth = width > 0 && width < 1 ? 1 : std::floor(width);
+        break;
+    }
+    case Id::ObjectPosition:
+        rare.objectX = length(value.items[0]);
+        rare.objectY = length(value.items[1]);
+        break;
     case Id::OutlineOffset:
         rare.outlineOffset = fixed(value);
         break;

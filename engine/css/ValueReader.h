@@ -77,6 +77,8 @@ private:
 
 /// One value of a longhand; nothing where the reader holds none. Doesn't check that the reader is at its end.
 std::optional<Value> readLonghand(PropertyId id, ValueReader &reader);
+/// A position such as "right 10px top": a list of two lengths, across and down.
+std::optional<Value> readPlace(ValueReader &reader);
 std::optional<std::vector<PropertyValue>> readShorthand(Shorthand shorthand, ValueReader &reader);
 
 } // namespace css

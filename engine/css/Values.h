@@ -143,7 +143,7 @@ enum class BorderCollapse : uint8_t { Separate, Collapse };
 enum class TableLayout : uint8_t { Auto, Fixed };
 enum class BorderStyle : uint8_t { None, Hidden, Dotted, Dashed, Solid, Double, Groove, Ridge, Inset, Outset };
 enum class OutlineStyle : uint8_t { None, Auto, Dotted, Dashed, Solid, Double, Groove, Ridge, Inset, Outset };
-enum class PageBreak : uint8_t { Auto, Always, Avoid, Left, Right };
+enum class PageBreak : uint8_t { Auto, Always, Avoid, Left, Right, Column };
 enum class Cursor : uint8_t {
     Auto,
     Default,

@@ -391,7 +391,11 @@ Unit paintExtra(const BlockBox &box)
 {
     if (box.anonymous) return Unit::px(2);
     const auto &rare = box.style().rare();
-    return Unit::from(2 + double(rare.outlineWidth) + std::max(0.f, rare.outlineOffset) + (rare.boxShadow.empty() ? 0 : 30));
+    double shadows = 0;
+    for (const css::Shadow &shadow : rare.boxShadow)
+        if (!shadow.inset) shadows = std::max(shadows, double(std::abs(shadow.y)) + std::max(0.0, double(shadow.blur) + double(shadow.spread)));
+    for (const css::Shadow &shadow : box.style().text().textShadow) shadows = std::max(shadows, double(std::abs(shadow.y)) + double(shadow.blur));
+    return Unit::from(2 + std::max(double(rare.outlineWidth) + std::max(0.0, double(rare.outlineOffset)), shadows));
 }
 
 // ---- Tables ----

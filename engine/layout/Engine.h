@@ -7,6 +7,8 @@
 #include <functional>
 #include <optional>
 
+class QPainter;
+
 namespace layout {
 
 class TableLayout;
@@ -19,6 +21,9 @@ public:
     /// `url` is resolved. An image that is still loading is missing; the source tells the tree when it comes.
     virtual QSize imageSize(const QString &url) = 0;
     virtual QPixmap imagePixmap(const QString &url) = 0;
+    /// Whether it is drawn of lines, at any size, by `paintVector`.
+    virtual bool isVector(const QString &) { return false; }
+    virtual void paintVector(QPainter &, const QString &, const QRectF &) {}
 };
 
 /// The containing block of a box: its content width, and its height where that is definite.

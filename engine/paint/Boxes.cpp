@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Backgrounds, borders, outlines, images, controls.
+// Borders and outlines.
 #include "engine/dom/Document.h"
 #include "engine/dom/Names.h"
 #include "engine/layout/BoxStyle.h"
 #include "engine/paint/Painter.h"
+#include "engine/paint/RoundedBox.h"
 
 #include <QGlyphRun>
 #include <QPainterPath>
@@ -11,93 +12,6 @@
 namespace paint {
 
 using namespace layout;
-
-namespace {
-
-QPainterPath roundedPath(const QRectF &rect, const css::SurroundGroup &surround)
-{
-    QPainterPath path;
-    const auto corner = [&](const css::Radius &radius) {
-        return QSizeF(std::min(radius.x.resolve(rect.width()), rect.width() / 2), std::min(radius.y.resolve(rect.height()), rect.height() / 2));
-    };
-    const QSizeF tl = corner(surround.topLeft), tr = corner(surround.topRight), br = corner(surround.bottomRight), bl = corner(surround.bottomLeft);
-    path.moveTo(rect.left() + tl.width(), rect.top());
-    path.lineTo(rect.right() - tr.width(), rect.top());
-    path.arcTo(QRectF(rect.right() - 2 * tr.width(), rect.top(), 2 * tr.width(), 2 * tr.height()), 90, -90);
-    path.lineTo(rect.right(), rect.bottom() - br.height());
-    path.arcTo(QRectF(rect.right() - 2 * br.width(), rect.bottom() - 2 * br.height(), 2 * br.width(), 2 * br.height()), 0, -90);
-    path.lineTo(rect.left() + bl.width(), rect.bottom());
-    path.arcTo(QRectF(rect.left(), rect.bottom() - 2 * bl.height(), 2 * bl.width(), 2 * bl.height()), 270, -90);
-    path.lineTo(rect.left(), rect.top() + tl.height());
-    path.arcTo(QRectF(rect.left(), rect.top(), 2 * tl.width(), 2 * tl.height()), 180, -90);
-    path.closeSubpath();
-    return path;
-}
-
-} // namespace
-
-void Painter::paintBackground(const css::ComputedStyle &style, const QRectF &border, const Edges &borders, const Edges &padding)
-{
-    const css::BackgroundGroup &background = style.background();
-    const bool image = background.hasImage();
-    if (!mOptions.backgrounds || (!qAlpha(background.color) && !image) || border.isEmpty() || !border.intersects(mClip)) return;
-    const bool rounded = style.surround().hasRadius();
-    mPainter->save();
-    if (rounded) {
-        mPainter->setRenderHint(QPainter::Antialiasing);
-        mPainter->setClipPath(roundedPath(border, style.surround()), Qt::IntersectClip);
-    }
-    if (qAlpha(background.color)) mPainter->fillRect(border, QColor::fromRgba(background.color));
-    if (image) {
-        const QRectF paddingBox = border.adjusted(borders.left.toDouble(), borders.top.toDouble(), -borders.right.toDouble(), -borders.bottom.toDouble());
-        const QRectF contentBox = paddingBox.adjusted(padding.left.toDouble(), padding.top.toDouble(), -padding.right.toDouble(), -padding.bottom.toDouble());
-        const auto box = [&](css::BackgroundBox which) {
-            return which == css::BackgroundBox::BorderBox ? border : which == css::BackgroundBox::PaddingBox ? paddingBox : contentBox;
-        };
-        for (auto layer = background.layers.rbegin(); layer != background.layers.rend(); ++layer) paintImageLayer(*layer, box(layer->origin), box(layer->clip));
-    }
-    mPainter->restore();
-}
-
-void Painter::paintImageLayer(const css::BackgroundLayer &layer, const QRectF &area, const QRectF &clip)
-{
-    if (layer.image.kind != css::Image::Kind::Url || !mTree.images()) return;
-    const QPixmap pixmap = mTree.images()->imagePixmap(layer.image.text);
-    if (pixmap.isNull() || area.isEmpty()) return;
-    QSizeF size = pixmap.size() / pixmap.devicePixelRatio();
-    const double fitX = area.width() / size.width(), fitY = area.height() / size.height();
-    if (layer.sizing == css::BackgroundLayer::Sizing::Cover) {
-        size *= std::max(fitX, fitY);
-    } else if (layer.sizing == css::BackgroundLayer::Sizing::Contain) {
-        size *= std::min(fitX, fitY);
-    } else {
-        const double ratio = size.height() / size.width();
-        if (layer.width.isDefinite()) size = QSizeF(layer.width.resolve(area.width()), layer.height.isDefinite() ? layer.height.resolve(area.height()) : layer.width.resolve(area.width()) * ratio);
-        else if (layer.height.isDefinite()) size = QSizeF(layer.height.resolve(area.height()) / ratio, layer.height.resolve(area.height()));
-    }
-    if (size.width() < 1 || size.height() < 1) return;
-    const QPointF first(area.left() + layer.x.resolve(area.width() - size.width()), area.top() + layer.y.resolve(area.height() - size.height()));
-    const QRectF shown = clip.intersected(mClip);
-    mPainter->save();
-    mPainter->setClipRect(clip, Qt::IntersectClip);
-    double startX = first.x(), startY = first.y(), endX = startX + size.width(), endY = startY + size.height();
-    if (layer.repeatX != css::BackgroundRepeat::NoRepeat) {
-        startX -= std::ceil((startX - shown.left()) / size.width()) * size.width();
-        endX = shown.right();
-    }
-    if (layer.repeatY != css::BackgroundRepeat::NoRepeat) {
-        startY -= std::ceil((startY - shown.top()) / size.height()) * size.height();
-        endY = shown.bottom();
-    }
-    if (size == QSizeF(pixmap.size())) {
-        const QRectF tiles(startX, startY, endX - startX, endY - startY);
-        mPainter->drawTiledPixmap(tiles, pixmap);
-    } else {
-        for (double y = startY; y < endY - 0.01; y += size.height())
-            for (double x = startX; x < endX - 0.01; x += size.width()) mPainter->drawPixmap(QRectF({x, y}, size), pixmap, QRectF(pixmap.rect()));
-    }
-    mPainter->restore();
-}
 
 namespace {
 
@@ -174,16 +88,22 @@ void Painter::paintBorders(const css::ComputedStyle &style, const QRectF &rect, 
     const auto &border = style.border();
     mPainter->save();
     if (style.surround().hasRadius()) {
-        // Rounded borders are the ring between two rounded boxes, in the top side's colour where sides are alike.
+        // Rounded borders are the ring between two rounded boxes; one fill where all sides are alike, so that none shows a seam.
         mPainter->setRenderHint(QPainter::Antialiasing);
-        QPainterPath ring = roundedPath(rect, style.surround());
-        css::SurroundGroup innerGroup = style.surround();
-        for (css::Radius *radius : {&innerGroup.topLeft, &innerGroup.topRight, &innerGroup.bottomRight, &innerGroup.bottomLeft}) {
-            radius->x = css::Length::fixed(float(std::max(0.0, radius->x.resolve(rect.width()) - widths.left.toDouble())));
-            radius->y = css::Length::fixed(float(std::max(0.0, radius->y.resolve(rect.height()) - widths.top.toDouble())));
+        const RoundedBox outer(rect, style.surround());
+        const QPainterPath ring = outer.path().subtracted(outer.inset(widths).path());
+        const css::BorderStyle kind = border.top.style;
+        const bool plain = kind == css::BorderStyle::Solid || kind == css::BorderStyle::None || kind == css::BorderStyle::Hidden;
+        const bool alike = [&] {
+            for (const css::Border *side : {&border.right, &border.bottom, &border.left})
+                if (side->style != kind || side->color != border.top.color) return false;
+            return plain;
+        }();
+        if (alike) {
+            if (kind == css::BorderStyle::Solid) mPainter->fillPath(ring, QColor::fromRgba(border.top.color));
+            mPainter->restore();
+            return;
         }
-        const QRectF inner = rect.adjusted(widths.left.toDouble(), widths.top.toDouble(), -widths.right.toDouble(), -widths.bottom.toDouble());
-        ring = ring.subtracted(roundedPath(inner, innerGroup));
         mPainter->setClipPath(ring, Qt::IntersectClip);
     }
     paintEdge(css::Side::Top, rect, widths, border.top.style, QColor::fromRgba(border.top.color));
@@ -234,119 +154,6 @@ void Painter::paintOutline(const css::ComputedStyle &style, const QRectF &rect)
     mPainter->setPen(pen);
     mPainter->setBrush(Qt::NoBrush);
     mPainter->drawRect(rect.adjusted(-away, -away, away, away));
-}
-
-// ---- Replaced content ----
-
-void Painter::paintReplaced(const BlockBox &box, Point origin)
-{
-    const dom::Element *element = box.element();
-    if (!element || box.style().text().visibility != css::Visibility::Visible) return;
-    const Edges frame = box.frame();
-    const QRectF content = snapped(Rect{origin.x + frame.left, origin.y + frame.top, box.width - frame.horizontal(), box.height - frame.vertical()}.toRectF());
-    if (!content.intersects(mClip)) return;
-    const bool image = element->is(dom::names::img) ||
-                       (element->is(dom::names::input) && element->attributeValue("type").compare(QLatin1String("image"), Qt::CaseInsensitive) == 0);
-    if (image) {
-        const QString url = element->attributeValue("src");
-        const QPixmap pixmap = mTree.images() && !url.isEmpty() ? mTree.images()->imagePixmap(mTree.document().resolve(url)) : QPixmap();
-        if (!pixmap.isNull()) {
-            mPainter->save();
-            mPainter->setRenderHint(QPainter::SmoothPixmapTransform);
-            mPainter->drawPixmap(content, pixmap, QRectF(pixmap.rect()));
-            mPainter->restore();
-            return;
-        }
-    }
-    const bool control = element->is(dom::names::input) || element->is(dom::names::select) || element->is(dom::names::textarea) || element->is(dom::names::progress);
-    if (control && !image) {
-        paintControl(box, content);
-        return;
-    }
-    // What can't be shown is a frame with its text.
-    mPainter->setPen(QPen(QColor(0xc0, 0xc0, 0xc0), 1));
-    mPainter->setBrush(Qt::NoBrush);
-    if (content.width() > 2 && content.height() > 2) mPainter->drawRect(content.adjusted(0.5, 0.5, -0.5, -0.5));
-    const QString text = element->attributeValue(image ? "alt" : "title");
-    if (text.isEmpty()) return;
-    const Font &font = fontOf(box.style());
-    const ShapedText shaped = TextShaper::shape(text, font, {});
-    mPainter->save();
-    mPainter->setClipRect(content, Qt::IntersectClip);
-    mPainter->setPen(QColor::fromRgba(box.style().color()));
-    for (const GlyphSpan &span : shaped.spans) {
-        QGlyphRun run;
-        run.setRawFont(span.face->rawAt(font.size()));
-        run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
-        run.setPositions(QList<QPointF>(span.positions.begin(), span.positions.end()));
-        mPainter->drawGlyphRun(content.topLeft() + QPointF(2, font.ascent().toDouble()), run);
-    }
-    mPainter->restore();
-}
-
-void Painter::paintControl(const BlockBox &box, const QRectF &content)
-{
-    const dom::Element &element = *box.element();
-    const QString kind = element.is(dom::names::input) ? element.attributeValue("type").toLower() : QString();
-    mPainter->save();
-    mPainter->setRenderHint(QPainter::Antialiasing);
-    mPainter->setPen(QPen(QColor(0x76, 0x76, 0x76), 1));
-    mPainter->setBrush(Qt::white);
-    const QRectF frame = content.adjusted(0.5, 0.5, -0.5, -0.5);
-    QString label = element.attributeValue("value");
-    if (kind == QLatin1String("checkbox") || kind == QLatin1String("radio")) {
-        const bool on = element.hasAttribute("checked");
-        if (kind == QLatin1String("radio")) {
-            mPainter->drawEllipse(frame);
-            if (on) {
-                mPainter->setBrush(QColor(0x00, 0x75, 0xff));
-                mPainter->drawEllipse(frame.adjusted(3, 3, -3, -3));
-            }
-        } else {
-            if (on) mPainter->setBrush(QColor(0x00, 0x75, 0xff));
-            mPainter->drawRoundedRect(frame, 2, 2);
-        }
-        mPainter->restore();
-        return;
-    }
-    if (box.border == Edges{}) mPainter->drawRoundedRect(frame, 2, 2);
-    if (kind == QLatin1String("submit") && !element.hasAttribute("value")) label = QStringLiteral("Submit");
-    if (kind == QLatin1String("reset") && !element.hasAttribute("value")) label = QStringLiteral("Reset");
-    if (kind == QLatin1String("password")) label = QString(label.size(), QChar(0x2022));
-    if (element.is(dom::names::select) || element.is(dom::names::textarea)) {
-        label.clear();
-        for (dom::Node *node = element.firstChild(); node; node = node->next(&element)) {
-            if (!node->isText()) continue;
-            const QString text = element.is(dom::names::select) ? node->nodeValue().simplified() : node->nodeValue();
-            if (text.isEmpty()) continue;
-            label = text;
-            break;
-        }
-    }
-    const Font &font = fontOf(box.style());
-    const QRectF area = element.is(dom::names::select) ? content.adjusted(4, 0, -18, 0) : content;
-    mPainter->setClipRect(content, Qt::IntersectClip);
-    mPainter->setPen(QColor::fromRgba(box.style().color()));
-    double y = element.is(dom::names::textarea) ? area.top() + font.ascent().toDouble() : area.center().y() - font.height().toDouble() / 2 + font.ascent().toDouble();
-    for (const QString &line : label.split(QLatin1Char('\n'))) {
-        const ShapedText shaped = TextShaper::shape(line, font, {});
-        const bool centered = kind == QLatin1String("submit") || kind == QLatin1String("reset") || kind == QLatin1String("button");
-        const double x = centered ? area.center().x() - shaped.width / 2 : area.left();
-        for (const GlyphSpan &span : shaped.spans) {
-            QGlyphRun run;
-            run.setRawFont(span.face->rawAt(font.size()));
-            run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
-            run.setPositions(QList<QPointF>(span.positions.begin(), span.positions.end()));
-            mPainter->drawGlyphRun(QPointF(x, y), run);
-        }
-        y += font.lineSpacing().toDouble();
-    }
-    if (element.is(dom::names::select)) {
-        mPainter->setPen(QPen(Qt::black, 1.5));
-        const QPointF c(content.right() - 10, content.center().y() - 1);
-        mPainter->drawPolyline(QPolygonF{c + QPointF(-4, -1), c + QPointF(0, 3), c + QPointF(4, -1)});
-    }
-    mPainter->restore();
 }
 
 } // namespace paint

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/paint/Painter.h"
+#include "engine/paint/RoundedBox.h"
 
 #include "engine/layout/ItemLayout.h"
 
@@ -7,6 +8,7 @@
 #include "engine/layout/BoxStyle.h"
 
 #include <QGlyphRun>
+#include <QPaintEngine>
 
 namespace paint {
 
@@ -60,20 +62,73 @@ void Painter::paintCanvas()
         const QSize page = mTree.pageSize();
         const QRectF area(0, 0, std::max<double>(page.width(), mClip.right()), std::max<double>(page.height(), mClip.bottom()));
         mPainter->fillRect(mClip, QColor::fromRgba(background.color));
-        for (auto layer = background.layers.rbegin(); layer != background.layers.rend(); ++layer) paintImageLayer(*layer, area, area);
+        for (auto layer = background.layers.rbegin(); layer != background.layers.rend(); ++layer) paintImageLayer(box->style(), *layer, area, area);
         return;
     }
+}
+
+// What stands inside a box that clips ends at its padding box, whose corners are round where the border's are.
+void Painter::clipToPadding(const BlockBox &box, Point origin)
+{
+    const QRectF border = snapped(Rect{origin.x, origin.y, box.width, box.height}.toRectF());
+    if (!box.style().surround().hasRadius()) {
+        mPainter->setClipRect(border.adjusted(box.border.left.toDouble(), box.border.top.toDouble(), -box.border.right.toDouble(), -box.border.bottom.toDouble()), Qt::IntersectClip);
+        return;
+    }
+    mPainter->setRenderHint(QPainter::Antialiasing);
+    mPainter->setClipPath(RoundedBox(border, box.style().surround()).inset(box.border).path(), Qt::IntersectClip);
+    mPainter->setRenderHint(QPainter::Antialiasing, false);
+}
+
+// Faint things are painted as one: where two of them lie over each other, only the upper one shows.
+template <class Draw> void Painter::paintGroup(double opacity, const QRectF &extent, Draw draw)
+{
+    QPaintEngine *engine = mPainter->paintEngine();
+    const QRectF shown = extent.intersected(mClip);
+    if (opacity <= 0 || shown.isEmpty()) return;
+    const QTransform device = mPainter->deviceTransform();
+    const QRect pixels = device.mapRect(shown).toAlignedRect();
+    const bool raster = engine && (engine->type() == QPaintEngine::Raster || engine->type() == QPaintEngine::OpenGL2);
+    if (!raster || pixels.width() > 16000 || pixels.height() > 16000) { // a printer keeps its letters
+        mPainter->save();
+        mPainter->setOpacity(mPainter->opacity() * opacity);
+        draw();
+        mPainter->restore();
+        return;
+    }
+    QImage layer(pixels.size(), QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    QPainter inner(&layer);
+    inner.setRenderHints(mPainter->renderHints());
+    inner.setTransform(device * QTransform::fromTranslate(-pixels.left(), -pixels.top()));
+    QPainter *outer = std::exchange(mPainter, &inner);
+    draw();
+    inner.end();
+    mPainter = outer;
+    mPainter->save();
+    mPainter->setOpacity(mPainter->opacity() * opacity);
+    mPainter->setTransform(device.inverted() * mPainter->transform()); // pixels of the device
+    mPainter->drawImage(pixels.topLeft(), layer);
+    mPainter->restore();
 }
 
 // One stacking context, or a box that is painted like one: the order of CSS 2.1, appendix E.
 void Painter::paintContext(BlockBox &box, Point origin)
 {
     ++mVisited;
-    const bool faint = !box.anonymous && box.style().rare().opacity < 1;
-    if (faint) {
-        mPainter->save();
-        mPainter->setOpacity(mPainter->opacity() * double(box.style().rare().opacity));
+    const double opacity = box.anonymous ? 1 : double(box.style().rare().opacity);
+    if (opacity >= 1) {
+        paintContextContent(box, origin);
+        return;
     }
+    const double reach = 1e6; // what sticks out at the sides isn't known: the clip bounds it
+    const QRectF extent((origin.x).toDouble() - reach, (origin.y - box.paintUp).toDouble(), box.width.toDouble() + 2 * reach,
+                        (box.paintUp + box.height + box.paintDown).toDouble());
+    paintGroup(opacity, extent, [&] { paintContextContent(box, origin); });
+}
+
+void Painter::paintContextContent(BlockBox &box, Point origin)
+{
     std::vector<Layer> layers;
     if (box.rare)
         for (BlockBox *child : box.rare->positioned) {
@@ -85,8 +140,7 @@ void Painter::paintContext(BlockBox &box, Point origin)
     paintDecoration(box, origin);
     if (clips) {
         mPainter->save();
-        const QRectF border = Rect{origin.x, origin.y, box.width, box.height}.toRectF();
-        mPainter->setClipRect(snapped(border.adjusted(box.border.left.toDouble(), box.border.top.toDouble(), -box.border.right.toDouble(), -box.border.bottom.toDouble())), Qt::IntersectClip);
+        clipToPadding(box, origin);
         if (box.rare) origin = origin - Point{Unit::px(box.rare->scroll.x()), Unit::px(box.rare->scroll.y())};
     }
     for (const Layer &layer : layers)
@@ -95,7 +149,6 @@ void Painter::paintContext(BlockBox &box, Point origin)
     for (const Layer &layer : layers)
         if (layer.z >= 0 && meetsClip(*layer.box, layer.origin)) paintContext(*layer.box, layer.origin);
     if (clips) mPainter->restore();
-    if (faint) mPainter->restore();
 }
 
 void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
@@ -217,7 +270,9 @@ void Painter::paintDecoration(const BlockBox &box, Point origin)
     }
     const QRectF outer = snapped(rect);
     const bool hidden = box.isCell() && style.text().emptyCells == css::EmptyCells::Hide && !box.firstChild();
+    if (!hidden) paintOuterShadows(style, outer);
     if (!hidden && box.element() != mCanvasElement) paintBackground(style, outer, box.border, box.padding);
+    if (!hidden) paintInnerShadows(style, outer, box.border);
     if (!hidden && !hasCollapsedBorders(box)) paintBorders(style, outer, box.border);
     paintOutline(style, outer);
     if (mOptions.showBorders && (box.isCell() || box.isTable()) && box.border == Edges{}) {
@@ -261,7 +316,9 @@ void Painter::paintFragment(const BlockBox &box, const Line &line, const Fragmen
     const auto &inlineBox = static_cast<const InlineBox &>(*fragment.box);
     const QRectF rect = snapped(Rect{origin.x + fragment.x, origin.y + line.top + fragment.y, fragment.width, fragment.height}.toRectF());
     const Edges borders = bordersOf(inlineBox.style());
+    paintOuterShadows(style, rect);
     paintBackground(style, rect, borders, {});
+    paintInnerShadows(style, rect, borders);
     paintBorders(style, rect, borders, fragment.first, fragment.last);
     paintOutline(style, rect);
 }
@@ -341,8 +398,7 @@ void Painter::paintText(const BlockBox &box, const Line &line, const Fragment &f
     // Letters stand on whole pixels, or they blur; across they may stand anywhere.
     const QPointF baseline((origin.x + fragment.x).toDouble(), (origin.y + line.top + fragment.y + font.ascent()).rounded());
     const QColor color = QColor::fromRgba(style.color());
-    for (const css::Shadow &shadow : style.text().textShadow)
-        paintGlyphs(content, fragment, baseline + QPointF(double(shadow.x), double(shadow.y)), QColor::fromRgba(shadow.color));
+    if (font.size() > 0) paintTextShadows(content, fragment, baseline);
     if (font.size() > 0) paintGlyphs(content, fragment, baseline, color);
     paintDecorations(fragment, baseline);
     if (mOptions.highlights.empty() || !fragment.box->isText()) return;

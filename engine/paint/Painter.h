@@ -48,6 +48,7 @@ private:
     };
     void paintCanvas();
     void paintContext(layout::BlockBox &box, layout::Point origin);
+    void paintContextContent(layout::BlockBox &box, layout::Point origin);
     void paintPhase(layout::BlockBox &box, layout::Point origin, Phase phase, bool isRoot);
     void paintChildren(layout::BlockBox &box, layout::Point origin, Phase phase);
     void paintTableParts(layout::BlockBox &table, layout::Point origin);
@@ -59,13 +60,22 @@ private:
     void paintMarker(layout::BlockBox &box, layout::Point origin);
     void paintDecoration(const layout::BlockBox &box, layout::Point origin);
     void paintBackground(const css::ComputedStyle &style, const QRectF &border, const layout::Edges &borders, const layout::Edges &padding);
-    void paintImageLayer(const css::BackgroundLayer &layer, const QRectF &area, const QRectF &clip);
+    void paintImageLayer(const css::ComputedStyle &style, const css::BackgroundLayer &layer, const QRectF &area, const QRectF &clip);
+    void paintOuterShadows(const css::ComputedStyle &style, const QRectF &rect);
+    void paintInnerShadows(const css::ComputedStyle &style, const QRectF &rect, const layout::Edges &borders);
+    void paintTextShadows(const layout::InlineContent &content, const layout::Fragment &fragment, QPointF baseline);
     void paintBorders(const css::ComputedStyle &style, const QRectF &rect, const layout::Edges &widths, bool left = true, bool right = true);
     void paintEdge(css::Side side, const QRectF &rect, const layout::Edges &widths, css::BorderStyle kind, QColor color);
     void paintCollapsed(const layout::BlockBox &table, layout::Point origin);
     void paintOutline(const css::ComputedStyle &style, const QRectF &rect);
     void paintReplaced(const layout::BlockBox &box, layout::Point origin);
+    bool paintImage(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);
+    void paintInlineSvg(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);
+    void paintPlaceholder(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);
+    void paintGauge(const dom::Element &element, const QString &kind, const QRectF &frame);
     void paintControl(const layout::BlockBox &box, const QRectF &content);
+    void clipToPadding(const layout::BlockBox &box, layout::Point origin);
+    template <class Draw> void paintGroup(double opacity, const QRectF &extent, Draw draw);
     bool meetsClip(const layout::BlockBox &box, layout::Point origin) const;
     static QRectF snapped(const QRectF &rect);
 

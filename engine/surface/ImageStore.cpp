@@ -2,14 +2,18 @@
 #include "engine/surface/ImageStore.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+#include <QPainter>
+#include <QSvgRenderer>
 #include <QUrl>
 
 namespace surface {
 
 namespace {
 
+constexpr qint64 largestDrawing = 16 << 20; // bytes
 constexpr int largestSide = 20000; // pixels; a picture beyond is a mistake or an attack
 
 QByteArray dataOf(const QString &url)
@@ -45,7 +49,9 @@ template <class Read> void withReader(const QString &url, Read read)
     }
     const QString name = localName(url);
     if (name.isEmpty() || !QFileInfo(name).isFile()) return;
-    QImageReader reader(name);
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly)) return;
+    QImageReader reader(&file);
     reader.setDecideFormatFromContent(true);
     read(reader);
 }
@@ -58,6 +64,13 @@ ImageStore::Entry &ImageStore::entry(const QString &url)
     if (found != mEntries.end()) return *found;
     Entry entry;
     withReader(url, [&entry](QImageReader &reader) {
+        if (const QByteArray head = reader.device() ? reader.device()->peek(1024) : QByteArray(); head.contains("<svg") || head.contains("<!DOCTYPE svg")) {
+            entry.drawing = std::make_shared<QSvgRenderer>(reader.device()->read(largestDrawing));
+            if (!entry.drawing->isValid()) entry.drawing.reset();
+            if (entry.drawing) entry.size = entry.drawing->defaultSize();
+            entry.decoded = true;
+            return;
+        }
         entry.size = reader.size();
         if (!entry.size.isValid() && reader.canRead()) { // a format that tells its size only when it is decoded
             entry.pixmap = QPixmap::fromImageReader(&reader);
@@ -82,7 +95,30 @@ QPixmap ImageStore::imagePixmap(const QString &url)
         withReader(url, [&known](QImageReader &reader) { known.pixmap = QPixmap::fromImageReader(&reader); });
         known.decoded = true;
     }
+    if (known.drawing && known.pixmap.isNull()) { // for who can't take lines
+        QPixmap pixmap(known.size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        known.drawing->render(&painter);
+        painter.end();
+        known.pixmap = pixmap;
+    }
     return known.pixmap;
+}
+
+bool ImageStore::isVector(const QString &url)
+{
+    return entry(url).drawing != nullptr;
+}
+
+void ImageStore::paintVector(QPainter &painter, const QString &url, const QRectF &target)
+{
+    const Entry &known = entry(url);
+    if (!known.drawing || target.isEmpty()) return;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    known.drawing->render(&painter, target);
+    painter.restore();
 }
 
 } // namespace surface

@@ -5,6 +5,9 @@
 
 #include <QHash>
 #include <QPixmap>
+#include <memory>
+
+class QSvgRenderer;
 
 namespace surface {
 
@@ -15,12 +18,15 @@ class ImageStore final : public layout::ImageSource
 public:
     QSize imageSize(const QString &url) override;
     QPixmap imagePixmap(const QString &url) override;
+    bool isVector(const QString &url) override;
+    void paintVector(QPainter &painter, const QString &url, const QRectF &target) override;
 
 private:
     struct Entry {
         QSize size;
         QPixmap pixmap;
         bool decoded = false;
+        std::shared_ptr<QSvgRenderer> drawing; ///< of a picture made of lines
     };
     Entry &entry(const QString &url);
     QHash<QString, Entry> mEntries;

@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Images, form controls and what can't be shown.
+#include "engine/dom/Document.h"
+#include "engine/dom/Names.h"
+#include "engine/layout/BoxStyle.h"
+#include "engine/paint/Painter.h"
+#include "engine/paint/RoundedBox.h"
+
+#include <QGlyphRun>
+#include <QPainterPath>
+
+namespace paint {
+
+using namespace layout;
+
+namespace {
+
+// Where an object of that natural size stands in its box (CSS Images 3, 5.5).
+QRectF fitted(const css::RareGroup &rare, const QSizeF &natural, const QRectF &box)
+{
+    using Fit = css::ObjectFit;
+    if (natural.isEmpty() || box.isEmpty() || rare.objectFit == Fit::Fill) return box;
+    const double x = box.width() / natural.width(), y = box.height() / natural.height();
+    double factor = rare.objectFit == Fit::Cover ? std::max(x, y) : std::min(x, y);
+    if (rare.objectFit == Fit::None) factor = 1;
+    if (rare.objectFit == Fit::ScaleDown) factor = std::min(factor, 1.0);
+    const QSizeF size = natural * factor;
+    return {box.left() + rare.objectX.resolve(box.width() - size.width()), box.top() + rare.objectY.resolve(box.height() - size.height()), size.width(), size.height()};
+}
+
+bool isImage(const dom::Element &element)
+{
+    return element.is(dom::names::img) ||
+           (element.is(dom::names::input) && element.attributeValue("type").compare(QLatin1String("image"), Qt::CaseInsensitive) == 0);
+}
+
+// What a frame says that stands for something that isn't shown.
+QString titleOf(const dom::Element &element)
+{
+    if (isImage(element)) return element.attributeValue("alt");
+    for (const char *name : {"title", "aria-label", "src", "data"})
+        if (const QString text = element.attributeValue(name).simplified(); !text.isEmpty()) return text;
+    return element.name().text().toUpper();
+}
+
+} // namespace
+
+void Painter::paintReplaced(const BlockBox &box, Point origin)
+{
+    const dom::Element *element = box.element();
+    if (!element || box.style().text().visibility != css::Visibility::Visible) return;
+    const Edges frame = box.frame();
+    const QRectF content = snapped(Rect{origin.x + frame.left, origin.y + frame.top, box.width - frame.horizontal(), box.height - frame.vertical()}.toRectF());
+    if (!content.intersects(mClip)) return;
+    mPainter->save();
+    if (box.style().surround().hasRadius()) { // a picture ends at its round corners
+        mPainter->setRenderHint(QPainter::Antialiasing);
+        const QRectF border = snapped(Rect{origin.x, origin.y, box.width, box.height}.toRectF());
+        mPainter->setClipPath(RoundedBox(border, box.style().surround()).inset(frame).path(), Qt::IntersectClip);
+        mPainter->setRenderHint(QPainter::Antialiasing, false);
+    }
+    const bool image = isImage(*element);
+    const bool control = element->is(dom::names::input) || element->is(dom::names::select) || element->is(dom::names::textarea) || element->is(dom::names::progress) ||
+                         element->name() == dom::Atom("meter");
+    if (element->space() == dom::Namespace::Svg)
+        paintInlineSvg(*element, box.style(), content);
+    else if (control && !image)
+        paintControl(box, content);
+    else if (!image || !paintImage(*element, box.style(), content))
+        paintPlaceholder(*element, box.style(), content);
+    mPainter->restore();
+}
+
+bool Painter::paintImage(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content)
+{
+    ImageSource *images = mTree.images();
+    const QString src = element.attributeValue("src");
+    if (!images || src.isEmpty()) return false;
+    const QString url = mTree.document().resolve(src);
+    const bool vector = images->isVector(url);
+    const QPixmap pixmap = vector ? QPixmap() : images->imagePixmap(url);
+    if (!vector && pixmap.isNull()) return false;
+    const QRectF target = fitted(style.rare(), vector ? QSizeF(images->imageSize(url)) : pixmap.size() / pixmap.devicePixelRatio(), content);
+    if (!content.contains(target)) mPainter->setClipRect(content, Qt::IntersectClip);
+    mPainter->setRenderHint(QPainter::SmoothPixmapTransform);
+    if (vector)
+        images->paintVector(*mPainter, url, target);
+    else
+        mPainter->drawPixmap(target, pixmap, QRectF(pixmap.rect()));
+    return true;
+}
+
+// What can't be shown is a frame with its text.
+void Painter::paintPlaceholder(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content)
+{
+    const bool image = isImage(element);
+    if (!image) mPainter->fillRect(content, QColor(0xf4, 0xf4, 0xf4));
+    mPainter->setPen(QPen(QColor(0xc0, 0xc0, 0xc0), 1));
+    mPainter->setBrush(Qt::NoBrush);
+    if (content.width() > 2 && content.height() > 2) mPainter->drawRect(content.adjusted(0.5, 0.5, -0.5, -0.5));
+    const QString text = titleOf(element);
+    if (text.isEmpty()) return;
+    const Font &font = fontOf(style);
+    const ShapedText shaped = TextShaper::shape(text, font, {});
+    mPainter->setClipRect(content, Qt::IntersectClip);
+    mPainter->setPen(image ? QColor::fromRgba(style.color()) : QColor(0x50, 0x50, 0x50));
+    const double x = image ? content.left() + 2 : std::max(content.left() + 4, content.center().x() - shaped.width / 2);
+    const double y = image ? content.top() : std::max(content.top(), content.center().y() - font.height().toDouble() / 2);
+    for (const GlyphSpan &span : shaped.spans) {
+        QGlyphRun run;
+        run.setRawFont(span.face->rawAt(font.size()));
+        run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
+        run.setPositions(QList<QPointF>(span.positions.begin(), span.positions.end()));
+        mPainter->drawGlyphRun(QPointF(x, y + font.ascent().toDouble()), run);
+    }
+}
+
+// Bars, sliders and colour fields: a value seen rather than read.
+void Painter::paintGauge(const dom::Element &element, const QString &kind, const QRectF &frame)
+{
+    const auto number = [&](const char *name, double missing) {
+        bool ok = false;
+        const double value = element.attributeValue(name).trimmed().toDouble(&ok);
+        return ok && std::isfinite(value) ? value : missing;
+    };
+    if (kind == QLatin1String("color")) {
+        const QColor color(element.attributeValue("value").trimmed());
+        mPainter->setBrush(color.isValid() ? color : QColor(Qt::black));
+        mPainter->drawRect(frame.adjusted(4, 4, -4, -4));
+        return;
+    }
+    const bool range = kind == QLatin1String("range");
+    const double least = number("min", 0), most = std::max(least, number("max", range ? 100 : 1));
+    const bool hasValue = element.hasAttribute("value");
+    const double value = std::clamp(number("value", range ? (least + most) / 2 : least), least, most);
+    const double part = most > least ? (value - least) / (most - least) : 0;
+    const QColor accent(0x00, 0x75, 0xff);
+    if (range) {
+        const double y = frame.center().y(), knob = std::min(16.0, frame.height()), at = frame.left() + part * (frame.width() - knob);
+        mPainter->setBrush(QColor(0xef, 0xef, 0xef));
+        mPainter->drawRoundedRect(QRectF(frame.left(), y - 4, frame.width(), 8), 4, 4);
+        mPainter->setPen(Qt::NoPen);
+        mPainter->setBrush(accent);
+        mPainter->drawRoundedRect(QRectF(frame.left(), y - 4, at + knob / 2 - frame.left(), 8), 4, 4);
+        mPainter->drawEllipse(QRectF(at, y - knob / 2, knob, knob));
+        return;
+    }
+    mPainter->setBrush(QColor(0xef, 0xef, 0xef));
+    mPainter->drawRoundedRect(frame, 3, 3);
+    if (!hasValue && element.is(dom::names::progress)) { // nobody knows how far: a piece in the middle
+        mPainter->setBrush(accent);
+        mPainter->drawRoundedRect(QRectF(frame.left() + frame.width() * 0.3, frame.top(), frame.width() * 0.3, frame.height()), 3, 3);
+        return;
+    }
+    if (part <= 0) return;
+    mPainter->setPen(Qt::NoPen);
+    mPainter->setBrush(element.is(dom::names::progress) ? accent : QColor(0x10, 0x7c, 0x10));
+    mPainter->drawRoundedRect(QRectF(frame.left(), frame.top(), frame.width() * part, frame.height()), 3, 3);
+}
+
+void Painter::paintControl(const BlockBox &box, const QRectF &content)
+{
+    const dom::Element &element = *box.element();
+    const QString kind = element.is(dom::names::input) ? element.attributeValue("type").toLower() : QString();
+    mPainter->save();
+    mPainter->setRenderHint(QPainter::Antialiasing);
+    mPainter->setPen(QPen(QColor(0x76, 0x76, 0x76), 1));
+    mPainter->setBrush(Qt::white);
+    const QRectF frame = content.adjusted(0.5, 0.5, -0.5, -0.5);
+    if (element.is(dom::names::progress) || element.name() == dom::Atom("meter") || kind == QLatin1String("range") || kind == QLatin1String("color")) {
+        paintGauge(element, kind, frame);
+        mPainter->restore();
+        return;
+    }
+    QString label = element.attributeValue("value");
+    if (kind == QLatin1String("checkbox") || kind == QLatin1String("radio")) {
+        const bool on = element.hasAttribute("checked");
+        if (kind == QLatin1String("radio")) {
+            mPainter->drawEllipse(frame);
+            if (on) {
+                mPainter->setBrush(QColor(0x00, 0x75, 0xff));
+                mPainter->drawEllipse(frame.adjusted(3, 3, -3, -3));
+            }
+        } else {
+            if (on) mPainter->setBrush(QColor(0x00, 0x75, 0xff));
+            mPainter->drawRoundedRect(frame, 2, 2);
+        }
+        mPainter->restore();
+        return;
+    }
+    if (box.border == Edges{}) mPainter->drawRoundedRect(frame, 2, 2);
+    if (kind == QLatin1String("submit") && !element.hasAttribute("value")) label = QStringLiteral("Submit");
+    if (kind == QLatin1String("reset") && !element.hasAttribute("value")) label = QStringLiteral("Reset");
+    if (kind == QLatin1String("password")) label = QString(label.size(), QChar(0x2022));
+    if (element.is(dom::names::select) || element.is(dom::names::textarea)) {
+        label.clear();
+        for (dom::Node *node = element.firstChild(); node; node = node->next(&element)) {
+            if (!node->isText()) continue;
+            const QString text = element.is(dom::names::select) ? node->nodeValue().simplified() : node->nodeValue();
+            if (text.isEmpty()) continue;
+            label = text;
+            break;
+        }
+    }
+    const Font &font = fontOf(box.style());
+    const QRectF area = element.is(dom::names::select) ? content.adjusted(4, 0, -18, 0) : content;
+    mPainter->setClipRect(content, Qt::IntersectClip);
+    mPainter->setPen(QColor::fromRgba(box.style().color()));
+    double y = element.is(dom::names::textarea) ? area.top() + font.ascent().toDouble() : area.center().y() - font.height().toDouble() / 2 + font.ascent().toDouble();
+    for (const QString &line : label.split(QLatin1Char('\n'))) {
+        const ShapedText shaped = TextShaper::shape(line, font, {});
+        const bool centered = kind == QLatin1String("submit") || kind == QLatin1String("reset") || kind == QLatin1String("button");
+        const double x = centered ? area.center().x() - shaped.width / 2 : area.left();
+        for (const GlyphSpan &span : shaped.spans) {
+            QGlyphRun run;
+            run.setRawFont(span.face->rawAt(font.size()));
+            run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
+            run.setPositions(QList<QPointF>(span.positions.begin(), span.positions.end()));
+            mPainter->drawGlyphRun(QPointF(x, y), run);
+        }
+        y += font.lineSpacing().toDouble();
+    }
+    if (element.is(dom::names::select)) {
+        mPainter->setPen(QPen(Qt::black, 1.5));
+        const QPointF c(content.right() - 10, content.center().y() - 1);
+        mPainter->drawPolyline(QPolygonF{c + QPointF(-4, -1), c + QPointF(0, 3), c + QPointF(4, -1)});
+    }
+    mPainter->restore();
+}
+
+} // namespace paint
