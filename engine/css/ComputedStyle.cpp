@@ -161,11 +161,6 @@ Difference rareDifference(const RareGroup &before, const RareGroup &after)
     painted.outlineOffset = after.outlineOffset;
     painted.outlineColor = after.outlineColor;
     painted.boxShadow = after.boxShadow;
-    painted.transform = after.transform;
-    painted.transformOrigin = after.transformOrigin;
-    painted.translate = after.translate;
-    painted.rotate = after.rotate;
-    painted.scale = after.scale;
     painted.columnRuleStyle = after.columnRuleStyle;
     painted.columnRuleColor = after.columnRuleColor;
     painted.columnRuleWidth = after.columnRuleWidth;

@@ -70,7 +70,8 @@ BlockBox *BlockBox::containingBlock() const
     while (up) {
         if (up->isBlockBox()) box = const_cast<BlockBox *>(static_cast<const BlockBox *>(up));
         if (!up->parent()) break;
-        if (!fixed && isPositionedStyle(*up)) {
+        // What is transformed holds everything inside, fixed boxes too.
+        if ((!fixed && isPositionedStyle(*up)) || (up->isBlockBox() && !up->anonymous && up->style().rare().isTransformed())) {
             return up->isBlockBox() ? box : up->blockParent();
         }
         up = up->parent();
@@ -108,6 +109,11 @@ BlockBox *BlockBox::previousInFlow() const
 Point BlockBox::relativeOffset() const
 {
     return relativeShift(*this);
+}
+
+Point BlockBox::shownOffset() const
+{
+    return moved ? relativeOffset() + stickyShift(*this) : relativeOffset();
 }
 
 } // namespace layout

@@ -85,6 +85,7 @@ public:
     bool childNeedsLayout : 1 = false;
     bool flowValid : 1 = false; ///< the memo of collapsed margins holds
     bool widthsValid : 1 = false; ///< the memo of preferred widths holds
+    bool moved : 1 = false; ///< transformed or sticky: shown elsewhere than where it is laid out
     bool inSumTree : 1 = false;
     bool doomed : 1 = false;
     Pseudo pseudo = Pseudo::None;
@@ -134,6 +135,7 @@ struct FlowSum {
     int32_t right = 0;       ///< the rightmost content, from the parent's border box
     int32_t up = 0, down = 0; ///< how far anything paints above or below its own child
     uint32_t items = 0;
+    uint32_t breaks = 0; ///< places where a column must end
     FlowSum &operator+=(const FlowSum &o)
     {
         floatBottom = std::max(floatBottom, sum(height, o.floatBottom));
@@ -143,6 +145,7 @@ struct FlowSum {
         down = std::max(down, o.down);
         height = sum(height, o.height);
         items += o.items;
+        breaks += o.breaks;
         return *this;
     }
     /// Stays within what a page can measure.
@@ -190,6 +193,27 @@ struct ItemData {
     double alignX = 0, alignY = 0;
 };
 
+/// A stretch of what was laid out in one long strip, and where it is shown: a column, or what spans all of them.
+struct ColumnPiece {
+    Unit from, to;    ///< in the strip: the container's own coordinates before it was cut
+    Point shift;      ///< from there to where it is shown
+    Unit left, right; ///< of the column, from the container's border box
+    bool spans = false;
+    bool startsRow = false; ///< the first of columns side by side
+    friend bool operator==(const ColumnPiece &, const ColumnPiece &) = default;
+};
+
+/// The columns of a container (CSS Multi-column Layout 1).
+struct ColumnSet {
+    Unit width, gap;
+    int count = 1;
+    std::vector<ColumnPiece> pieces; ///< in the order of the strip
+    /// The piece that shows `y` of the strip; beyond the ends the first or the last.
+    const ColumnPiece &pieceAt(Unit y) const;
+    /// The piece nearest to a point of the container.
+    const ColumnPiece &pieceNear(Point point) const;
+};
+
 /// A box with a border box of its own: a block, a replaced element, a table and its parts.
 class BlockBox : public Box
 {
@@ -227,6 +251,7 @@ public:
     Unit floatReach = Unit::fromRaw(INT32_MIN / 4); ///< lowest float from the border box's top
     PreferredWidths preferred;
     FlowEnd flowEnd;
+    uint32_t forcedBreaks = 0; ///< in front of it, in it and behind it
 
     std::unique_ptr<InlineContent> inlineContent;
     base::SumTree<FlowTraits> flow;
@@ -236,7 +261,9 @@ public:
         std::unique_ptr<MarkerData> marker;
         std::unique_ptr<ItemData> item;
         std::optional<Unit> firstBaseline, lastBaseline; ///< of a flex or grid container
+        std::unique_ptr<ColumnSet> columns;
         QPoint scroll;
+        QPointF viewScroll; ///< of the root: what sticky boxes stick to
         bool allDirty = false;
     };
     std::unique_ptr<Rare> rare;
@@ -269,6 +296,9 @@ public:
     BlockBox *container() const;
     /// What relative positioning moves it by.
     Point relativeOffset() const;
+    /// That, and what stickiness adds where the page is scrolled to now. Layout never asks for it.
+    Point shownOffset() const;
+    const ColumnSet *columns() const { return rare ? rare->columns.get() : nullptr; }
     BlockBox *containingBlock() const; ///< of an absolutely positioned one
 
 private:
@@ -289,6 +319,7 @@ inline FlowSum FlowTraits::value(const BlockBox &box)
     sum.up = box.paintUp.raw;
     sum.down = box.paintDown.raw;
     sum.items = 1;
+    sum.breaks = box.forcedBreaks;
     return sum;
 }
 

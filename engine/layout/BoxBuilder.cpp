@@ -255,6 +255,7 @@ Box *BoxBuilder::boxFor(dom::Element &element, const StyleRef &style)
     if (BlockBox *block = made->asBlock()) {
         block->formattingRoot = block->formattingRoot || decision.formattingRoot;
         block->clips = decision.clips;
+        mTree.boxMade(*block);
         block->isListItem = decision.listItem;
         block->dependsOnHeight = dependsOnContainingHeight(*block);
     }

@@ -101,6 +101,9 @@ void dumpBox(const Box &box, int depth, QStringList &lines)
     if (const BlockBox *block = box.asBlock()) {
         const Point at = block->position();
         line += QStringLiteral(" (%1,%2 %3x%4)").arg(at.x.raw).arg(at.y.raw).arg(block->width.raw).arg(block->height.raw);
+        if (const ColumnSet *columns = block->columns())
+            for (const ColumnPiece &piece : columns->pieces)
+                line += QStringLiteral(" <%1-%2 %3,%4>").arg(piece.from.raw).arg(piece.to.raw).arg(piece.shift.x.raw).arg(piece.shift.y.raw);
         if (block->inlineContent) {
             const InlineContent &content = *block->inlineContent;
             for (const Line &l : content.lines) {

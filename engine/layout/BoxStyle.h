@@ -5,6 +5,7 @@
 #include "engine/layout/FloatContext.h"
 #include "engine/layout/InlineContent.h"
 
+#include <QTransform>
 #include <optional>
 
 namespace layout {
@@ -84,6 +85,12 @@ bool isFixedPosition(const Box &box);
 /// Anything but static.
 bool isPositionedStyle(const Box &box);
 Point relativeShift(const Box &box);
+/// Transformed or sticky: shown elsewhere than where it is laid out.
+bool movesWhenShown(const css::ComputedStyle &style);
+/// By its transforms, in its own coordinates; the identity where there are none.
+QTransform transformOf(const BlockBox &box);
+/// What stickiness moves it by, where its scroller is scrolled to now.
+Point stickyShift(const BlockBox &box);
 
 // Flow
 std::optional<FloatSide> clearOf(const BlockBox &box);

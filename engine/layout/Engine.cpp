@@ -5,6 +5,7 @@
 #include "engine/layout/FlexLayout.h"
 #include "engine/layout/GridLayout.h"
 #include "engine/layout/InlineLayout.h"
+#include "engine/layout/MultiColumn.h"
 #include "engine/layout/TableLayout.h"
 
 namespace layout {
@@ -217,9 +218,10 @@ void Engine::layoutInFlow(BlockBox &box, const Constraint &constraint, FloatArea
     layoutContents(box, constraint, area.movedBy({box.x, Unit()}));
 }
 
-void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, const Constraint &constraint, FloatArea area,
+void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, const Constraint &column, FloatArea area,
                         Unit runningSum)
 {
+    const Constraint constraint = spansColumns(child) ? Constraint{parent.contentWidth(), column.height} : column;
     if (child.layoutWidth != constraint.width) child.flowValid = false;
     updateFlowMemo(child, constraint.width);
     const bool joins = state.atTop && collapsesWithFirst(parent);
@@ -351,6 +353,11 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
 {
     ++mWork.boxesLaidOut;
     Constraint inner{box.contentWidth(), definiteHeight(box, constraint)};
+    const std::optional<ColumnSet> columns = columnsFor(box, inner.width);
+    if (columns)
+        inner.width = columns->width;
+    else if (box.rare)
+        box.rare->columns.reset();
     FloatContext own;
     if (box.formattingRoot || !area.context) {
         own.clear();
@@ -383,6 +390,11 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
                 state.atTop = false;
             }
         }
+        if (columns) {
+            state.y = cutIntoColumns(box, *columns, state.y, columnRoom(box, constraint));
+            state.strut = {};
+            state.atTop = false;
+        }
         finishHeight(box, constraint, state);
     }
     box.subtreeHasFloats = area.context->entries().size() > floatsBefore;
@@ -401,6 +413,16 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
     placeMarker(box);
     if (box.rare && !box.rare->positioned.empty()) layoutPositioned(box);
     finishOverflow(box);
+}
+
+// How high columns may be; nothing where they are as high as they must.
+std::optional<Unit> Engine::columnRoom(const BlockBox &box, const Constraint &constraint)
+{
+    const auto given = usedHeight(box, constraint);
+    const Unit boundless = Unit::px(4000000);
+    const Unit most = box.heightForced && given ? *given : clampedHeight(box, given ? *given : boundless, constraint);
+    if (most >= boundless) return {};
+    return std::max(Unit(), most - box.frame().vertical());
 }
 
 void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const FlowState &state)
@@ -443,7 +465,13 @@ void Engine::finishOverflow(BlockBox &box)
         up = std::max(up, child.paintUp - top);
         down = std::max(down, top + child.height + child.paintDown - box.height);
     };
-    if (!box.flow.empty()) {
+    const bool inColumns = box.columns() != nullptr;
+    if (inColumns)
+        for (const ColumnPiece &piece : box.columns()->pieces) {
+            bottom = std::max(bottom, piece.to + piece.shift.y);
+            right = std::max(right, piece.right);
+        }
+    if (!box.flow.empty() && !inColumns) {
         const FlowSum sum = box.flow.total();
         bottom = std::max(bottom, box.contentTop() + Unit::fromRaw(sum.bottom));
         right = std::max(right, Unit::fromRaw(sum.right));
@@ -451,7 +479,7 @@ void Engine::finishOverflow(BlockBox &box)
         down = std::max(down, Unit::fromRaw(sum.down));
         down = std::max(down, bottom - box.height);
     }
-    if (box.inlineContent) {
+    if (box.inlineContent && !inColumns) {
         for (const Line &line : box.inlineContent->lines) {
             bottom = std::max(bottom, line.bottom());
             right = std::max(right, line.left + line.width);
@@ -467,12 +495,12 @@ void Engine::finishOverflow(BlockBox &box)
             }
         }
     }
-    const bool placed = box.subtreeHasFloats || box.hasItems() || box.isTable() || box.isTablePart();
+    const bool placed = (box.subtreeHasFloats && !inColumns) || box.hasItems() || box.isTable() || box.isTablePart();
     for (Box *each = placed ? box.firstChild() : nullptr; each; each = each->next()) {
         BlockBox *child = each->asBlock();
         if (child && !child->inSumTree && !child->positioned && !child->inlineLevel) include(child->gap, child->x, *child);
     }
-    if (box.inlineContent && box.inlineContent->hasFloats)
+    if (box.inlineContent && box.inlineContent->hasFloats && !inColumns)
         for (const InlineItem &item : box.inlineContent->items)
             if (item.type == ItemType::Float) include(item.box->asBlock()->gap, item.box->asBlock()->x, *item.box->asBlock());
     if (box.rare)
@@ -496,6 +524,28 @@ void Engine::finishOverflow(BlockBox &box)
         box.paintUp = std::max(box.paintUp, box.paintUp - moved.y);
         box.paintDown = std::max(box.paintDown, box.paintDown + moved.y);
     }
+    box.forcedBreaks = forcedBreaksOf(box);
+    if (box.moved) finishMoved(box);
+}
+
+// A box that is shown elsewhere reaches there: what is transformed counts as overflow, what sticks may be anywhere in view.
+void Engine::finishMoved(BlockBox &box)
+{
+    if (box.style().position() == css::Position::Sticky) {
+        constexpr Unit anywhere = Unit::px(4000000);
+        box.paintUp = box.paintDown = anywhere;
+    }
+    const QTransform transform = transformOf(box);
+    if (transform.isIdentity()) return;
+    const auto mapped = [&](Unit top, Unit right, Unit bottom) {
+        return transform.mapRect(QRectF(0, top.toDouble(), std::max(box.width, right).toDouble(), (bottom - top).toDouble()));
+    };
+    const QRectF content = mapped(Unit(), box.overflowRight, std::max(box.height, box.overflowBottom));
+    const QRectF painted = mapped(-box.paintUp, box.overflowRight, box.height + box.paintDown);
+    box.overflowRight = Unit::ceil(content.right());
+    box.overflowBottom = Unit::ceil(content.bottom());
+    box.paintUp = std::max(box.paintUp, Unit::ceil(-painted.top()));
+    box.paintDown = std::max(box.paintDown, Unit::ceil(painted.bottom()) - box.height);
 }
 
 Unit Engine::definiteHeight(const BlockBox &box, const Constraint &constraint) const

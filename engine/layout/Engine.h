@@ -107,6 +107,8 @@ private:
     bool relayoutDirtyChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state);
     void finishHeight(BlockBox &box, const Constraint &constraint, const FlowState &state);
     void finishOverflow(BlockBox &box);
+    static void finishMoved(BlockBox &box);
+    static std::optional<Unit> columnRoom(const BlockBox &box, const Constraint &constraint);
     bool canReuse(const BlockBox &box, const Constraint &constraint, FloatArea area) const;
     void replayFloats(BlockBox &box, FloatArea area);
     bool avoidsFloats(const BlockBox &box) const;

@@ -70,7 +70,7 @@ BoxDecision decideBox(const dom::Element &element, const css::ComputedStyle &sty
                             display == Display::TableCell || display == Display::TableCaption;
     decision.formattingRoot = decision.kind == BoxKind::TableCell || decision.kind == BoxKind::Table || blockified || ownContext ||
                               decision.clips || element.is(dom::names::html) || element.is(dom::names::fieldset) ||
-                              style.rare().columnCount > 0;
+                              style.rare().isMultiColumn() || style.rare().columnSpanAll;
     if (decision.kind == BoxKind::Inline) decision.formattingRoot = decision.clips = false;
     return decision;
 }
@@ -154,6 +154,7 @@ Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const 
     box->floating = decision.floating;
     box->positioned = decision.positioned;
     box->formattingRoot = decision.formattingRoot;
+    if (BlockBox *block = box->asBlock()) tree.boxMade(*block);
     const QString text = generatedText(tree, element, pseudo, *style);
     if (!text.isEmpty()) {
         auto *child = new TextBox(nullptr, style);

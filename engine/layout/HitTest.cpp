@@ -17,7 +17,7 @@ BlockBox *Queries::hitPositioned(BlockBox &box, Point point, Point &local)
 {
     if (!box.rare) return nullptr;
     for (auto it = box.rare->positioned.rbegin(); it != box.rare->positioned.rend(); ++it) {
-        const Point inner = point - (*it)->position();
+        const Point inner = (*it)->moved ? intoChild(**it, point) : point - (*it)->position();
         if ((*it)->style().text().visibility != css::Visibility::Visible) continue;
         if (BlockBox *found = holds(**it, inner) || (!(*it)->clips && (*it)->overflowBottom > (*it)->height) ? hitBlock(**it, inner, local) : nullptr) {
             if (found != *it || holds(**it, inner)) return found;
@@ -34,7 +34,7 @@ BlockBox *Queries::itemAt(const BlockBox &box, Point point)
     for (Box *each = box.lastChild(); each; each = each->previous()) {
         BlockBox *item = each->asBlock();
         if (!item || !item->item) continue;
-        const Point inner = point - item->position() - item->relativeOffset();
+        const Point inner = point - item->position() - item->shownOffset();
         if (holds(*item, inner)) return item;
         const auto away = [](Unit at, Unit size) { return int64_t(at.raw < 0 ? -at.raw : at >= size ? at.raw - size.raw + 1 : 0); };
         const Unit reachX = item->clips ? item->width : std::max(item->width, item->overflowRight);
@@ -54,16 +54,16 @@ BlockBox *Queries::hitBlock(BlockBox &box, Point point, Point &local)
 {
     if (box.rare) point = point + Point{Unit::px(box.rare->scroll.x()), Unit::px(box.rare->scroll.y())};
     if (BlockBox *found = hitPositioned(box, point, local)) return found;
+    if (const ColumnSet *columns = box.columns(); columns && !columns->pieces.empty()) point = point - columns->pieceNear(point).shift;
     const auto enter = [&](BlockBox &child) -> BlockBox * {
-        const Point inner = point - child.position() - child.relativeOffset();
-        return hitBlock(child, inner, local);
+        return hitBlock(child, intoChild(child, point), local);
     };
     // Floats, captions and other children that keep places of their own.
     if (box.subtreeHasFloats || box.isTable() || (box.inlineContent && box.inlineContent->hasFloats))
         for (Box *each = box.firstChild(); each; each = each->next()) {
             BlockBox *child = each->asBlock();
             if (!child || child->inSumTree || child->positioned || child->inlineLevel || child->isTablePart()) continue;
-            if (holds(*child, point - child->position() - child->relativeOffset())) return enter(*child);
+            if (holds(*child, intoChild(*child, point))) return enter(*child);
         }
     if (box.hasItems()) {
         BlockBox *item = itemAt(box, point);
@@ -78,7 +78,7 @@ BlockBox *Queries::hitBlock(BlockBox &box, Point point, Point &local)
             if (!row || cell.row > uint32_t(row - table.rows.data())) break;
             if (cell.row + cell.rowSpan <= uint32_t(row - table.rows.data())) continue;
             const Point at = cell.box->position() + cell.box->container()->position() + cell.box->container()->container()->position();
-            const Point inner = point - at;
+            const Point inner = point - at - cell.box->shownOffset();
             if (inner.x.raw >= 0 && inner.x < cell.box->width + table.spacingX) return hitBlock(*cell.box, inner, local);
         }
         local = point;
@@ -160,13 +160,14 @@ Hit Queries::hitTest(QPointF point)
     Hit hit;
     BlockBox &root = mTree.root();
     Point local;
-    BlockBox *block = hitBlock(root, pointOf(point), local);
+    BlockBox *block = hitMoved(point, local);
+    if (!block) block = hitBlock(root, pointOf(point), local);
     if (!block) return hit;
     Box *start = block;
     for (BlockBox *up = block; up; up = up->blockParent()) {
         if (!up->item) continue;
         // Beside its items a container is hit itself, though the caret goes into one of them.
-        const Point inner = pointOf(point) - origin(*up);
+        const Point inner = localPoint(*up, point);
         const bool inside = inner.x.raw >= 0 && inner.y.raw >= 0 && inner.x < std::max(up->width, up->overflowRight) &&
                             inner.y < std::max(up->height, up->overflowBottom);
         if (!inside) start = up->blockParent();
@@ -261,10 +262,11 @@ QRectF Queries::caretRect(TextPosition position, bool atLineEnd)
 {
     const Where where = locate(position, atLineEnd);
     if (!where.block) return {};
-    const Point at = origin(*where.block);
+    const auto place = placing(*where.block);
+    const Point at;
     if (!where.line) {
         const Font &font = fontOf(where.block->style());
-        return Rect{at.x + where.block->contentLeft(), at.y + where.block->contentTop(), Unit::px(1), font.height()}.toRectF();
+        return place({at.x + where.block->contentLeft(), at.y + where.block->contentTop(), Unit::px(1), font.height()});
     }
     const InlineContent &content = *where.block->inlineContent;
     const Font &font = fontOf(where.block->style());
@@ -279,7 +281,7 @@ QRectF Queries::caretRect(TextPosition position, bool atLineEnd)
     if (!best) // behind blanks that hang at the line's end
         for (const Fragment *f = content.begin(*where.line); f != content.end(*where.line); ++f)
             if (f->type != FragmentType::Box && f->end <= where.offset) best = f;
-    if (!best) return rect.toRectF();
+    if (!best) return place(rect);
     rect.x = at.x + best->x;
     if (best->type == FragmentType::Atomic)
         rect.x += where.offset >= best->end ? best->width : Unit();
@@ -289,7 +291,7 @@ QRectF Queries::caretRect(TextPosition position, bool atLineEnd)
         rect.y = at.y + where.line->top + best->y;
         rect.height = best->height;
     }
-    return rect.toRectF();
+    return place(rect);
 }
 
 namespace {
@@ -324,24 +326,29 @@ TextPosition Queries::nearLine(TextPosition position, double x, int direction)
 {
     const Where where = locate(position);
     if (!where.block) return {};
+    // `x` in the coordinates of a block, at one of its lines.
+    const auto along = [&](const BlockBox &target, const Line &at) {
+        return Unit::from(x - placing(target)({{}, at.top, Unit::px(1), at.height}).left());
+    };
     BlockBox *block = where.block;
     const Line *line = where.line;
     if (line) {
         const auto &lines = block->inlineContent->lines;
         const std::ptrdiff_t index = (line - lines.data()) + direction;
         if (index >= 0 && index < std::ptrdiff_t(lines.size()) && !lines[std::size_t(index)].block)
-            return positionOn(*block, lines[std::size_t(index)], Unit::from(x) - origin(*block).x);
+            return positionOn(*block, lines[std::size_t(index)], along(*block, lines[std::size_t(index)]));
     }
     // A row of cells stands side by side: the line must lie beyond this one, not just behind it in order.
-    const QRectF here = caretRect(position);
+    // Compared where they were laid out: the next column begins higher than the last one ends.
+    const double here = (origin(*block).y + (line ? line->top + line->height / 2 : block->height / 2)).toDouble();
     for (BlockBox *next = neighbour(*block, direction); next; next = neighbour(*next, direction)) {
         const Point at = origin(*next);
         const auto &lines = next->inlineContent->lines;
         const Line &candidate = direction > 0 ? lines.front() : lines.back();
         if (candidate.block) continue;
         const double top = (at.y + candidate.top).toDouble(), bottom = (at.y + candidate.bottom()).toDouble();
-        if (direction > 0 ? top < here.center().y() : bottom > here.center().y()) continue;
-        return positionOn(*next, candidate, Unit::from(x) - at.x);
+        if (direction > 0 ? top < here : bottom > here) continue;
+        return positionOn(*next, candidate, along(*next, candidate));
     }
     return {};
 }

@@ -37,6 +37,35 @@ void LayoutTree::setViewport(QSize size)
     ++mVersion;
 }
 
+void LayoutTree::setViewScroll(QPointF scroll)
+{
+    mViewScroll = scroll;
+    if (mRoot) mRoot->rareData().viewScroll = scroll;
+}
+
+void LayoutTree::boxMade(BlockBox &box)
+{
+    if (box.anonymous || !box.element()) return;
+    box.moved = movesWhenShown(box.style());
+    if (!box.moved || box.pseudo != Pseudo::None) return;
+    const dom::NodeId id = box.element()->id();
+    const auto at = std::lower_bound(mMoved.begin(), mMoved.end(), id);
+    if (at == mMoved.end() || *at != id) mMoved.insert(at, id);
+}
+
+std::vector<BlockBox *> LayoutTree::movedBoxes()
+{
+    std::vector<BlockBox *> boxes;
+    std::erase_if(mMoved, [&](dom::NodeId id) {
+        dom::Node *node = mDocument.nodeById(id);
+        Box *box = node ? boxOf(*node) : nullptr;
+        if (!box || !box->moved) return true;
+        boxes.push_back(box->asBlock());
+        return false;
+    });
+    return boxes;
+}
+
 void LayoutTree::setImageSource(ImageSource *images)
 {
     mImages = images;
@@ -256,7 +285,8 @@ void LayoutTree::restyle(dom::Element &element)
         same = decision.kind == box->kind() && decision.floating == box->floating && decision.positioned == box->positioned &&
                decision.inlineLevel == box->inlineLevel && !decision.listItem && !(block && block->isListItem) &&
                (!block || block->isTable() || decision.formattingRoot == (block->item ? block->styledRoot : block->formattingRoot)) &&
-               isPositionedStyle(*box) == isPositioned(*style) &&
+               isPositionedStyle(*box) == isPositioned(*style) && (!block || movesWhenShown(*style) == movesWhenShown(box->style())) &&
+               style->rare().columnSpanAll == box->style().rare().columnSpanAll &&
                collapsesBlanks(*style) == collapsesBlanks(box->style()) && preservesLineBreaks(*style) == preservesLineBreaks(box->style());
         if (same && block) const_cast<BlockBox *>(block)->clips = decision.clips;
     }
@@ -325,6 +355,7 @@ void LayoutTree::buildAll()
     mRebuildAll = false;
     mShowCounters.clear();
     mRoot = BoxBuilder(*this).buildRoot();
+    if (mRoot) mRoot->rareData().viewScroll = mViewScroll;
     mRecount = false; // boxes were made in document order
     ++mVersion;
 }

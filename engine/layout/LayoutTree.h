@@ -26,6 +26,10 @@ public:
     /// CSS pixels. The width is that of the view without its scroll bar.
     void setViewport(QSize size);
     QSize viewport() const { return mViewport; }
+    /// Where the page is scrolled to, CSS pixels: sticky boxes show by it. Lays nothing out.
+    void setViewScroll(QPointF scroll);
+    /// Boxes that are shown elsewhere than where they are laid out, in no order.
+    std::vector<BlockBox *> movedBoxes();
     /// Null: all images are missing. Not owned.
     void setImageSource(ImageSource *images);
     ImageSource *images() const { return mImages; }
@@ -64,6 +68,8 @@ public:
     /// Marks a box and everything above it.
     void markDirty(Box &box);
     void boxGone(Box &box);
+    /// A box was made: one that moves is remembered.
+    void boxMade(BlockBox &box);
 
 private:
     friend class BoxBuilder;
@@ -91,6 +97,8 @@ private:
     std::vector<Pending> mPending;
     Counters mCounters;
     std::vector<dom::NodeId> mShowCounters; // elements whose generated content shows some
+    std::vector<dom::NodeId> mMoved; // elements whose boxes move; some may have gone or settled since
+    QPointF mViewScroll;
     bool mRecount = false;
     bool mRebuildAll = true;
     bool mUpdating = false;

@@ -19,21 +19,21 @@ Point Queries::origin(const BlockBox &box)
     return sum;
 }
 
-std::vector<QRectF> Queries::clientRects(const dom::Element &element)
+std::vector<QRectF> Queries::clientRects(const dom::Element &element) { return rectsOf(element, true); }
+
+std::vector<QRectF> Queries::rectsOf(const dom::Element &element, bool transformed)
 {
     mTree.update();
     std::vector<QRectF> rects;
     const Box *box = boxOf(element);
     if (!box) return rects;
     if (const BlockBox *block = box->asBlock()) {
-        const Point at = origin(*block);
-        rects.push_back(Rect{at.x, at.y, block->width, block->height}.toRectF());
-        return rects;
+        return shown(*block, {{}, {}, block->width, block->height}, transformed);
     }
     const BlockBox *block = box->blockParent();
     if (!block || !block->inlineContent) return rects;
     const InlineContent &content = *block->inlineContent;
-    Point at = origin(*block);
+    Point at;
     for (const Box *up = box; up && !up->isBlockBox(); up = up->parent()) at = at + relativeShift(*up);
     const bool lineBreak = box->kind() == BoxKind::LineBreak;
     const uint32_t from = lineBreak ? static_cast<const LineBreakBox *>(box)->start : static_cast<const InlineBox *>(box)->start;
@@ -43,16 +43,20 @@ std::vector<QRectF> Queries::clientRects(const dom::Element &element)
     while (line > content.lines.data() && (line - 1)->end >= from) --line;
     for (; line < content.lines.data() + content.lines.size() && line->start <= to; ++line)
         for (const Fragment *f = content.begin(*line); f != content.end(*line); ++f)
-            if (f->box == box) rects.push_back(Rect{at.x + f->x, at.y + line->top + f->y, f->width, f->height}.toRectF());
+            if (f->box == box) {
+                const auto each = shown(*block, {at.x + f->x, at.y + line->top + f->y, f->width, f->height}, transformed);
+                rects.insert(rects.end(), each.begin(), each.end());
+            }
     return rects;
 }
 
-QRectF Queries::borderBox(const dom::Element &element)
+namespace {
+
+QRectF unionOf(const std::vector<QRectF> &rects)
 {
     // A browser leaves empty rectangles out of the union, if there are others.
     QRectF sum;
     bool any = false;
-    const std::vector<QRectF> rects = clientRects(element);
     for (const QRectF &rect : rects) {
         if (rect.width() <= 0 || rect.height() <= 0) continue;
         sum = any ? sum.united(rect) : rect;
@@ -60,6 +64,10 @@ QRectF Queries::borderBox(const dom::Element &element)
     }
     return any ? sum : rects.empty() ? QRectF() : rects.front();
 }
+
+} // namespace
+
+QRectF Queries::borderBox(const dom::Element &element) { return unionOf(clientRects(element)); }
 
 dom::Element *Queries::offsetParent(const dom::Element &element)
 {
@@ -78,18 +86,21 @@ dom::Element *Queries::offsetParent(const dom::Element &element)
 
 QRect Queries::offsetBox(const dom::Element &element)
 {
-    const std::vector<QRectF> rects = clientRects(element);
+    // Transforms don't count. In columns the offsets are those of the first piece, and the size is that of all in a row.
+    const std::vector<QRectF> rects = rectsOf(element, false);
     if (rects.empty()) return {};
-    QRectF box = borderBox(element);
+    QRectF box = unionOf(rects);
     // An inline element's offsets are those of its first fragment.
-    QPointF at = boxOf(element)->isBlockBox() ? box.topLeft() : rects.front().topLeft();
+    const BlockBox *const laid = boxOf(element)->asBlock();
+    QPointF at = laid && rects.size() == 1 ? box.topLeft() : rects.front().topLeft();
+    if (laid) box = QRectF(at, QSizeF(laid->width.toDouble(), laid->height.toDouble()));
     if (const dom::Element *parent = offsetParent(element)) {
         const Box *outer = boxOf(*parent);
         if (outer && !parent->is(dom::names::body)) {
-            at -= borderBox(*parent).topLeft();
+            at -= unionOf(rectsOf(*parent, false)).topLeft();
             if (const BlockBox *block = outer->asBlock()) at -= QPointF(block->border.left.toDouble(), block->border.top.toDouble());
         } else if (outer && isPositionedStyle(*outer)) {
-            at -= borderBox(*parent).topLeft();
+            at -= unionOf(rectsOf(*parent, false)).topLeft();
         }
     }
     const auto round = [](double v) { return int(std::floor(v + 0.5)); };
@@ -190,14 +201,15 @@ std::vector<TextFragment> Queries::textFragments(const dom::Node &text)
     const BlockBox *block = box->blockParent();
     if (!block || !block->inlineContent || textBox.end == textBox.start) return result;
     const InlineContent &content = *block->inlineContent;
-    Point at = origin(*block);
+    const auto place = placing(*block);
+    Point at;
     for (const Box *up = box->parent(); up && !up->isBlockBox(); up = up->parent()) at = at + relativeShift(*up);
     const Line *line = content.lineOf(textBox.start);
     for (; line && line < content.lines.data() + content.lines.size() && line->start < textBox.end; ++line)
         for (const Fragment *f = content.begin(*line); f != content.end(*line); ++f)
             if (f->box == box)
                 result.push_back({TextMap::source(textBox, f->start), TextMap::source(textBox, f->end),
-                                  Rect{at.x + f->x, at.y + line->top + f->y, f->width, f->height}.toRectF()});
+                                  place({at.x + f->x, at.y + line->top + f->y, f->width, f->height})});
     return result;
 }
 
@@ -212,14 +224,15 @@ std::vector<QRectF> Queries::textRects(const dom::Node &text, uint32_t from, uin
     if (!block || !block->inlineContent) return result;
     const InlineContent &content = *block->inlineContent;
     const uint32_t start = TextMap::collapsed(textBox, from), end = TextMap::collapsed(textBox, to);
-    const Point at = origin(*block);
+    const auto place = placing(*block);
+    const Point at;
     for (const Line *line = content.lineOf(start); line && line < content.lines.data() + content.lines.size() && line->start < end; ++line)
         for (const Fragment *f = content.begin(*line); f != content.end(*line); ++f) {
             if (f->box != box || f->type != FragmentType::Text || f->end < start || f->start >= end) continue;
             const Unit a = offsetInFragment(content, *f, start), b = offsetInFragment(content, *f, end);
             Rect rect{at.x + f->x + std::min(a, b), at.y + line->top, Unit::fromRaw(std::abs(a.raw - b.raw)), line->height};
             if (line->forced && f + 1 == content.end(*line) && f->end < end) rect.width += Unit::px(4); // the line break
-            if (rect.width.raw > 0) result.push_back(rect.toRectF());
+            if (rect.width.raw > 0) result.push_back(place(rect));
         }
     return result;
 }

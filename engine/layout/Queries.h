@@ -4,6 +4,7 @@
 #include "engine/layout/LayoutTree.h"
 
 #include <QRectF>
+#include <functional>
 
 namespace layout {
 
@@ -54,8 +55,13 @@ public:
     /// Rectangles of a stretch of a text node, for a selection's background: whole line heights.
     std::vector<QRectF> textRects(const dom::Node &text, uint32_t from, uint32_t to);
 
-    /// From a box's border box to the document.
+    /// From a box's border box to the document as it was laid out: columns not yet cut, nothing transformed.
     static Point origin(const BlockBox &box);
+    /// Where a part of a box shows, document coordinates: a rectangle for each column that it shows in; what is
+    /// transformed is bounded.
+    std::vector<QRectF> shown(const BlockBox &box, const Rect &part, bool transformed = true) const;
+    /// A point of the document in the box's coordinates; the inverse of where it shows.
+    Point localPoint(const BlockBox &box, QPointF point) const;
     /// The distance of a collapsed offset from the fragment's left edge.
     static Unit offsetInFragment(const InlineContent &content, const Fragment &fragment, uint32_t offset);
     static uint32_t offsetAt(const InlineContent &content, const Fragment &fragment, Unit x);
@@ -71,6 +77,10 @@ private:
     TextPosition positionOf(BlockBox &block, uint32_t offset);
     BlockBox *hitBlock(BlockBox &box, Point point, Point &local);
     static BlockBox *itemAt(const BlockBox &box, Point point);
+    Point intoChild(const BlockBox &child, Point point) const;
+    BlockBox *hitMoved(QPointF point, Point &local);
+    std::vector<QRectF> rectsOf(const dom::Element &element, bool transformed);
+    std::function<QRectF(const Rect &)> placing(const BlockBox &block) const;
     BlockBox *hitPositioned(BlockBox &box, Point point, Point &local);
     TextPosition nearLine(TextPosition position, double x, int direction);
 

@@ -87,7 +87,8 @@ QGradientStops window(const std::vector<Stop> &stops, double from, double to)
         }
         result.append({where, color});
     };
-    add(from, colorAt(stops, from));
+    const bool begins = std::any_of(stops.begin(), stops.end(), [&](const Stop &stop) { return stop.at == from; });
+    if (!begins) add(from, colorAt(stops, from));
     for (const Stop &stop : stops)
         if (stop.at >= from && stop.at <= to) add(stop.at, stop.color);
     if (result.back().first < 1) add(to, colorAt(stops, to));

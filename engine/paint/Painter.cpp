@@ -34,6 +34,7 @@ void Painter::paint(QPainter &painter)
     mVisited = 0;
     mClip = mOptions.clip.isEmpty() ? QRectF(mOptions.scroll, QSizeF(mTree.viewport())) : mOptions.clip;
     painter.save();
+    mTree.setViewScroll(mOptions.scroll);
     painter.translate(-mOptions.scroll);
     painter.setClipRect(mClip, Qt::IntersectClip);
     painter.setRenderHint(QPainter::TextAntialiasing);
@@ -115,6 +116,28 @@ template <class Draw> void Painter::paintGroup(double opacity, const QRectF &ext
 // One stacking context, or a box that is painted like one: the order of CSS 2.1, appendix E.
 void Painter::paintContext(BlockBox &box, Point origin)
 {
+    const QTransform transform = transformOf(box);
+    if (transform.isIdentity()) {
+        paintUntransformed(box, origin);
+        return;
+    }
+    const QPointF at = origin.toPointF();
+    const QTransform around = QTransform::fromTranslate(-at.x(), -at.y()) * transform * QTransform::fromTranslate(at.x(), at.y());
+    bool possible = false;
+    const QTransform back = around.inverted(&possible);
+    if (!possible) return; // seen from the edge
+    const QRectF clip = std::exchange(mClip, back.mapRect(mClip));
+    mPainter->save();
+    mPainter->setTransform(around, true);
+    mPainter->setRenderHint(QPainter::SmoothPixmapTransform);
+    if (transform.isRotating()) mPainter->setRenderHint(QPainter::Antialiasing);
+    paintUntransformed(box, origin);
+    mPainter->restore();
+    mClip = clip;
+}
+
+void Painter::paintUntransformed(BlockBox &box, Point origin)
+{
     ++mVisited;
     const double opacity = box.anonymous ? 1 : double(box.style().rare().opacity);
     if (opacity >= 1) {
@@ -133,7 +156,7 @@ void Painter::paintContextContent(BlockBox &box, Point origin)
     if (box.rare)
         for (BlockBox *child : box.rare->positioned) {
             const auto &group = child->style().box();
-            layers.push_back({child, origin + child->position(), group.hasZIndex ? group.zIndex : 0});
+            layers.push_back({child, origin + child->position() + child->shownOffset(), group.hasZIndex ? group.zIndex : 0});
         }
     std::stable_sort(layers.begin(), layers.end(), [](const Layer &a, const Layer &b) { return a.z < b.z; });
     const bool clips = box.clips;
@@ -155,7 +178,7 @@ void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
 {
     ++mVisited;
     // What clips, or fades, or moves is painted as one.
-    if (!isRoot && (box.clips || (!box.anonymous && box.style().rare().opacity < 1))) {
+    if (!isRoot && (box.clips || box.moved || (!box.anonymous && box.style().rare().opacity < 1))) {
         if (phase == Phase::Lines) paintContext(box, origin);
         return;
     }
@@ -165,10 +188,67 @@ void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
         return;
     }
     if (phase == Phase::Lines) paintMarker(box, origin);
+    if (!box.columns()) {
+        paintInside(box, origin, phase);
+        return;
+    }
+    if (phase == Phase::Backgrounds) paintColumnRules(box, origin);
+    eachColumn(box, origin, [&](Point at) { paintInside(box, at, phase); });
+}
+
+// What was laid out as one strip shows piece by piece.
+template <class Draw> void Painter::eachColumn(const BlockBox &box, Point origin, Draw draw)
+{
+    const ColumnSet &set = *box.columns();
+    const double half = set.gap.toDouble() / 2, far = 1e6;
+    for (const ColumnPiece &piece : set.pieces) {
+        const bool first = piece.left <= box.contentLeft(), last = piece.right >= box.contentLeft() + box.contentWidth();
+        const double left = (origin.x + piece.left).toDouble() - (first ? far : half), right = (origin.x + piece.right).toDouble() + (last ? far : half);
+        const double top = (origin.y + piece.from + piece.shift.y).toDouble(), bottom = (origin.y + piece.to + piece.shift.y).toDouble();
+        // Letters and shadows may reach out at the very start and end.
+        const bool begins = &piece == &set.pieces.front(), ends = &piece == &set.pieces.back();
+        const QRectF area(left, begins ? top - 40 : top, right - left, bottom - top + (begins ? 40 : 0) + (ends ? 40 : 0));
+        const QRectF shown = area.intersected(mClip);
+        if (shown.isEmpty()) continue;
+        const QRectF clip = std::exchange(mClip, shown);
+        mPainter->save();
+        mPainter->setClipRect(area, Qt::IntersectClip);
+        draw(origin + piece.shift);
+        mPainter->restore();
+        mClip = clip;
+    }
+}
+
+// Lines between columns that both hold something, as high as their row.
+void Painter::paintColumnRules(const BlockBox &box, Point origin)
+{
+    const auto &rare = box.style().rare();
+    if (box.anonymous || rare.columnRuleWidth <= 0) return;
+    const ColumnSet &set = *box.columns();
+    const double width = double(rare.columnRuleWidth);
+    for (std::size_t i = 0; i < set.pieces.size(); ++i) {
+        if (!set.pieces[i].startsRow) continue;
+        std::size_t end = i + 1;
+        Unit bottom = set.pieces[i].to + set.pieces[i].shift.y;
+        for (; end < set.pieces.size() && !set.pieces[end].startsRow; ++end) bottom = std::max(bottom, set.pieces[end].to + set.pieces[end].shift.y);
+        const Unit top = set.pieces[i].from + set.pieces[i].shift.y;
+        for (std::size_t k = i + 1; k < end; ++k) {
+            const Unit a = std::min(set.pieces[k - 1].right, set.pieces[k].right), b = std::max(set.pieces[k - 1].left, set.pieces[k].left);
+            const double x = ((origin.x + a).toDouble() + (origin.x + b).toDouble() - width) / 2;
+            const QRectF line = snapped(QRectF(x, (origin.y + top).toDouble(), width, (bottom - top).toDouble()));
+            Edges only;
+            only.left = Unit::from(width);
+            if (line.intersects(mClip)) paintEdge(css::Side::Left, line, only, rare.columnRuleStyle, QColor::fromRgba(rare.columnRuleColor));
+        }
+    }
+}
+
+void Painter::paintInside(BlockBox &box, Point origin, Phase phase)
+{
     if (box.inlineContent) {
         for (const Line &line : box.inlineContent->lines)
             if (line.block && meetsClip(*line.block, origin + line.block->position()))
-                paintPhase(*line.block, origin + line.block->position() + line.block->relativeOffset(), phase, false);
+                paintPhase(*line.block, origin + line.block->position() + line.block->shownOffset(), phase, false);
         if (phase == Phase::Floats && box.inlineContent->hasFloats)
             for (const InlineItem &item : box.inlineContent->items)
                 if (item.type == ItemType::Float) paintContext(*item.box->asBlock(), origin + item.box->asBlock()->position());
@@ -182,7 +262,7 @@ void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
 void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
 {
     const auto paintChild = [&](BlockBox &child) {
-        const Point at = origin + child.position() + child.relativeOffset();
+        const Point at = origin + child.position() + child.shownOffset();
         if (meetsClip(child, at)) paintPhase(child, at, phase, false);
     };
     if (box.isTable()) {
@@ -198,7 +278,7 @@ void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
             if (cell.row + cell.rowSpan <= first || !cell.box->container() || !cell.box->container()->container()) continue;
             if ((origin.y + table.rows[cell.row].top).toDouble() > mClip.bottom()) break;
             BlockBox &rowBox = *cell.box->container();
-            const Point at = origin + cell.box->position() + rowBox.position() + rowBox.container()->position();
+            const Point at = origin + cell.box->position() + rowBox.position() + rowBox.container()->position() + cell.box->shownOffset();
             paintPhase(*cell.box, at, phase, false);
         }
         return;
@@ -210,7 +290,7 @@ void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
         const auto level = [](const BlockBox *item) { return item->anonymous ? 0 : item->style().box().zIndex; };
         std::stable_sort(items.begin(), items.end(), [&](const BlockBox *a, const BlockBox *b) { return level(a) < level(b); });
         for (BlockBox *item : items) {
-            const Point at = origin + item->position() + item->relativeOffset();
+            const Point at = origin + item->position() + item->shownOffset();
             if (meetsClip(*item, at)) paintContext(*item, at);
         }
         return;
@@ -218,7 +298,7 @@ void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
     if (phase == Phase::Floats)
         for (Box *each = box.subtreeHasFloats || box.formattingRoot ? box.firstChild() : nullptr; each; each = each->next())
             if (BlockBox *child = each->asBlock(); child && child->floating) {
-                const Point at = origin + child->position() + child->relativeOffset();
+                const Point at = origin + child->position() + child->shownOffset();
                 if (meetsClip(*child, at)) paintContext(*child, at);
             }
     if (box.flow.empty()) return;
@@ -230,7 +310,7 @@ void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
     // Empty blocks may stand in front at the same height; their borders don't show.
     for (; child; child = child->nextInFlow()) {
         if (top > to) break;
-        const Point at = origin + Point{child->x, top} + child->relativeOffset();
+        const Point at = origin + Point{child->x, top} + child->shownOffset();
         if (meetsClip(*child, at)) paintPhase(*child, at, phase, false);
         const Unit bottom = top + child->height;
         const BlockBox *next = child->nextInFlow();
@@ -304,7 +384,7 @@ void Painter::paintFragment(const BlockBox &box, const Line &line, const Fragmen
 {
     if (fragment.type == FragmentType::Atomic) {
         BlockBox &child = *fragment.box->asBlock();
-        paintContext(child, origin + child.position() + child.relativeOffset());
+        paintContext(child, origin + child.position() + child.shownOffset());
         return;
     }
     const css::ComputedStyle &style = fragment.box->style();

@@ -48,8 +48,12 @@ private:
     };
     void paintCanvas();
     void paintContext(layout::BlockBox &box, layout::Point origin);
+    void paintUntransformed(layout::BlockBox &box, layout::Point origin);
     void paintContextContent(layout::BlockBox &box, layout::Point origin);
     void paintPhase(layout::BlockBox &box, layout::Point origin, Phase phase, bool isRoot);
+    void paintInside(layout::BlockBox &box, layout::Point origin, Phase phase);
+    void paintColumnRules(const layout::BlockBox &box, layout::Point origin);
+    template <class Draw> void eachColumn(const layout::BlockBox &box, layout::Point origin, Draw draw);
     void paintChildren(layout::BlockBox &box, layout::Point origin, Phase phase);
     void paintTableParts(layout::BlockBox &table, layout::Point origin);
     void paintLines(layout::BlockBox &box, layout::Point origin);

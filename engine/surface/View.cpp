@@ -134,6 +134,7 @@ void View::resized()
 
 void View::scrolled()
 {
+    if (mLoaded) mLoaded->tree().setViewScroll(QPointF(mWidget.horizontalScrollBar()->value(), mWidget.verticalScrollBar()->value()));
     mWidget.viewport()->update();
 }
 
