@@ -153,7 +153,7 @@ void Removal::join(const LivePosition &start, const LivePosition &end, Element &
     while (stop && !mContent.delimitsLines(*stop))
         stop = stop->nextSibling();
     if (node && before != node) mEdits.moveSiblings(node, stop, first, before);
-    if (first.isHeldOpen() && !mContent.isEmpty(first)) mTracker.setHeldOpen(first, false);
+    if (first.isHeldOpen() && first.hasChildNodes()) mTracker.setHeldOpen(first, false);
     // An item's further blocks come along to the item that it was joined with.
     const Element *list = last.parentElement();
     Element *item = &first;

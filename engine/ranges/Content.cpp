@@ -104,7 +104,7 @@ bool Content::holdsLines(const Element &element) const
     if (isObject(element)) return false;
     if (isBlock(element) || &element == mLimit.get()) return true;
     for (const Node *node = element.firstChild(); node; node = node->next(&element))
-        if (const Element *inner = node->asElement(); inner && isBlock(*inner) && !isObject(*inner)) return true;
+        if (const Element *inner = node->asElement(); inner && isBlock(*inner)) return true;
     return false;
 }
 

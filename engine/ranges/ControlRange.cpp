@@ -4,6 +4,7 @@
 #include "base/Error.h"
 #include "engine/dom/Names.h"
 #include "engine/ranges/Rendering.h"
+#include "engine/ranges/TextIndex.h"
 
 namespace ranges {
 
@@ -57,7 +58,7 @@ void ControlRange::add(Element *element)
     const Element *body = page().document().body();
     if (&element->document() != &page().document() || !body || !body->contains(*element))
         throw Error(base::errors::invalidCall, QStringLiteral("The element isn't in the range's document."));
-    if (!isSelectableObject(*element))
+    if (!isSelectableObject(*element) && page().index().rendering().roleOf(*element) != Role::Widget)
         throw Error(base::errors::invalidCall, QStringLiteral("The element can't be selected as an object."));
     for (const Ref<Element> &there : mElements)
         if (there.get() == element) return;
