@@ -3,7 +3,7 @@
 #include "engine/ranges/TextRange.h"
 
 #include <QRegularExpression>
-#include <QStringMatcher>
+#include <limits>
 #include <memory>
 
 namespace ranges {
@@ -20,37 +20,58 @@ bool isAnyBlank(QChar c)
     return isBlank(c.unicode()) || c == QChar(noBreakSpace);
 }
 
+/// As letters are compared that differ in case only.
+char16_t folded(QChar c)
+{
+    const char16_t unit = c.unicode();
+    if (unit >= 0x80) return c.toCaseFolded().unicode();
+    return unit >= u'A' && unit <= u'Z' ? unit | 0x20 : unit;
+}
+
+} // namespace
+
+struct TextHit
+{
+    qsizetype at = -1, length = 0;
+};
+
 /// Finds one text in others.
-class Matcher
+class TextMatcher
 {
 public:
-    Matcher(const QString &sought, int flags)
-        : mWholeWord(flags & TextRange::WholeWord),
-          mSimple(std::none_of(sought.begin(), sought.end(), isAnyBlank)),
-          mPlain(sought, flags & TextRange::MatchCase ? Qt::CaseSensitive : Qt::CaseInsensitive)
+    TextMatcher(const QString &sought, int flags)
+        : mWholeWord(flags & TextRange::WholeWord), mMatchCase(flags & TextRange::MatchCase), mSought(sought)
     {
+        // Letters beyond the first plane have their other case in two units.
+        mSimple = std::none_of(sought.begin(), sought.end(),
+                               [this](QChar c) { return isAnyBlank(c) || (c.isSurrogate() && !mMatchCase); });
         if (!mSimple) compile(sought, flags);
+        if (mMatchCase) return;
+        for (QChar &c : mSought)
+            c = QChar(folded(c));
     }
     bool crossesRuns() const { return mCrosses; }
 
-    struct Hit
-    {
-        qsizetype at = -1, length = 0;
-    };
-    Hit first(const QString &text, qsizetype from, qsizetype to) const
+    /// Within that part of the text.
+    TextHit first(const QString &text, qsizetype from, qsizetype to) const
     {
         for (;;) {
-            const Hit hit = next(text, from);
-            if (hit.at < 0 || hit.at + hit.length > to) return {};
-            if (fits(text, hit)) return hit;
+            const TextHit hit = next(text, from, to);
+            if (hit.at < 0 || fits(text, hit)) return hit;
             from = hit.at + 1;
         }
     }
-    Hit last(const QString &text, qsizetype from, qsizetype to) const
+    TextHit last(const QString &text, qsizetype from, qsizetype to) const
     {
-        Hit found;
+        if (mSimple) {
+            TextHit hit{to - mSought.size(), mSought.size()};
+            while (hit.at >= from && !(standsAt(text, hit.at) && fits(text, hit)))
+                --hit.at;
+            return hit.at >= from ? hit : TextHit();
+        }
+        TextHit found;
         for (;;) {
-            const Hit hit = first(text, from, to);
+            const TextHit hit = first(text, from, to);
             if (hit.at < 0) return found;
             found = hit;
             from = hit.at + 1;
@@ -79,14 +100,38 @@ private:
         mPattern.setPatternOptions(flags & TextRange::MatchCase ? QRegularExpression::NoPatternOption
                                                                 : QRegularExpression::CaseInsensitiveOption);
     }
-    Hit next(const QString &text, qsizetype from) const
+    TextHit next(const QString &text, qsizetype from, qsizetype to) const
     {
-        if (mSimple) return {mPlain.indexIn(text, from), mPlain.pattern().size()};
+        if (mSimple) {
+            const qsizetype at =
+                mMatchCase ? QStringView(text).first(to).indexOf(mSought, from) : indexIn(text, from, to);
+            return {at, mSought.size()};
+        }
         const auto match = mPattern.match(text, from);
-        if (!match.hasMatch()) return {};
+        if (!match.hasMatch() || match.capturedEnd() > to) return {};
         return {match.capturedStart(), match.capturedLength()};
     }
-    bool fits(const QString &text, const Hit &hit) const
+    bool standsAt(const QString &text, qsizetype at) const
+    {
+        const QStringView there = QStringView(text).sliced(at, mSought.size());
+        if (mMatchCase) return there == mSought;
+        return std::equal(there.begin(), there.end(), mSought.begin(),
+                          [](QChar c, QChar sought) { return folded(c) == sought.unicode(); });
+    }
+    qsizetype indexIn(const QString &text, qsizetype from, qsizetype to) const
+    {
+        const QChar *const units = text.constData();
+        const qsizetype last = to - mSought.size();
+        const char16_t first = mSought[0].unicode();
+        const char16_t capital = first >= u'a' && first <= u'z' ? first & ~0x20 : first;
+        for (qsizetype i = from; i <= last; ++i) {
+            const char16_t unit = units[i].unicode();
+            if (unit != first && unit != capital && (unit < 0x80 || folded(units[i]) != first)) continue;
+            if (standsAt(text, i)) return i;
+        }
+        return -1;
+    }
+    bool fits(const QString &text, const TextHit &hit) const
     {
         if (!mWholeWord) return true;
         const qsizetype end = hit.at + hit.length;
@@ -95,24 +140,23 @@ private:
     }
 
     bool mWholeWord;
-    bool mSimple;
+    bool mMatchCase;
+    bool mSimple; ///< found without a pattern
     bool mCrosses = false;
-    QStringMatcher mPlain;
+    QString mSought;
     QRegularExpression mPattern;
 };
-
-} // namespace
 
 namespace {
 
 /// Callers seek the same text over and over.
-const Matcher &matcherFor(const QString &sought, int flags)
+const TextMatcher &matcherFor(const QString &sought, int flags)
 {
     static thread_local QString lastSought;
     static thread_local int lastFlags = 0;
-    static thread_local std::unique_ptr<Matcher> last;
+    static thread_local std::unique_ptr<TextMatcher> last;
     if (!last || lastFlags != flags || lastSought != sought) {
-        last = std::make_unique<Matcher>(sought, flags);
+        last = std::make_unique<TextMatcher>(sought, flags);
         lastSought = sought;
         lastFlags = flags;
     }
@@ -124,51 +168,86 @@ const Matcher &matcherFor(const QString &sought, int flags)
 bool TextRange::findText(const QString &sought, int count, int flags)
 {
     if (sought.isEmpty()) return false;
-    const Matcher &matcher = matcherFor(sought, flags);
+    const TextMatcher &matcher = matcherFor(sought, flags);
     const bool backward = flags & Backward;
+    // How far from its start (its end) the hit may reach.
+    int64_t left = std::numeric_limits<int64_t>::max();
+    if (count == 0) left = int64_t(endCount()) - startCount();
+    if (count > 0 && count != noLimit) left = count;
+    if (matcher.crossesRuns()) return findAcrossRuns(matcher, left, backward);
+    return backward ? findBackward(matcher, left) : findForward(matcher, left);
+}
+
+bool TextRange::findAcrossRuns(const TextMatcher &matcher, int64_t left, bool backward)
+{
     TextIndex &text = index();
-    const uint32_t total = text.total();
-    // The stretch in which the hit must lie.
-    uint32_t low = backward ? 0 : startCount(), high = backward ? endCount() : total;
-    if (count == 0) {
-        (backward ? low : high) = backward ? startCount() : endCount();
-    } else if (count > 0 && count != noLimit) {
-        if (backward)
-            low = uint32_t(std::max<int64_t>(0, int64_t(high) - count));
-        else
-            high = uint32_t(std::min<int64_t>(total, int64_t(low) + count));
+    int64_t low = 0, high = text.total();
+    if (backward) {
+        high = endCount();
+        low = left < high ? high - left : 0;
+    } else {
+        low = startCount();
+        high = left < high - low ? low + left : high;
     }
-    if (low >= high) return false;
     QString buffer;
-    if (matcher.crossesRuns()) {
-        for (const TextRun *run = text.firstRun(); run; run = run->next) {
-            TextIndex::read(*run, 0, run->length, buffer, true);
-            buffer.append(u'\n');
-        }
-        const auto hit = backward ? matcher.last(buffer, low, high) : matcher.first(buffer, low, high);
-        if (hit.at < 0) return false;
-        setCounts(uint32_t(hit.at), uint32_t(hit.at + hit.length));
-        return true;
+    for (const TextRun *run = text.firstRun(); run; run = run->next) {
+        TextIndex::read(*run, 0, run->length, buffer, true);
+        buffer.append(u'\n');
     }
-    uint32_t base = 0;
-    const TextRun *run = text.runAt(backward ? high - 1 : low, &base);
-    while (run && (backward ? base + run->length > low : base < high)) {
-        if (run->length > 0) {
-            const uint32_t from = low > base ? low - base : 0, to = std::min(run->length, high - base);
-            const QString &whole = text.textOf(*run);
-            const auto hit = backward ? matcher.last(whole, from, to) : matcher.first(whole, from, to);
-            if (hit.at >= 0) {
-                const uint32_t at = uint32_t(hit.at), length = uint32_t(hit.length);
-                setSpan({TextIndex::placeIn(*run, at, TextIndex::Side::Following),
-                         TextIndex::placeIn(*run, at + length, TextIndex::Side::Preceding)});
-                return true;
-            }
-        }
-        if (!backward) base += run->length + 1;
-        run = backward ? run->previous : run->next;
-        if (backward && run) base -= run->length + 1;
+    const auto hit = backward ? matcher.last(buffer, low, high) : matcher.first(buffer, low, high);
+    if (hit.at < 0) return false;
+    setCounts(uint32_t(hit.at), uint32_t(hit.at + hit.length));
+    return true;
+}
+
+bool TextRange::findForward(const TextMatcher &matcher, int64_t left)
+{
+    TextIndex &text = index();
+    uint32_t from = 0;
+    const TextRun *run = text.runAround(span().start, &from);
+    if (!run) {
+        const uint32_t start = startCount();
+        run = text.runAt(start, &from);
+        from = start - from;
+    }
+    for (; run && left > 0; run = run->next) {
+        const auto to = uint32_t(std::min<int64_t>(run->length, left < run->length ? from + left : run->length));
+        if (from < to && take(*run, matcher.first(text.textOf(*run), from, to))) return true;
+        left -= int64_t(run->length) + 1 - from;
+        from = 0;
     }
     return false;
+}
+
+bool TextRange::findBackward(const TextMatcher &matcher, int64_t left)
+{
+    TextIndex &text = index();
+    uint32_t to = 0; // with a run's boundary it is one more than the length
+    const TextRun *run = text.runAround(span().end, &to);
+    if (!run) {
+        const uint32_t end = endCount();
+        if (end == 0) return false;
+        run = text.runAt(end - 1, &to);
+        to = end - to;
+    }
+    while (run && left > 0) {
+        const uint32_t end = std::min(run->length, to);
+        left -= to - end;
+        const uint32_t from = left < end ? uint32_t(end - left) : 0;
+        if (from < end && take(*run, matcher.last(text.textOf(*run), from, end))) return true;
+        left -= end;
+        run = run->previous;
+        if (run) to = run->length + 1;
+    }
+    return false;
+}
+
+bool TextRange::take(const TextRun &run, const TextHit &hit)
+{
+    if (hit.at < 0) return false;
+    setSpan({TextIndex::placeIn(run, uint32_t(hit.at), TextIndex::Side::Following),
+             TextIndex::placeIn(run, uint32_t(hit.at + hit.length), TextIndex::Side::Preceding)});
+    return true;
 }
 
 } // namespace ranges

@@ -112,7 +112,12 @@ void RangeKeeper::link(LivePosition &position)
 {
     position.mNext = position.mPrevious = nullptr;
     if (!position.mPosition) return;
-    LivePosition *&first = mByNode[position.mPosition.node.get()];
+    const Node *node = position.mPosition.node.get();
+    if (mLastNode != node) {
+        mLastFirst = &mByNode[node];
+        mLastNode = node;
+    }
+    LivePosition *&first = *mLastFirst;
     position.mNext = first;
     if (first) first->mPrevious = &position;
     first = &position;
@@ -126,8 +131,10 @@ void RangeKeeper::unlink(LivePosition &position)
         position.mPrevious->mNext = position.mNext;
     else if (position.mNext)
         mByNode[position.mPosition.node.get()] = position.mNext;
-    else
+    else {
+        if (mLastNode == position.mPosition.node.get()) mLastNode = nullptr;
         mByNode.erase(position.mPosition.node.get());
+    }
     position.mNext = position.mPrevious = nullptr;
 }
 

@@ -124,6 +124,8 @@ private:
 
     dom::Document &mDocument;
     std::unordered_map<const dom::Node *, LivePosition *> mByNode;
+    const dom::Node *mLastNode = nullptr; ///< the ends of a range are mostly set in the same node
+    LivePosition **mLastFirst = nullptr;
     bool mInStep = false;
     std::vector<Note> mNotes;
     std::unordered_map<uint64_t, LivePosition *> mByTicket;

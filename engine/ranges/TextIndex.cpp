@@ -345,6 +345,15 @@ TextRun *TextIndex::runAt(uint32_t count, uint32_t *base)
     return mRuns.find([count](uint32_t sum) { return sum > count; }, base);
 }
 
+TextRun *TextIndex::runAround(const Position &p, uint32_t *chars)
+{
+    ensure();
+    const Text *text = p.text();
+    TextRun *run = text ? runOf(*text) : nullptr;
+    if (run) *chars = countIn(*run, *text, p.offset);
+    return run;
+}
+
 TextRun *TextIndex::firstRun()
 {
     ensure();

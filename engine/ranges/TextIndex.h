@@ -87,6 +87,8 @@ public:
     TextRun *firstRun();
     TextRun *lastRun();
     uint32_t baseOf(const TextRun &run) const { return mRuns.sumBefore(run); }
+    /// The run in which a place in a text stands, and what counts in front of it there; null for other places.
+    TextRun *runAround(const Position &p, uint32_t *chars);
     /// The run that the leaf belongs to.
     TextRun *runOf(const dom::Node &leaf) const;
     static Position placeIn(const TextRun &run, uint32_t chars, Side side);

@@ -173,6 +173,7 @@ void TextRange::collapse(bool toStart)
         return;
     }
     Position p = s.end;
+    if (p.inText()) return setSpan({p, p}); // no end of an element, nor BODY's
     if (Element *closed = closedElement(index(), s)) {
         // The last thing in it, or its own end where it has nothing to see.
         const uint32_t end = endCount();

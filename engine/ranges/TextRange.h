@@ -9,6 +9,9 @@
 
 namespace ranges {
 
+class TextMatcher;
+struct TextHit;
+
 /// Two places of a document between which a script works. Edits carry them along. Counts are those of `TextIndex`.
 ///
 /// What can't be done raises `base::Error` with a number and a text; every member does once the document is gone.
@@ -77,6 +80,11 @@ private:
     enum class Unit : uint8_t { Character, Word, Sentence, TextEdit };
     enum class End : uint8_t { Start, End };
     bool hasLost() const;
+    /// `left` is how far the hit may reach.
+    bool findForward(const TextMatcher &matcher, int64_t left);
+    bool findBackward(const TextMatcher &matcher, int64_t left);
+    bool findAcrossRuns(const TextMatcher &matcher, int64_t left, bool backward);
+    bool take(const TextRun &run, const TextHit &hit);
     static Unit unitOf(const QString &name);
     struct Ends
     {
