@@ -3,6 +3,7 @@
 
 #include "base/Error.h"
 #include "commands/VirtualCommandManager.h"
+#include "control/EventProxy.h"
 #include "control/Vellum5.h"
 #include "platform/ClassFactory.h"
 #include "platform/CodeMax.h"
@@ -126,5 +127,6 @@ void publishControl()
     platform::publishSurface();
     platform::publishSourceEditor();
     publishCommandManager();
+    platform::publish(EventProxy::staticMetaObject, std::make_unique<platform::Interface>(QStringLiteral("EventProxy")));
     platform::publishCollection();
 }

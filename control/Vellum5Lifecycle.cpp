@@ -250,7 +250,8 @@ void Vellum5::UserControl_ReadProperties(PropertyBag &Bag)
         setBackColor(white);
         setBorderStyle(PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("BorderStyle"), 1)));
         mParts->ed->setAutoSelectEditableSpans(flag("AutoSelectEditableSpans", false));
-        state.mEditMode = std::clamp(PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("EditMode"), 1)), 0, 2);
+        const int mode = PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("EditMode"), 1));
+        state.mEditMode = mode < 0 || mode > 2 ? 1 : mode; // what isn't a mode is none that was asked for
         mParts->ed->setEditMode(dom::EditMode(state.mEditMode));
         mParts->strip->setVisible(state.mShowFlatStrip);
         mParts->strip->setTabVisible(QStringLiteral("preview"), state.mShowPreviewButton);

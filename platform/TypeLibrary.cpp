@@ -29,7 +29,7 @@ struct Chapter
     QString name;
     QStringList lines;
 
-    QString body() const { return lines.isEmpty() ? QString() : lines.join(u'\n') + u'\n'; }
+    QString body() const { return lines.isEmpty() ? QStringLiteral("") : lines.join(u'\n') + u'\n'; }
 };
 
 QString kindOf(const Member &member)
@@ -74,6 +74,13 @@ std::vector<Chapter> chapters()
     for (const control::EventRow &event : control::events())
         events.lines += QStringLiteral("%1 %2 event").arg(QString::number(event.id), eventSignature(event));
     all.push_back(std::move(events));
+    // What the control's proxy repeats has the control's id.
+    Chapter proxied{QStringLiteral("events"), QStringLiteral("EventProxyEvents"), {}};
+    for (const control::EventRow &event : control::events()) {
+        if (QLatin1String(event.name) == QLatin1String("ToolsRefreshed"))
+            proxied.lines += QStringLiteral("%1 %2 event").arg(QString::number(event.id), eventSignature(event));
+    }
+    all.push_back(std::move(proxied));
     for (const control::Enumeration &enumeration : control::enumerations()) {
         Chapter chapter{QStringLiteral("enum"), QLatin1String(enumeration.name), {}};
         for (const control::EnumerationValue &value : enumeration.values)

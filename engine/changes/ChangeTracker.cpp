@@ -72,6 +72,7 @@ void ChangeTracker::remove(Node &child)
     p.subtree = writeSubtree(child);
     ParentNode *parent = child.parentNode();
     leaving(child);
+    mTakenOut.emplace_back(&child);
     RawTree::remove(child);
     add(p);
     touch(parent);
@@ -169,6 +170,7 @@ void ChangeTracker::end(bool failed)
 {
     mFailed = mFailed || failed;
     if (--mDepth > 0) return;
+    const auto takenOut = std::exchange(mTakenOut, {}); // goes at the end
     if (mFailed) {
         invertOpenStep();
         return;

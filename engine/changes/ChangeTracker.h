@@ -158,6 +158,8 @@ private:
     SavedSelection mBefore;
     SavedSelection mLeft;
     std::vector<Primitive> mPrimitives;
+    /// What the open step has taken out: who edits may still ask it things.
+    std::vector<base::Ref<dom::Node>> mTakenOut;
     uint64_t mRecordCount = 0;
 
     struct OwnStep {

@@ -247,7 +247,6 @@ Position TreeEdits::leaveList(Element &item)
     Element *list = item.parentElement();
     if (!list) return {};
     Position start(&item, 0);
-    const Ref<Element> keepItem(&item), keepList(list); // both may go
     // Items that follow go into a list of their own behind.
     Ref<Element> rest;
     Node *following = item.nextSibling();
@@ -287,7 +286,7 @@ Position TreeEdits::leaveList(Element &item)
         }
         mTracker.remove(item);
     }
-    removeEmptied(keepList.get(), item);
+    removeEmptied(list, item);
     return start;
 }
 

@@ -35,6 +35,7 @@ void meet(css::PageBreak value, ForcedBreak &forced, bool &avoid)
     case css::PageBreak::Left: forced = ForcedBreak::Left; break;
     case css::PageBreak::Right: forced = ForcedBreak::Right; break;
     case css::PageBreak::Avoid: avoid = true; break;
+    case css::PageBreak::Column: // of the columns, not of the sheets
     case css::PageBreak::Auto: break;
     }
 }

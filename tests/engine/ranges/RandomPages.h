@@ -44,8 +44,10 @@ struct Page {
     Ref<TextRange> all() { return TextRange::over(selection, *document->body()); }
     QString body() { return document->body()->innerHTML().remove('\r'); }
     QString marked() { return Marks::print(selection).remove('\r'); }
-    void paste(const QString &html) { editing::RangeEdits(editor).paste(*range(), html); }
-    void write(const QString &text) { editing::RangeEdits(editor).write(*range(), text); }
+    void paste(const QString &html) { paste(range(), html); }
+    void paste(const Ref<TextRange> &range, const QString &html) { editing::RangeEdits(editor, *range).paste(*range, html); }
+    void write(const QString &text) { write(range(), text); }
+    void write(const Ref<TextRange> &range, const QString &text) { editing::RangeEdits(editor, *range).write(*range, text); }
 };
 
 /// Blocks, lists, tables, inline elements, breaks, images and white space, by chance.

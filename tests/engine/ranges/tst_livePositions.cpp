@@ -165,7 +165,7 @@ void tst_livePositions::aRangeComesBackIntoReplacedHtml()
         Element *p = page.document->getElementById("p");
         if (how == 0) p->setInnerHTML("new");
         if (how == 1) p->setOuterHTML("<h1>new</h1>");
-        if (how == 2) editing::RangeEdits(page.editor).paste(*page.over("p"), "<h1>new</h1><p>er</p>");
+        if (how == 2) page.paste(page.over("p"), "<h1>new</h1><p>er</p>");
         QCOMPARE(page.records.size(), 1);
         QCOMPARE(wo->text(), QString());
         page.tracker.play(page.records[0], false);
@@ -197,7 +197,7 @@ void tst_livePositions::whatAnEditSetItsUndoSetsBack()
     Page page("<p id=p>one two three</p>");
     auto &text = static_cast<Text &>(*page.document->getElementById("p")->firstChild());
     const Ref<TextRange> two(new TextRange(page.selection, {{&text, 4}, {&text, 7}}));
-    editing::RangeEdits(page.editor).paste(*two, "<i>2</i>");
+    page.paste(two, "<i>2</i>");
     QCOMPARE(page.body(), QString("<P id=\"p\">one <I>2</I> three</P>"));
     QVERIFY(two->isEmpty());
     page.tracker.play(page.records[0], false);
