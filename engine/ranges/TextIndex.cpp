@@ -13,14 +13,6 @@ namespace {
 constexpr size_t manyPlaces = 2048; // from there on it is cheaper to begin anew
 }
 
-uint32_t TextRun::unitsEnd(size_t piece) const
-{
-    const Node *node = pieces[piece].node;
-    if (!node->isText()) return 0;
-    if (piece + 1 < pieces.size() && pieces[piece + 1].node == node) return pieces[piece + 1].from;
-    return static_cast<const Text *>(node)->length();
-}
-
 TextIndex::TextIndex(Document &document, const Rendering &rendering) : mDocument(document), mRendering(rendering)
 {
     document.addObserver(this);
@@ -429,7 +421,8 @@ uint32_t TextIndex::countIn(const TextRun &run, const Text &text, uint32_t offse
         return piece.node == &text && piece.from <= offset;
     });
     i = size_t(behind - pieces.begin()) - 1;
-    if (run.isOneToOne(i)) return pieces[i].chars + std::min(offset, run.unitsEnd(i)) - pieces[i].from;
+    if (offset - pieces[i].from <= pieces[i].plain)
+        return std::min(pieces[i].chars + offset - pieces[i].from, run.endOf(i));
     return pieces[i].chars +
            std::min(countVisible(pieces[i], text, std::min(offset, text.length())), run.endOf(i) - pieces[i].chars);
 }
@@ -486,7 +479,7 @@ Position TextIndex::placeIn(const TextRun &run, uint32_t chars, Side side)
                                        [&](const TextRun::Piece &piece) { return piece.chars <= wanted; });
     const size_t i = size_t(behind - pieces.begin()) - 1;
     Node &node = *pieces[i].node;
-    if (node.isText() && run.isOneToOne(i))
+    if (node.isText() && wanted - pieces[i].chars < pieces[i].plain)
         return {&node, pieces[i].from + wanted - pieces[i].chars + (side == Side::Following ? 0 : 1)};
     if (node.isText()) return placeInText(pieces[i], static_cast<Text &>(node), wanted - pieces[i].chars, side);
     return side == Side::Following ? Position::before(node) : Position::after(node);
@@ -517,7 +510,7 @@ void TextIndex::read(const TextRun &run, uint32_t from, uint32_t to, QString &ou
         const uint32_t end = std::min(run.endOf(i), to);
         const uint32_t begin = std::max(from, pieces[i].chars);
         if (begin >= end) continue;
-        if (pieces[i].node->isText() && run.isOneToOne(i))
+        if (pieces[i].node->isText() && end - pieces[i].chars <= pieces[i].plain)
             readPlain(pieces[i], static_cast<Text &>(*pieces[i].node), begin - pieces[i].chars, end - begin, out);
         else if (pieces[i].node->isText())
             readText(pieces[i], static_cast<Text &>(*pieces[i].node), begin - pieces[i].chars, end - begin, out);

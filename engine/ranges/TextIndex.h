@@ -23,6 +23,7 @@ struct TextRun
         uint32_t chars = 0;      ///< what counts in front of it, in this run
         bool afterBlank = false; ///< a blank here would collapse
         bool preserved = false;
+        uint32_t plain = 0; ///< so many units from its start all show
     };
     std::vector<Piece> pieces;
     uint32_t length = 0; ///< without the boundary behind it
@@ -35,12 +36,6 @@ struct TextRun
     TextRun *next = nullptr;
 
     uint32_t endOf(size_t piece) const { return piece + 1 < pieces.size() ? pieces[piece + 1].chars : length; }
-    uint32_t unitsEnd(size_t piece) const;
-    /// Nothing of the piece's text is collapsed: units and what counts are the same.
-    bool isOneToOne(size_t piece) const
-    {
-        return endOf(piece) - pieces[piece].chars == unitsEnd(piece) - pieces[piece].from;
-    }
 
     struct Traits
     {

@@ -41,8 +41,13 @@ void TextRunWriter::addText(Text &text)
     for (uint32_t from = 0; from < uint32_t(data.size()); from += pieceUnits) {
         mRun.pieces.push_back({&text, from, mRun.length, collapse.afterBlank, preserved});
         const uint32_t end = std::min(uint32_t(data.size()), from + pieceUnits);
-        for (uint32_t i = from; i < end; ++i)
-            if (collapse.shows(units[i])) ++mRun.length;
+        const uint32_t start = mRun.length;
+        uint32_t plain = 0;
+        for (uint32_t i = from; i < end; ++i) {
+            if (!collapse.shows(units[i])) continue;
+            if (i - from == mRun.length++ - start) ++plain;
+        }
+        mRun.pieces.back().plain = plain;
     }
     if (preserved) {
         mAfterBlank = mEndsBlank = false;

@@ -35,7 +35,7 @@ private:
 uint32_t countVisible(const TextRun::Piece &piece, const dom::Text &text, uint32_t offset);
 /// Beside the n-th of the piece's visible units, 0-based.
 Position placeInText(const TextRun::Piece &piece, dom::Text &text, uint32_t n, TextIndex::Side side);
-/// Of a piece of which nothing is collapsed.
+/// Of the plain part of a piece.
 void readPlain(const TextRun::Piece &piece, const dom::Text &text, uint32_t skip, uint32_t count, QString &out);
 void readText(const TextRun::Piece &piece, const dom::Text &text, uint32_t skip, uint32_t count, QString &out);
 /// An object by its name, whatever may be edited.
