@@ -235,6 +235,13 @@ void DocumentText::addMisspellingStyle()
     sheet->setCssText(QStringLiteral("SPAN.lxMisspelled {") + misspellingRule(mState.mSpellImagePath) + u'}');
 }
 
+// They are for the one who writes. The rule that shows them may stand in the page's text, so another one beats it.
+void DocumentText::hideMisspellings(IHTMLDocument2 &document)
+{
+    css::StyleSheetObject *sheet = document.styles->createStyleSheet(document, QString());
+    sheet->setCssText(QStringLiteral("SPAN.lxMisspelled { background-image: none !important }"));
+}
+
 /// Linked style sheets written for a page whose content lies in a `div#pagebody` style the wrapper's body. What the text
 /// itself brings in a STYLE element stays as it is.
 void DocumentText::addBodyModeStyles()

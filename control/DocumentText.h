@@ -48,6 +48,8 @@ public:
     QString FormatHTML(const QString &Text, bool IsBody);
     void ed_DocumentComplete(const QString &URL);
     IHTMLDocument2 *mDoc() const;
+    /// In a copy that is printed.
+    static void hideMisspellings(IHTMLDocument2 &document);
 
 private:
     bool isActive() const;

@@ -4,6 +4,7 @@
 #include "control/Vellum5Parts.h"
 #include "core/modMain.h"
 #include "engine/changes/EditScope.h"
+#include "platform/SurfaceNumbers.h"
 #include "support/FailureTrap.h"
 
 using changes::EditScope;
@@ -395,6 +396,12 @@ void Vellum5::RunCommandEx(const QString &CommandName, IHTMLElement *SpecificEle
 {
     EditScope scope;
     mParts->commands.InternalRunCommand(CommandName, SpecificElement);
+}
+
+void Vellum5::DoPrint(bool Preview)
+{
+    trap(module, "DoPrint", &mParts->state,
+         [&] { mParts->ed->execCommand(Preview ? surfacenumbers::commandPrintPreview : surfacenumbers::commandPrint, true); });
 }
 
 void Vellum5::ForceElementChange(IHTMLElement *Element)

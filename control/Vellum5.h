@@ -231,6 +231,8 @@ public:
     Q_INVOKABLE bool IsInWidget(dom::Element *e);
     Q_INVOKABLE void RunCommandEx(const QString &CommandName, dom::Element *SpecificElement);
     Q_INVOKABLE void ForceElementChange(dom::Element *Element);
+    /// Shows the pages, or asks for a printer and prints. Nothing happens without a document.
+    Q_INVOKABLE void DoPrint(bool Preview);
 
     // Spelling
     /// Of the picture below misspelt words: what follows "res://". "" at design time.

@@ -132,6 +132,7 @@ void Vellum5::wireChildren()
         return platform::FileHelper::readText(url).text;
     };
     p.ed->roleOf = &EditableRegions::RoleOf;
+    p.ed->beforePrint = [&p](dom::Document &copy) { p.text.hideMisspellings(copy); };
     connect(p.ed, &HTMLEditor::documentLoaded, this, [&p](const QString &text) { p.journal.surfaceLoaded(text); });
     connect(p.ed, &HTMLEditor::documentComplete, this, [&p](const QString &url) {
         EditScope scope;
@@ -177,6 +178,8 @@ void Vellum5::wireChildren()
     p.commands.add(QStringLiteral("ViewNormal"), [&p] { p.views.setEditView(EditViewEnum::hvVisualEdit); });
     p.commands.add(QStringLiteral("ViewSource"), [&p] { p.views.setEditView(EditViewEnum::hvSourceEdit); });
     p.commands.add(QStringLiteral("ViewPreview"), [&p] { p.views.setEditView(EditViewEnum::hvPreview); });
+    p.commands.add(QStringLiteral("PrintPreview"), [this] { DoPrint(true); });
+    p.commands.add(QStringLiteral("Print"), [this] { DoPrint(false); });
 }
 
 void Vellum5::Initialise()

@@ -21,6 +21,11 @@ QString textOr(const Value &value)
     return value.isNothing() || value.isEmpty() ? QString() : value.toString();
 }
 
+bool isTrue(const Value &value)
+{
+    return !value.isNothing() && !value.isEmpty() && value.toBoolean();
+}
+
 surface::Navigation navigationOf(const Arguments &a)
 {
     return {a[0].toString(), a[1].toInt(), textOr(a[2]), textOr(a[3]).toUtf8(), textOr(a[4])};
@@ -89,7 +94,7 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
         .method(memberIsCommandEnabled, "IsCommandEnabled(Command)",
                 [](S &s, Arguments &a) { return Value((s.queryStatus(a[0].toInt()) & statusEnabled) != 0); })
         .method(memberExecCommand, "ExecCommand(Command, [ShowUI], [Value])",
-                [](S &s, Arguments &a) { return Value(s.execCommand(a[0].toInt(), textOr(a[2]))); });
+                [](S &s, Arguments &a) { return Value(s.execCommand(a[0].toInt(), isTrue(a[1]), textOr(a[2]))); });
     table.read(memberSelectedCells, "SelectedCells", [](S &s) { return selectedCellsValue(s); })
         .property(
             memberSelectedArea, "SelectedArea",

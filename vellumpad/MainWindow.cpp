@@ -3,6 +3,7 @@
 
 #include <VellumKit5/CommandManager>
 #include <VellumKit5/Error>
+#include <VellumKit5/HTMLEditor>
 #include <VellumKit5/Recovery>
 
 #include <QActionGroup>
@@ -16,6 +17,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QProgressDialog>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
@@ -110,6 +112,9 @@ void MainWindow::makeActions()
                    themeIcon("document-save", look.standardIcon(QStyle::SP_DialogSaveButton)), [this] { save(); });
     mSaveAs = action(QStringLiteral("FileSaveAs"), tr("Save &As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), {},
                      [this] { saveAs(); });
+    mPrint = action(QStringLiteral("FilePrint"), tr("&Print..."), QKeySequence::Print, themeIcon("document-print", {}), [this] { print(false); });
+    mPrintPreview = action(QStringLiteral("FilePrintPreview"), tr("Print Pre&view"), {}, themeIcon("document-print-preview", {}), [this] { print(true); });
+    mExportPdf = action(QStringLiteral("FileExportPdf"), tr("&Export as PDF..."), {}, {}, [this] { exportPdf(); });
     mQuit = action(QStringLiteral("FileQuit"), tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), {}, [this] { close(); });
     mUndo = action(QStringLiteral("EditUndo"), tr("&Undo"), QKeySequence::Undo,
                    themeIcon("edit-undo", QIcon(QStringLiteral(":/vellumpad/icons/undo.svg"))),
@@ -145,6 +150,10 @@ void MainWindow::makeMenus()
     file->addSeparator();
     file->addAction(mSave);
     file->addAction(mSaveAs);
+    file->addSeparator();
+    file->addAction(mPrint);
+    file->addAction(mPrintPreview);
+    file->addAction(mExportPdf);
     file->addSeparator();
     file->addAction(mQuit);
     QMenu *edit = menuBar()->addMenu(tr("&Edit"));
@@ -299,6 +308,39 @@ bool MainWindow::saveAs()
     if (!mFileName.isEmpty()) dialog.selectFile(QFileInfo(mFileName).fileName());
     return dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty() &&
            saveFile(dialog.selectedFiles().front());
+}
+
+// The surface is what is printed: what was typed in the source view is shown there first.
+void MainWindow::print(bool preview)
+{
+    if (mControl->EditView() == 1) setView(0);
+    mControl->WaitUntilLoaded();
+    mControl->RunCommand(preview ? QStringLiteral("PrintPreview") : QStringLiteral("Print"));
+}
+
+void MainWindow::exportPdf()
+{
+    const QFileInfo known(mFileName);
+    const QString proposed = mFileName.isEmpty() ? tr("Untitled") + QStringLiteral(".pdf")
+                                                 : known.path() + u'/' + known.completeBaseName() + QStringLiteral(".pdf");
+    const QString name = QFileDialog::getSaveFileName(this, tr("Export as PDF"), proposed, tr("PDF documents (*.pdf)"));
+    if (name.isEmpty()) return;
+    if (mControl->EditView() == 1) setView(0);
+    mControl->WaitUntilLoaded();
+    QProgressDialog box(tr("Exporting..."), tr("Cancel"), 0, 0, this);
+    box.setWindowModality(Qt::WindowModal);
+    box.setMinimumDuration(700);
+    const bool done = mControl->VisualEditControl()->printToPdf(name, mControl->VisualEditControl()->printSettings(), [&box](int page, int pages) {
+        box.setMaximum(pages + 1);
+        box.setValue(page);
+        return !box.wasCanceled();
+    });
+    const bool cancelled = box.wasCanceled();
+    box.reset();
+    if (done)
+        statusBar()->showMessage(tr("Exported %1").arg(QDir::toNativeSeparators(name)), 5000);
+    else if (!cancelled)
+        QMessageBox::warning(this, tr("Export as PDF"), tr("%1 can't be written.").arg(QDir::toNativeSeparators(name)));
 }
 
 bool MainWindow::mayLeave()

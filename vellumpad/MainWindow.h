@@ -50,6 +50,8 @@ private:
     bool saveAs();
     /// Asks before changes are lost; false if the user would rather stay.
     bool mayLeave();
+    void print(bool preview);
+    void exportPdf();
     void loaded();
     Q_SLOT void changed();
     void toolsRefreshed();
@@ -70,6 +72,6 @@ private:
     QDateTime mTimeTold;   ///< of a later version that somebody was told of
     bool mAsking = false;
     QMenu *mRecentMenu = nullptr;
-    QAction *mNew, *mOpen, *mSave, *mSaveAs, *mQuit, *mUndo, *mRedo;
+    QAction *mNew, *mOpen, *mSave, *mSaveAs, *mPrint, *mPrintPreview, *mExportPdf, *mQuit, *mUndo, *mRedo;
     QAction *mViews[3];
 };

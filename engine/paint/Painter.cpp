@@ -269,7 +269,7 @@ void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
         auto &table = static_cast<TableBox &>(box);
         for (Box *each = box.firstChild(); each; each = each->next())
             if (BlockBox *child = each->asBlock(); child && !child->isTablePart() && !child->positioned) paintChild(*child);
-        paintTableParts(table, origin);
+        if (phase == Phase::Backgrounds) paintTableParts(table, origin);
         // Rows are in order of height: those above the clip are passed over.
         const Unit top = Unit::from(mClip.top()) - origin.y;
         const TableRow *row = table.rowAt(top);

@@ -177,11 +177,11 @@ int HTMLEditor::queryStatus(int command) const
     return mView->commandStatus(command) ? mView->commandStatus(command) | statusSupported : 0;
 }
 
-bool HTMLEditor::execCommand(int command, const QString &value)
+bool HTMLEditor::execCommand(int command, bool showUi, const QString &value)
 {
     if (command == commandUndo) return undo();
     if (command == commandRedo) return redo();
-    if (command == commandPrint) return printWithDialog();
+    if (command == commandPrint) return showUi ? printWithDialog() : printAtOnce();
     if (command == commandPrintPreview) return showPrintPreview();
     return mView->execCommand(command, value);
 }

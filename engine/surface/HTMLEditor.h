@@ -87,8 +87,9 @@ public:
 
     /// Bit field of a command: 2 enabled, 4 latched; 43 is undo and 29 redo.
     int queryStatus(int command) const;
-    /// Does the command; whether it could. 27 prints, after asking, and 2003 shows the pages.
-    bool execCommand(int command, const QString &value = {});
+    /// Does the command; whether it could. 27 prints: with `showUi` after asking, else at once, to the usual printer; 2003
+    /// shows the pages.
+    bool execCommand(int command, bool showUi = false, const QString &value = {});
     /// The surface's own history; with a reader of the change log, Ctrl+Z goes out as `undoRequested`.
     bool undo();
     bool redo();
@@ -110,6 +111,8 @@ public:
     bool printToPdf(const QString &fileName, const PrintSettings &settings = {}, const PrintProgress &progress = {});
     /// Asks for a printer; whether something was printed.
     bool printWithDialog();
+    /// To the system's usual printer, as was chosen last. False where there is none.
+    bool printAtOnce();
     /// False without a document.
     bool showPrintPreview();
     /// What the dialogs offered last.

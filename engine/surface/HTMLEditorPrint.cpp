@@ -7,6 +7,8 @@
 #include "engine/surface/PrintDialogs.h"
 
 #include <QPdfWriter>
+#include <QPrinter>
+#include <QPrinterInfo>
 #include <QSaveFile>
 
 namespace surface {
@@ -48,6 +50,15 @@ bool HTMLEditor::printToPdf(const QString &fileName, const PrintSettings &settin
 bool HTMLEditor::printWithDialog()
 {
     return mLoaded && surface::printWithDialog(*this, mPrintSettings);
+}
+
+bool HTMLEditor::printAtOnce()
+{
+    const QPrinterInfo usual = QPrinterInfo::defaultPrinter();
+    if (!mLoaded || usual.isNull()) return false;
+    QPrinter printer(usual, QPrinter::HighResolution);
+    printer.setDocName(documentTitle());
+    return printWithProgress(*this, printer, mPrintSettings);
 }
 
 bool HTMLEditor::showPrintPreview()
