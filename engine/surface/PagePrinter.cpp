@@ -135,7 +135,9 @@ QPageLayout PagePrinter::pageLayout() const
     const QPageSize size(mPaper / perPoint, QPageSize::Point, QString(), QPageSize::FuzzyOrientationMatch);
     // A named size knows only one direction.
     const bool turned = mPaper.width() > mPaper.height() && size.size(QPageSize::Point).width() < size.size(QPageSize::Point).height();
-    return QPageLayout(size, turned ? QPageLayout::Landscape : QPageLayout::Portrait, QMarginsF());
+    QPageLayout layout(size, turned ? QPageLayout::Landscape : QPageLayout::Portrait, QMarginsF());
+    layout.setMode(QPageLayout::FullPageMode); // margins are ours, not the device's
+    return layout;
 }
 
 // ---- Painting ----

@@ -5,7 +5,7 @@
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
-#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPrintDialog>
 #include <QPrintPreviewDialog>
@@ -57,13 +57,16 @@ PrintOptionsPanel::PrintOptionsPanel(const PrintSettings &settings, QWidget *par
     mTitle->setChecked(settings.title);
     mBackgrounds->setChecked(settings.backgrounds);
     mOwnMargins->setChecked(!settings.margins);
-    auto *grid = new QGridLayout(this);
-    grid->addWidget(mPageNumbers, 0, 0, 1, 2);
-    grid->addWidget(mTitle, 1, 0, 1, 2);
-    grid->addWidget(mBackgrounds, 2, 0, 1, 2);
-    grid->addWidget(mOwnMargins, 3, 0, 1, 2);
-    const QMarginsF margins = settings.margins.value_or(QMarginsF(usualMargin, usualMargin, usualMargin, usualMargin));
-    const double values[] = {margins.left(), margins.top(), margins.right(), margins.bottom()};
+    // Flat, since it stands below the pages of the preview, too.
+    auto *column = new QVBoxLayout(this);
+    auto *switches = new QHBoxLayout, *margins = new QHBoxLayout;
+    column->addLayout(switches);
+    column->addLayout(margins);
+    column->addStretch();
+    for (QCheckBox *box : {mPageNumbers, mTitle, mBackgrounds, mOwnMargins}) switches->addWidget(box);
+    switches->addStretch();
+    const QMarginsF wanted = settings.margins.value_or(QMarginsF(usualMargin, usualMargin, usualMargin, usualMargin));
+    const double values[] = {wanted.left(), wanted.top(), wanted.right(), wanted.bottom()};
     const QString names[] = {tr("&Left:"), tr("T&op:"), tr("&Right:"), tr("Botto&m:")};
     const char *const objects[] = {"MarginLeft", "MarginTop", "MarginRight", "MarginBottom"};
     for (int i = 0; i < 4; ++i) {
@@ -75,12 +78,11 @@ PrintOptionsPanel::PrintOptionsPanel(const PrintSettings &settings, QWidget *par
         mMargins[i]->setValue(values[i]);
         auto *label = new QLabel(names[i]);
         label->setBuddy(mMargins[i]);
-        grid->addWidget(label, 4 + i, 0);
-        grid->addWidget(mMargins[i], 4 + i, 1);
+        margins->addWidget(label);
+        margins->addWidget(mMargins[i]);
         connect(mMargins[i], &QDoubleSpinBox::valueChanged, this, &PrintOptionsPanel::changed);
     }
-    grid->setColumnStretch(2, 1);
-    grid->setRowStretch(8, 1);
+    margins->addStretch();
     updateMargins();
     connect(mOwnMargins, &QCheckBox::toggled, this, &PrintOptionsPanel::updateMargins);
     for (QCheckBox *box : {mPageNumbers, mTitle, mBackgrounds, mOwnMargins}) connect(box, &QCheckBox::toggled, this, &PrintOptionsPanel::changed);
