@@ -3,6 +3,7 @@
 
 #include "core/Host.h"
 #include "core/modMain.h"
+#include "engine/ranges/Rendering.h"
 #include "support/FailureTrap.h"
 
 using modMain::GetElementClassName;

@@ -4,7 +4,6 @@
 #include "base/Export.h"
 #include "engine/dom/Document.h"
 #include "engine/dom/EventObject.h"
-#include "engine/ranges/Rendering.h"
 #include "engine/surface/PrintSettings.h"
 
 #include <QAbstractScrollArea>
@@ -19,6 +18,9 @@ class ChangeTracker;
 }
 namespace editing {
 class Editor;
+}
+namespace ranges {
+enum class Role : uint8_t;
 }
 
 namespace surface {
