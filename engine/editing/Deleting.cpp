@@ -78,6 +78,19 @@ bool Operation::takeAway(Element &element, const Position &caret)
     return true;
 }
 
+/// Where the caret comes into a table from outside; beside it if it has no cells.
+Position Operation::edgeOfTable(Element &table, bool first) const
+{
+    Node *cell = nullptr;
+    for (Node *node = table.firstChild(); node; node = node->next(&table)) {
+        const bool isOwn = node->isElement() && isCell(*node->asElement());
+        if (isOwn) cell = node;
+        if (isOwn && first) break;
+    }
+    if (!cell) return first ? Position::before(table) : Position::after(table);
+    return mContent.normalised(first ? Position::startOf(*cell) : Position::endOf(*cell));
+}
+
 /// Backspace at a block's start, Delete at its end.
 bool Operation::joinOver(const Position &p, bool forward)
 {
@@ -109,8 +122,10 @@ bool Operation::joinOver(const Position &p, bool forward)
         if (mContent.rendering().isFrame(element) && !blankHere)
             return mContent.rendering().roleOf(element) == Role::Widget && takeAway(element, p);
         if (element.is(names::table)) {
-            if (!blankHere) return takeAway(element, p);
-            return removeHere(forward ? mMovement.nextCharacter(p) : mMovement.previousCharacter(p));
+            if (blankHere) return removeHere(edgeOfTable(element, forward));
+            // Too much to go unseen: the next key takes what is selected.
+            mSelection.setControl({Ref<Element>(&element)});
+            return true;
         }
         const Position beyond = forward ? Position::after(element) : Position::before(element);
         if (isBlankBlock(element)) {

@@ -148,7 +148,7 @@ bool Editor::deleteSelection()
     if (!host || mSelection.isCaret()) return false;
     Operation operation(*this, *host);
     if (mSelection.type() == SelectionObject::Type::Control) {
-        ChangeTracker::Step step(mTracker, Kind::Command);
+        ChangeTracker::Step step(mTracker, operation.objectsAreWithinBlock() ? Kind::TextOut : Kind::Command);
         const Position p = operation.removeObjects();
         operation.settle(p);
         step.done();
@@ -206,6 +206,15 @@ Span Operation::span() const
     }
     const Position p = mContent.normalised(mSelection.focus());
     return {p, p};
+}
+
+bool Operation::objectsAreWithinBlock() const
+{
+    const auto elements = mSelection.elements();
+    const Element *const block = mContent.container(Position::before(*elements.front()));
+    return std::all_of(elements.begin(), elements.end(), [&](const auto &element) {
+        return !mContent.delimitsLines(*element) && mContent.container(Position::before(*element)) == block;
+    });
 }
 
 Position Operation::removeObjects()

@@ -15,6 +15,8 @@ public:
 
     /// The selection as far as it can be edited; an empty span for a caret, normalised.
     ranges::Span span() const;
+    /// Whether the selected objects stand in lines of one block.
+    bool objectsAreWithinBlock() const;
     /// Takes the selected objects away; a place where they were.
     ranges::Position removeObjects();
 
@@ -53,6 +55,7 @@ private:
 
     bool joinOver(const ranges::Position &p, bool forward);
     bool leaveListAtStart(const ranges::Position &p);
+    ranges::Position edgeOfTable(dom::Element &table, bool first) const;
     bool isBlankBlock(const dom::Element &block) const;
     bool takeAway(dom::Element &element, const ranges::Position &caret);
     /// Whether `p` lies between blocks, in no line.

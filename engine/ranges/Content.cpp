@@ -226,6 +226,10 @@ Element *Content::fieldAround(Node *node) const
 
 Element *Content::emptyField(const Position &p) const
 {
+    // An inline element without content is as good where somebody put the caret into it.
+    if (Element *inside = p.node->asElement(); inside && !inside->hasChildNodes() && !inside->isVoid() &&
+                                               inside != &limit() && !isObject(*inside) && !isBlock(*inside))
+        return inside;
     Element *field = p.node->isElement() && p.node->hasChildNodes() ? nullptr : fieldAround(p.node.get());
     for (const Node *node = field ? field->firstChild() : nullptr; node; node = node->next(field))
         if (node->isText() ? static_cast<const Text *>(node)->length() > 0
