@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/css/FontUnits.h"
 #include "engine/css/StyleBuilder.h"
 
 #include <algorithm>
@@ -138,8 +139,9 @@ double StyleBuilder::pixels(const Value &value, double fontSize)
     case Unit::Rem:
         return within(value.number * (mContext.isRoot ? fontSize : mContext.rootFontSize));
     case Unit::Ex:
+        return within(value.number * fontSize * fontUnits(mStyle->font()).ex);
     case Unit::Ch:
-        return within(value.number * fontSize / 2);
+        return within(value.number * fontSize * fontUnits(mStyle->font()).ch);
     case Unit::Vw:
         return within(value.number * viewport.width() / 100);
     case Unit::Vh:

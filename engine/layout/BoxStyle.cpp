@@ -72,6 +72,7 @@ bool breaksWords(const ComputedStyle &style)
 }
 BreakFinder::Words wordBreakOf(const ComputedStyle &style)
 {
+    if (style.text().whiteSpace == css::WhiteSpace::BreakSpaces) return BreakFinder::Words::EveryBlank;
     switch (style.text().wordBreak) {
     case css::WordBreak::BreakAll: return BreakFinder::Words::BreakAll;
     case css::WordBreak::KeepAll: return BreakFinder::Words::KeepAll;
@@ -335,6 +336,18 @@ bool shrinksToFit(const BlockBox &box)
     const auto kind = box.style().box().width.kind;
     if (kind == css::Length::Kind::FitContent || kind == css::Length::Kind::MinContent || kind == css::Length::Kind::MaxContent) return true;
     return box.element() && !box.style().box().width.isDefinite() && (box.element()->is(dom::names::legend) || box.element()->is(dom::names::button));
+}
+bool isFrameLegend(const BlockBox &box)
+{
+    if (box.anonymous || !box.element() || !box.element()->is(dom::names::legend) || !box.inSumTree) return false;
+    const BlockBox *parent = box.blockParent();
+    return parent && frameLegendOf(*parent) == &box;
+}
+const BlockBox *frameLegendOf(const BlockBox &box)
+{
+    if (box.anonymous || !box.element() || !box.element()->is(dom::names::fieldset) || box.flow.empty() || box.hasItems() || box.columns()) return nullptr;
+    const BlockBox *first = box.flow.at(0);
+    return !first->anonymous && first->element() && first->element()->is(dom::names::legend) ? first : nullptr;
 }
 Unit blockAlignShift(const BlockBox &box, Unit free)
 {

@@ -96,6 +96,9 @@ Point stickyShift(const BlockBox &box);
 std::optional<FloatSide> clearOf(const BlockBox &box);
 bool floatsLeft(const BlockBox &box);
 bool shrinksToFit(const BlockBox &box);
+/// The first legend of a fieldset: it stands in the frame's upper edge.
+bool isFrameLegend(const BlockBox &box);
+const BlockBox *frameLegendOf(const BlockBox &box);
 /// What `align` of the parent moves a narrower block by.
 Unit blockAlignShift(const BlockBox &box, Unit free);
 /// A cell, or the body, in quirks mode.

@@ -74,6 +74,7 @@ bool BreakFinder::allowed(uint32_t at, Words words) const
 {
     if (at == 0 || at >= uint32_t(mText.size())) return at != 0;
     const char16_t last = mText[at - 1].unicode(), next = mText[at].unicode();
+    if (words == Words::EveryBlank && isBlank(last)) return true;
     if (isBlank(next)) return false;
     if (isBlank(last)) return true;
     if (last == 0xA0 || next == 0xA0 || last == 0x2060 || next == 0x2060) return false;

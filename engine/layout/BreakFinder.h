@@ -11,7 +11,8 @@ namespace layout {
 class BreakFinder
 {
 public:
-    enum class Words : uint8_t { Normal, BreakAll, KeepAll };
+    /// EveryBlank: blanks stay in the line that they stand in, and it may end behind each of them.
+    enum class Words : uint8_t { Normal, BreakAll, KeepAll, EveryBlank };
     explicit BreakFinder(const QString &text);
     /// Whether a line may end in front of the 0-based unit `at`. Blanks hang: they belong to the word in front.
     bool allowed(uint32_t at, Words words = Words::Normal) const;

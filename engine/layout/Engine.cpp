@@ -253,6 +253,17 @@ void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, con
         }
     }
     layoutInFlow(child, constraint, {area.context, {area.origin.x, originY + top}});
+    if (isFrameLegend(child)) { // it stands in the frame; what follows begins as if the frame's edge were as high as it
+        child.gap = child.marginTop - parent.contentTop();
+        state.y = child.marginTop + child.height + child.marginBottom - parent.border.top;
+        if (state.y.raw < 0) { // a low one stands in the middle of a thick edge
+            child.gap += -state.y / 2;
+            state.y = {};
+        }
+        state.strut = {};
+        state.atTop = false;
+        return;
+    }
     child.gap = top - runningSum;
     if (child.collapsesThrough) {
         if (!joins) state.strut = strut;
@@ -306,6 +317,7 @@ void Engine::layoutFlowChildren(BlockBox &box, const Constraint &inner, FloatAre
 // False where floats or positioned children make the whole flow depend on it.
 bool Engine::relayoutDirtyChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state)
 {
+    if (frameLegendOf(box)) return false; // what follows a legend doesn't begin where it ends
     if (!box.rare || box.rare->allDirty || box.subtreeHasFloats || box.enteredWithFloats || box.hasOutOfFlow) return false;
     for (BlockBox *child : box.rare->dirty)
         if (!child->inSumTree) return false;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/css/FontUnits.h"
 #include "engine/css/StyleEngine.h"
+#include "engine/layout/FontCache.h"
 #include "engine/layout/StyleSource.h"
 
 namespace layout {
@@ -10,7 +12,7 @@ namespace layout {
 class EngineStyles final : public StyleSource
 {
 public:
-    explicit EngineStyles(css::StyleEngine &engine) : mEngine(engine) {}
+    explicit EngineStyles(css::StyleEngine &engine) : mEngine(engine) { css::setFontMeasure(&measureFont); }
     StyleRef styleFor(dom::Element &element) override { return StyleRef(&mEngine.styleFor(element)); }
     StyleRef pseudoStyleFor(dom::Element &element, css::Pseudo pseudo) override
     {

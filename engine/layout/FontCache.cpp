@@ -124,7 +124,7 @@ const FontFace::Entry &FontFace::learn(int index) const
     Entry &e = mEntries[std::size_t(index)];
     char16_t c = tableCharacter(index);
     if (c == '\t' || c == '\n' || c == '\r' || c == 0xA0) c = ' ';
-    const bool invisible = c == 0xAD;
+    const bool invisible = c == 0xAD || c == 0x2060;
     const uint32_t g = glyph(invisible ? ' ' : c);
     e.glyph = uint16_t(g);
     e.advance = invisible ? int16_t(0) : int16_t(advance(g));
@@ -272,6 +272,15 @@ const FontFace *FontCache::fallback(char32_t character, int weight, bool italic)
         it = mFallbackFamilies.insert(character, found);
     }
     return it->isEmpty() ? nullptr : &face(*it, weight, italic);
+}
+
+css::FontUnits measureFont(const css::FontGroup &group)
+{
+    const Font &font = FontCache::instance().font(group.families, 100, group.weight, group.style != css::FontStyle::Normal);
+    css::FontUnits units;
+    if (font.xHeight() > 0) units.ex = font.xHeight() / 100;
+    if (font.zeroWidth() > 0) units.ch = font.zeroWidth() / 100;
+    return units;
 }
 
 } // namespace layout

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "engine/css/FontUnits.h"
 #include "engine/layout/Unit.h"
 
 #include <QFont>
@@ -134,5 +135,8 @@ private:
     QHash<QString, std::shared_ptr<Font>> mFonts;
     QHash<char32_t, QString> mFallbackFamilies;
 };
+
+/// What `ex` and `ch` are in that font.
+css::FontUnits measureFont(const css::FontGroup &font);
 
 } // namespace layout

@@ -43,6 +43,22 @@ private:
     bool mCollapses, mKeepsLines, mAfterBlank;
 };
 
+// Capitals of which there are several: a sharp s becomes "SS". The text grows, so places in it are counted with them.
+QString severalCapitals(QChar c)
+{
+    const char16_t u = c.unicode();
+    if (u != 0xDF && u != 0x149 && u != 0x1F0 && !(u >= 0xFB00 && u <= 0xFB17)) return {};
+    const QString capitals = QString(c).toUpper();
+    return capitals.size() > 1 ? capitals : QString();
+}
+
+// How many units a character that is kept takes.
+uint32_t unitsOf(QChar c, bool capitals)
+{
+    if (!capitals || c.unicode() < 0xDF) return 1;
+    return std::max(1u, uint32_t(severalCapitals(c).size()));
+}
+
 QChar transformed(QChar c, TextTransform transform, bool wordStart)
 {
     switch (transform) {
@@ -78,9 +94,10 @@ uint32_t TextMap::collapsed(const TextBox &box, uint32_t offset)
     Collapser collapser(box.style(), box.startsCollapsed);
     uint32_t at = box.start;
     const QString &source = box.source();
+    const bool capitals = textTransformOf(box.style()) == TextTransform::Uppercase;
     const uint32_t end = std::min(offset, uint32_t(source.size()));
     for (uint32_t i = 0; i < end && at < box.end; ++i)
-        if (collapser.keeps(source[i].unicode())) ++at;
+        if (collapser.keeps(source[i].unicode())) at += unitsOf(source[i], capitals);
     return std::min(at, box.end);
 }
 
@@ -89,11 +106,13 @@ uint32_t TextMap::source(const TextBox &box, uint32_t collapsed)
     Collapser collapser(box.style(), box.startsCollapsed);
     uint32_t at = box.start;
     const QString &source = box.source();
+    const bool capitals = textTransformOf(box.style()) == TextTransform::Uppercase;
     uint32_t afterKept = 0;
     for (uint32_t i = 0; i < uint32_t(source.size()); ++i) {
         if (!collapser.keeps(source[i].unicode())) continue;
-        if (at >= collapsed) return at == box.start || collapsed < box.end ? i : afterKept;
-        ++at;
+        const uint32_t units = unitsOf(source[i], capitals);
+        if (at + units > collapsed) return at == box.start || collapsed < box.end ? i : afterKept;
+        at += units;
         afterKept = i + 1;
     }
     return afterKept;
@@ -222,10 +241,13 @@ void InlineCollector::addText(TextBox &box)
             mContent.hasContent = true;
             continue;
         }
-        const QChar shown = collapser.shown(c);
+        QChar shown = collapser.shown(c);
+        if (shown == QChar(0xAD) && style.text().hyphens == css::Hyphens::None) shown = QChar(0x2060); // no place to break at
         if (preserves || shown != QLatin1Char(' ')) mContent.hasContent = true;
         if (transform == TextTransform::None) {
             mContent.text.append(shown);
+        } else if (const QString capitals = transform == TextTransform::Uppercase ? severalCapitals(shown) : QString(); !capitals.isEmpty()) {
+            mContent.text.append(capitals);
         } else {
             const QChar before = mContent.text.isEmpty() ? QChar(' ') : mContent.text.back();
             const bool wordStart = !before.isLetterOrNumber() && before != QLatin1Char('\'') && before != QChar(0x2019);

@@ -181,7 +181,7 @@ ShapedText TextShaper::shapeComplex(QStringView text, const Font &font, Spacing 
         for (QChar &c : piece)
             if (c == QLatin1Char('\t') || c == QLatin1Char('\n'))
                 c = QLatin1Char(' ');
-            else if (c == QChar(0xAD))
+            else if (c == QChar(0xAD) || c == QChar(0x2060))
                 c = QChar(0x200B); // fonts may give a soft hyphen a width
         shapeStretch(piece, *stretch.face, font.size() / shapingSize, rightToLeft, x, part, advance);
         for (std::size_t i = 0; i < part.edges.size(); ++i) result.edges[std::size_t(stretch.from) + i] = part.edges[i];

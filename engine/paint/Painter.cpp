@@ -9,6 +9,7 @@
 
 #include <QGlyphRun>
 #include <QPaintEngine>
+#include <QPainterPath>
 
 namespace paint {
 
@@ -168,10 +169,41 @@ void Painter::paintContextContent(BlockBox &box, Point origin)
     }
     for (const Layer &layer : layers)
         if (layer.z < 0 && meetsClip(*layer.box, layer.origin)) paintContext(*layer.box, layer.origin);
+    // Relative boxes are met on the way, and painted with those that are out of flow.
+    std::vector<Layer> raised;
+    std::vector<Layer> *outer = std::exchange(mRaised, &raised);
     for (const Phase phase : {Phase::Backgrounds, Phase::Floats, Phase::Lines}) paintPhase(box, origin, phase, true);
+    mRaised = outer;
+    layers.insert(layers.end(), raised.begin(), raised.end());
+    std::stable_sort(layers.begin(), layers.end(), [](const Layer &a, const Layer &b) {
+        if (a.z != b.z) return a.z < b.z;
+        const bool known = a.box->element() && b.box->element() && a.box != b.box;
+        return known && a.box->element()->sourceIndex() < b.box->element()->sourceIndex();
+    });
     for (const Layer &layer : layers)
         if (layer.z >= 0 && meetsClip(*layer.box, layer.origin)) paintContext(*layer.box, layer.origin);
     if (clips) mPainter->restore();
+}
+
+namespace {
+
+bool isRaised(const BlockBox &box)
+{
+    return !box.anonymous && isPositionedStyle(box) && !box.positioned;
+}
+
+} // namespace
+
+// Waits for its turn above the flow, if it is positioned or a stacking context.
+void Painter::raise(BlockBox &box, Point origin)
+{
+    const bool waits = mRaised && !mInColumns && (isRaised(box) || box.moved || (!box.anonymous && box.style().rare().opacity < 1));
+    const auto &group = box.style().box();
+    const int z = group.hasZIndex ? group.zIndex : 0;
+    if (!waits || (z < 0 && isRaised(box)))
+        paintContext(box, origin);
+    else
+        mRaised->push_back({&box, origin, z});
 }
 
 void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
@@ -179,7 +211,12 @@ void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
     ++mVisited;
     // What clips, or fades, or moves is painted as one.
     if (!isRoot && (box.clips || box.moved || (!box.anonymous && box.style().rare().opacity < 1))) {
-        if (phase == Phase::Lines) paintContext(box, origin);
+        if (phase == Phase::Lines) raise(box, origin);
+        return;
+    }
+    if (!isRoot && isRaised(box)) {
+        // Those below what is in flow are painted as soon as they are met.
+        if (box.style().box().zIndex < 0 ? phase == Phase::Backgrounds : phase == Phase::Lines) raise(box, origin);
         return;
     }
     if (!isRoot && phase == Phase::Backgrounds) paintDecoration(box, origin);
@@ -213,7 +250,9 @@ template <class Draw> void Painter::eachColumn(const BlockBox &box, Point origin
         const QRectF clip = std::exchange(mClip, shown);
         mPainter->save();
         mPainter->setClipRect(area, Qt::IntersectClip);
+        ++mInColumns; // what waited would be painted outside of its column
         draw(origin + piece.shift);
+        --mInColumns;
         mPainter->restore();
         mClip = clip;
     }
@@ -348,12 +387,31 @@ void Painter::paintDecoration(const BlockBox &box, Point origin)
         const auto &table = static_cast<const TableBox &>(box);
         rect = QRectF(rect.x(), rect.y() + table.gridTop.toDouble(), rect.width(), table.gridHeight.toDouble());
     }
+    const BlockBox *legend = frameLegendOf(box);
+    if (legend) { // the frame's edge runs through the legend's middle
+        const double top = legend->top().toDouble() + legend->height.toDouble() / 2 - box.border.top.toDouble() / 2;
+        if (top > 0) rect.setTop(rect.top() + top);
+    }
     const QRectF outer = snapped(rect);
     const bool hidden = box.isCell() && style.text().emptyCells == css::EmptyCells::Hide && !box.firstChild();
     if (!hidden) paintOuterShadows(style, outer);
-    if (!hidden && box.element() != mCanvasElement) paintBackground(style, outer, box.border, box.padding);
+    if (!hidden && box.element() != mCanvasElement && !hasNativeFrame(box)) paintBackground(style, outer, box.border, box.padding);
     if (!hidden) paintInnerShadows(style, outer, box.border);
-    if (!hidden && !hasCollapsedBorders(box)) paintBorders(style, outer, box.border);
+    if (!hidden && hasNativeFrame(box)) {
+        paintNativeFrame(box, outer);
+    } else if (!hidden && !hasCollapsedBorders(box)) {
+        if (legend) {
+            QPainterPath around;
+            around.addRect(outer.adjusted(-1, -1000, 1, 1));
+            const Point at = origin + legend->position();
+            QPainterPath hole;
+            hole.addRect(Rect{at.x, at.y, legend->width, legend->height}.toRectF());
+            mPainter->save();
+            mPainter->setClipPath(around.subtracted(hole), Qt::IntersectClip);
+        }
+        paintBorders(style, outer, box.border);
+        if (legend) mPainter->restore();
+    }
     paintOutline(style, outer);
     if (mOptions.showBorders && (box.isCell() || box.isTable()) && box.border == Edges{}) {
         QPen pen(QColor(0xa0, 0xa0, 0xa0), 1, Qt::DashLine);

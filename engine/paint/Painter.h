@@ -50,6 +50,7 @@ private:
     void paintContext(layout::BlockBox &box, layout::Point origin);
     void paintUntransformed(layout::BlockBox &box, layout::Point origin);
     void paintContextContent(layout::BlockBox &box, layout::Point origin);
+    void raise(layout::BlockBox &box, layout::Point origin);
     void paintPhase(layout::BlockBox &box, layout::Point origin, Phase phase, bool isRoot);
     void paintInside(layout::BlockBox &box, layout::Point origin, Phase phase);
     void paintColumnRules(const layout::BlockBox &box, layout::Point origin);
@@ -77,6 +78,8 @@ private:
     void paintInlineSvg(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);
     void paintPlaceholder(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);
     void paintGauge(const dom::Element &element, const QString &kind, const QRectF &frame);
+    static bool hasNativeFrame(const layout::BlockBox &box);
+    void paintNativeFrame(const layout::BlockBox &box, const QRectF &rect);
     void paintControl(const layout::BlockBox &box, const QRectF &content);
     void clipToPadding(const layout::BlockBox &box, layout::Point origin);
     template <class Draw> void paintGroup(double opacity, const QRectF &extent, Draw draw);
@@ -88,6 +91,8 @@ private:
     QPainter *mPainter = nullptr;
     QRectF mClip;
     uint64_t mVisited = 0;
+    int mInColumns = 0;
+    std::vector<Layer> *mRaised = nullptr; // boxes in flow that are painted above it, met on the way
     const dom::Element *mCanvasElement = nullptr; // its background is the canvas's
 };
 

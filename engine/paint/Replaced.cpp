@@ -115,6 +115,50 @@ void Painter::paintPlaceholder(const dom::Element &element, const css::ComputedS
     }
 }
 
+namespace {
+
+QString kindOf(const dom::Element &element)
+{
+    return element.is(dom::names::input) ? element.attributeValue("type").trimmed().toLower() : QString();
+}
+
+bool isOneOf(const QString &kind, std::initializer_list<const char *> kinds)
+{
+    return std::any_of(kinds.begin(), kinds.end(), [&](const char *each) { return kind == QLatin1String(each); });
+}
+
+} // namespace
+
+// A control looks like one as long as the page has left its border and background as they are.
+bool Painter::hasNativeFrame(const BlockBox &box)
+{
+    const dom::Element *element = box.element();
+    if (!element || box.anonymous || box.pseudo != Pseudo::None) return false;
+    const bool button = element->is(dom::names::button);
+    if (!button && !element->is(dom::names::input) && !element->is(dom::names::select) && !element->is(dom::names::textarea)) return false;
+    if (isOneOf(kindOf(*element), {"checkbox", "radio", "image"})) return false;
+    const css::ComputedStyle &style = box.style();
+    const auto &border = style.border();
+    constexpr QRgb own = 0xff767676;
+    for (const css::Border *side : {&border.top, &border.right, &border.bottom, &border.left})
+        if (side->color != own || (side->style != css::BorderStyle::Inset && side->style != css::BorderStyle::Outset && side->style != css::BorderStyle::Solid)) return false;
+    return !style.background().hasImage() && qAlpha(style.background().color) == 255 && !style.surround().hasRadius();
+}
+
+void Painter::paintNativeFrame(const BlockBox &box, const QRectF &rect)
+{
+    const QString kind = kindOf(*box.element());
+    if (isOneOf(kind, {"range", "file"})) return; // no frame of their own
+    mPainter->save();
+    mPainter->setRenderHint(QPainter::Antialiasing);
+    const bool button = box.element()->is(dom::names::button) || isOneOf(kind, {"submit", "reset", "button", "color"});
+    mPainter->setPen(QPen(QColor(0x76, 0x76, 0x76), 1));
+    mPainter->setBrush(QColor::fromRgba(box.style().background().color));
+    const double radius = button ? 3 : box.element()->is(dom::names::textarea) ? 0 : 2;
+    mPainter->drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    mPainter->restore();
+}
+
 // Bars, sliders and colour fields: a value seen rather than read.
 void Painter::paintGauge(const dom::Element &element, const QString &kind, const QRectF &frame)
 {
@@ -182,13 +226,29 @@ void Painter::paintControl(const BlockBox &box, const QRectF &content)
                 mPainter->drawEllipse(frame.adjusted(3, 3, -3, -3));
             }
         } else {
-            if (on) mPainter->setBrush(QColor(0x00, 0x75, 0xff));
+            if (on) {
+                mPainter->setBrush(QColor(0x00, 0x75, 0xff));
+                mPainter->setPen(Qt::NoPen);
+            }
             mPainter->drawRoundedRect(frame, 2, 2);
+            if (on) {
+                const double w = frame.width(), h = frame.height();
+                mPainter->setPen(QPen(Qt::white, std::max(1.5, w / 7)));
+                mPainter->drawPolyline(QPolygonF{frame.topLeft() + QPointF(w * 0.2, h * 0.5), frame.topLeft() + QPointF(w * 0.42, h * 0.72), frame.topLeft() + QPointF(w * 0.8, h * 0.28)});
+            }
         }
         mPainter->restore();
         return;
     }
-    if (box.border == Edges{}) mPainter->drawRoundedRect(frame, 2, 2);
+    if (kind == QLatin1String("file")) { // a button, and what it has chosen: nothing
+        mPainter->setBrush(QColor(0xef, 0xef, 0xef));
+        mPainter->drawRoundedRect(QRectF(frame.left(), frame.top(), std::min(frame.width(), 90.0), frame.height()), 3, 3);
+        label = QStringLiteral("Choose File  No file chosen");
+    }
+    const bool hint = label.isEmpty() && kind != QLatin1String("file") && element.hasAttribute("placeholder");
+    if (hint) label = element.attributeValue("placeholder");
+    if (label.isEmpty() && kind == QLatin1String("date")) label = QStringLiteral("mm/dd/yyyy");
+    if (label.isEmpty() && kind == QLatin1String("time")) label = QStringLiteral("--:-- --");
     if (kind == QLatin1String("submit") && !element.hasAttribute("value")) label = QStringLiteral("Submit");
     if (kind == QLatin1String("reset") && !element.hasAttribute("value")) label = QStringLiteral("Reset");
     if (kind == QLatin1String("password")) label = QString(label.size(), QChar(0x2022));
@@ -205,12 +265,12 @@ void Painter::paintControl(const BlockBox &box, const QRectF &content)
     const Font &font = fontOf(box.style());
     const QRectF area = element.is(dom::names::select) ? content.adjusted(4, 0, -18, 0) : content;
     mPainter->setClipRect(content, Qt::IntersectClip);
-    mPainter->setPen(QColor::fromRgba(box.style().color()));
+    mPainter->setPen(hint ? QColor(0x75, 0x75, 0x75) : QColor::fromRgba(box.style().color()));
     double y = element.is(dom::names::textarea) ? area.top() + font.ascent().toDouble() : area.center().y() - font.height().toDouble() / 2 + font.ascent().toDouble();
     for (const QString &line : label.split(QLatin1Char('\n'))) {
         const ShapedText shaped = TextShaper::shape(line, font, {});
         const bool centered = kind == QLatin1String("submit") || kind == QLatin1String("reset") || kind == QLatin1String("button");
-        const double x = centered ? area.center().x() - shaped.width / 2 : area.left();
+        const double x = centered ? area.center().x() - shaped.width / 2 : area.left() + (kind == QLatin1String("file") ? 6 : 0);
         for (const GlyphSpan &span : shaped.spans) {
             QGlyphRun run;
             run.setRawFont(span.face->rawAt(font.size()));
