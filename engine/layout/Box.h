@@ -200,6 +200,7 @@ struct ColumnPiece {
     Unit left, right; ///< of the column, from the container's border box
     bool spans = false;
     bool startsRow = false; ///< the first of columns side by side
+    Unit rowBottom;         ///< where its row ends, as shown
     friend bool operator==(const ColumnPiece &, const ColumnPiece &) = default;
 };
 

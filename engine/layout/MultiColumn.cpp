@@ -306,15 +306,16 @@ Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optiona
         if (!columns) return;
         Unit at = from;
         int index = 0;
+        const Unit used = row.tallest(*columns);
+        const Unit rowHeight = limit ? std::min(height, used) : std::max(height, used);
         for (const Cutter::Cut &cut : *columns) {
             const Unit step = (set.width + set.gap) * index;
             const Unit x = rightToLeft ? left + (set.width + set.gap) * (set.count - 1) - step : left + step;
-            set.pieces.push_back({at, cut.next, {x - left, y - at}, x, x + set.width, false, index == 0});
+            set.pieces.push_back({at, cut.next, {x - left, y - at}, x, x + set.width, false, index == 0, y + rowHeight});
             at = cut.next;
             ++index;
         }
-        const Unit used = row.tallest(*columns);
-        y += limit ? std::min(height, used) : std::max(height, used);
+        y += rowHeight;
     };
     Unit from = top;
     for (BlockBox *spanner = nextSpanner(box.flow.empty() ? nullptr : box.flow.at(0)); spanner; spanner = nextSpanner(spanner->nextInFlow())) {
@@ -323,14 +324,14 @@ Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optiona
         if (before && !spansColumns(*before)) addRow(from, before->top() + before->height, false);
         // A spanner's margins are its own: they stay above and below it.
         y += before ? std::max(Unit(), at - std::max(from, before->top() + before->height)) : at - from;
-        set.pieces.push_back({at, at + spanner->height, {Unit(), y - at}, left, left + box.contentWidth(), true, true});
+        set.pieces.push_back({at, at + spanner->height, {Unit(), y - at}, left, left + box.contentWidth(), true, true, y + spanner->height});
         y += spanner->height;
         from = at + spanner->height;
     }
     addRow(from, bottom, true);
     // Pieces meet, so that every place of the strip has one.
     for (std::size_t i = 0; i + 1 < set.pieces.size(); ++i) set.pieces[i].to = set.pieces[i + 1].from;
-    if (set.pieces.empty()) set.pieces.push_back({top, bottom, {}, left, left + set.width, false, true});
+    if (set.pieces.empty()) set.pieces.push_back({top, bottom, {}, left, left + set.width, false, true, bottom});
     box.rareData().columns = std::make_unique<ColumnSet>(std::move(set));
     return y - top;
 }

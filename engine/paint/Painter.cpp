@@ -268,8 +268,8 @@ void Painter::paintColumnRules(const BlockBox &box, Point origin)
     for (std::size_t i = 0; i < set.pieces.size(); ++i) {
         if (!set.pieces[i].startsRow) continue;
         std::size_t end = i + 1;
-        Unit bottom = set.pieces[i].to + set.pieces[i].shift.y;
-        for (; end < set.pieces.size() && !set.pieces[end].startsRow; ++end) bottom = std::max(bottom, set.pieces[end].to + set.pieces[end].shift.y);
+        while (end < set.pieces.size() && !set.pieces[end].startsRow) ++end;
+        const Unit bottom = set.pieces[i].rowBottom;
         const Unit top = set.pieces[i].from + set.pieces[i].shift.y;
         for (std::size_t k = i + 1; k < end; ++k) {
             const Unit a = std::min(set.pieces[k - 1].right, set.pieces[k].right), b = std::max(set.pieces[k - 1].left, set.pieces[k].left);

@@ -242,8 +242,8 @@ void Painter::paintControl(const BlockBox &box, const QRectF &content)
     }
     if (kind == QLatin1String("file")) { // a button, and what it has chosen: nothing
         mPainter->setBrush(QColor(0xef, 0xef, 0xef));
-        mPainter->drawRoundedRect(QRectF(frame.left(), frame.top(), std::min(frame.width(), 90.0), frame.height()), 3, 3);
-        label = QStringLiteral("Choose File  No file chosen");
+        mPainter->drawRoundedRect(QRectF(frame.left(), frame.top(), std::min(frame.width(), 86.0), frame.height()), 3, 3);
+        label = QStringLiteral("Choose File    No file chosen");
     }
     const bool hint = label.isEmpty() && kind != QLatin1String("file") && element.hasAttribute("placeholder");
     if (hint) label = element.attributeValue("placeholder");

@@ -10,10 +10,15 @@ class TextPropertiesTest : public QObject
 
     static int linesOf(LaidOutPage &page, const QString &id)
     {
+        page.tree.update();
         const layout::BlockBox *block = layout::boxOf(page.byId(id))->asBlock();
         return int(block->inlineContent->lines.size());
     }
-    static QString shownText(LaidOutPage &page, const QString &id) { return layout::boxOf(page.byId(id))->asBlock()->inlineContent->text; }
+    static QString shownText(LaidOutPage &page, const QString &id)
+    {
+        page.tree.update();
+        return layout::boxOf(page.byId(id))->asBlock()->inlineContent->text;
+    }
 
 private Q_SLOTS:
     void aChIsTheWidthOfAZero()
@@ -66,6 +71,7 @@ private Q_SLOTS:
         // "hello" and "world": five and two words that a reader knows; nothing may part a consonant from its vowel marks.
         const QString text = QString::fromUtf8("\xE0\xB8\xAA\xE0\xB8\xA7\xE0\xB8\xB1\xE0\xB8\xAA\xE0\xB8\x94\xE0\xB8\xB5\xE0\xB8\x8A\xE0\xB8\xB2\xE0\xB8\xA7\xE0\xB9\x82\xE0\xB8\xA5\xE0\xB8\x81");
         LaidOutPage page(LaidOutPage::bare("<p id=p style='margin:0;width:10px'>" + text + "</p>"));
+        page.tree.update();
         const layout::BlockBox *block = layout::boxOf(page.byId("p"))->asBlock();
         for (const layout::Line &line : block->inlineContent->lines) {
             if (!line.start) continue;
