@@ -71,6 +71,11 @@ Removal::Victims Removal::collect(const Span &span) const
             continue;
         }
         const Element *element = node->asElement();
+        const bool isPart = element && (isCell(*element) || isTableStructure(*element)) && !element->is(names::table);
+        if (isPart && !element->isContentEditable()) { // what is taken by parts leaves one that only can be read
+            node = node->nextSkippingChildren();
+            continue;
+        }
         if (element && isCell(*element)) {
             victims.cells.emplace_back(node->asElement());
             node = node->next();

@@ -169,6 +169,34 @@ void CellSelection::selectColumn(Element &cell)
     set(held(column));
 }
 
+void CellSelection::selectRows(Element &from, Element &to)
+{
+    const TableGrid grid(tableOfCell(from));
+    const TableGrid::Place *first = grid.find(from), *last = grid.find(to);
+    if (!first || !last) return;
+    if (first->area.top == last->area.top) return selectRow(from);
+    TableGrid::Area area = first->area.united(last->area);
+    for (const TableGrid::Place &place : grid.places())
+        area = {0, area.top, std::max(area.right, place.area.right), area.bottom};
+    mAnchor = &from;
+    mFocus = &to;
+    set(held(grid.cellsIn(grid.closed(area))));
+}
+
+void CellSelection::selectColumns(Element &from, Element &to)
+{
+    const TableGrid grid(tableOfCell(from));
+    const TableGrid::Place *first = grid.find(from), *last = grid.find(to);
+    if (!first || !last) return;
+    if (first->area.left == last->area.left) return selectColumn(from);
+    TableGrid::Area area = first->area.united(last->area);
+    for (const TableGrid::Place &place : grid.places())
+        area = {area.left, 0, area.right, std::max(area.bottom, place.area.bottom)};
+    mAnchor = &from;
+    mFocus = &to;
+    set(held(grid.cellsIn(grid.closed(area))));
+}
+
 void CellSelection::selectBlock(Element &anchor, Element &focus)
 {
     Element &table = tableOfCell(anchor);

@@ -30,6 +30,9 @@ public:
     /// All cells of the row, or column, in which the cell stands.
     void selectRow(dom::Element &cell);
     void selectColumn(dom::Element &cell);
+    /// From the row, or column, of one to that of the other, of one table.
+    void selectRows(dom::Element &from, dom::Element &to);
+    void selectColumns(dom::Element &from, dom::Element &to);
     /// The smallest rectangle of the table that holds both, whole spanned cells included. They must be of one table.
     void selectBlock(dom::Element &anchor, dom::Element &focus);
     /// Moves the focus of a block by so many columns and rows; false where there is no cell.

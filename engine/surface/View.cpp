@@ -45,6 +45,8 @@ void View::documentGone()
     mHovered = nullptr;
     mPressedAnchor = nullptr;
     mSpanToSelect = nullptr;
+    mEdge = Edge::None;
+    mEdgeCell = nullptr;
     mAtPress = {};
     mOfferSoon.setEnabled(false);
     mComposition.clear();

@@ -178,6 +178,7 @@ private:
     void cellsChanged();
     bool dragCells(QPoint client);
     bool selectFromEdge(QPoint client);
+    bool dragAlongEdge(QPoint client);
     bool moveCells(const QKeyEvent &event);
     bool extendOverCells(const ranges::Position &to);
     dom::Element *anchorOf(dom::Element *element) const;
@@ -195,6 +196,9 @@ private:
     double mGoalX = -1; ///< where Up and Down aim; negative: at the caret
     DragSelect mDrag;
     CellSelection mCells;
+    enum class Edge : uint8_t { None, Left, Top };
+    Edge mEdge = Edge::None; ///< of a table, along which rows or columns are drawn
+    base::Ref<dom::Element> mEdgeCell;
     bool mSelectingCells = false; ///< the text selection moves because of the cells
     base::Ref<dom::Element> mArea;
     HotSpotTool mHotSpots;

@@ -58,9 +58,30 @@ bool View::selectFromEdge(QPoint client)
         if (!selection.isCaret()) selection.setCaret(ranges::Position::startOf(*cell));
         fromLeft ? mCells.selectRow(*cell) : mCells.selectColumn(*cell);
         mDrag.end();
+        mEdge = fromLeft ? Edge::Left : Edge::Top;
+        mEdgeCell = cell;
         return true;
     }
     return false;
+}
+
+/// The drag goes on along the table's edge: more rows, or columns.
+bool View::dragAlongEdge(QPoint client)
+{
+    if (mEdge == Edge::None || !mEdgeCell || !mEdgeCell->isConnected()) return false;
+    const dom::Element *table = dom::table::tableOf(*mEdgeCell);
+    if (!table) return false;
+    const QRect box = elementRect(*table), start = elementRect(*mEdgeCell);
+    const QPoint inside = mEdge == Edge::Left
+                              ? QPoint(start.center().x(), std::clamp(client.y(), box.top() + 1, box.bottom() - 1))
+                              : QPoint(std::clamp(client.x(), box.left() + 1, box.right() - 1), start.center().y());
+    dom::Element *cell = CellSelection::cellAround(elementAt(inside));
+    while (cell && dom::table::tableOf(*cell) != table)
+        cell = CellSelection::cellAround(cell->parentElement());
+    if (!cell) return true; // between cells, or out of the view
+    const QScopedValueRollback<bool> selecting(mSelectingCells, true);
+    mEdge == Edge::Left ? mCells.selectRows(*mEdgeCell, *cell) : mCells.selectColumns(*mEdgeCell, *cell);
+    return true;
 }
 
 /// Shift and an arrow while cells are selected.

@@ -206,19 +206,24 @@ void View::mousePressed(const QMouseEvent &event)
     mLastClick = at;
     if (pressOnImage(at) || selectFromEdge(at)) return;
     mPressed = elementAt(at);
-    const Position position = positionAt(toDocument(event.position()));
+    Position position = positionAt(toDocument(event.position()));
     if (!position) return;
     mCells.clear();
-    if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     ranges::SelectionObject &selection = mLoaded->selection();
+    if (dom::Element *fixed = fixedPart(*position.node)) {
+        // On it, it is selected as one thing; beside it the caret comes to that side.
+        if (mPressed && fixed->contains(*mPressed)) return selection.setControl({base::Ref(fixed)});
+        const QRect box = elementRect(*fixed);
+        const bool behind = at.y() > box.bottom() || (at.y() >= box.top() && at.x() > box.center().x());
+        const Content content = Movement::contentFor(Position::before(*fixed), mLoaded->editor().rendering());
+        position = content.normalised(behind ? Position::after(*fixed) : Position::before(*fixed));
+    }
+    if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     const bool extends = event.modifiers() & Qt::ShiftModifier;
-    if (!extends && !ranges::editingHost(*position.node)) {
-        if (dom::Element *fixed = fixedPart(*position.node)) return selection.setControl({base::Ref(fixed)});
-        // Text that is only read leaves the caret where something can be written. A drag selects it.
-        if (mLoaded->editor().canEdit()) {
-            mAtPress = selection.span();
-            return mDrag.begin(position);
-        }
+    // Text that is only read leaves the caret where something can be written. A drag selects it.
+    if (!extends && !ranges::editingHost(*position.node) && mLoaded->editor().canEdit()) {
+        mAtPress = selection.span();
+        return mDrag.begin(position);
     }
     mSpanToSelect = extends ? nullptr : spanToSelect(*position.node);
     if (extends && selection.type() == ranges::SelectionObject::Type::Text)
@@ -267,7 +272,8 @@ void View::mouseDoubleClicked(const QMouseEvent &event)
     mClicks = 2;
     mClickTimer.start();
     mLastClick = event.position().toPoint();
-    if (const Position position = positionAt(toDocument(event.position()))) selectUnit(DragSelect::Unit::Word, position);
+    const Position position = positionAt(toDocument(event.position()));
+    if (position && !fixedPart(*position.node)) selectUnit(DragSelect::Unit::Word, position);
 }
 
 ranges::Span View::spanAt(const Position &at, DragSelect::Unit unit)
@@ -307,6 +313,7 @@ DragSelect::Page View::pageForDrag()
 void View::mouseMoved(const QMouseEvent &event)
 {
     if (moveOnImage(event.position().toPoint())) return;
+    if (event.buttons() & Qt::LeftButton && dragAlongEdge(event.position().toPoint())) return;
     if (mDrag.isActive() && event.buttons() & Qt::LeftButton) {
         if (!dragCells(event.position().toPoint())) mDrag.moveTo(event.position());
         return;
@@ -328,6 +335,7 @@ void View::updateCursor(QPoint client)
 
 void View::mouseReleased(const QMouseEvent &event, bool goesOn)
 {
+    mEdge = Edge::None;
     if (event.button() == Qt::LeftButton && releaseOnImage(event.position().toPoint())) return;
     const ranges::Span now = mLoaded->selection().span(), pressed = std::exchange(mAtPress, {});
     const bool clicked = mDrag.isActive() && pressed.start && now.start == pressed.start && now.end == pressed.end;

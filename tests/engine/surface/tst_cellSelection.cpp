@@ -21,6 +21,7 @@ private Q_SLOTS:
     void spansGrowTheRectangle();
     void shiftAndArrowsSelectCells();
     void edgesSelectRowsAndColumns();
+    void aDragAlongAnEdgeSelectsMore();
     void theProgramSelects();
     void highlightsAreInNoText();
     void whatElseIsSelectedClearsThem();
@@ -125,6 +126,27 @@ void tst_cellSelection::edgesSelectRowsAndColumns()
     press(top);
     release(top);
     QCOMPARE(ids(), QStringLiteral("c f h"));
+}
+
+void tst_cellSelection::aDragAlongAnEdgeSelectsMore()
+{
+    const QRect table = editor->view().elementRect(*byId("t"));
+    press({table.left() - 3, middle("d").y()});
+    move({table.left() - 3, middle("g").y()});
+    QCOMPARE(ids(), QStringLiteral("d e f g h"));
+    // Back over where it began, and out of the table.
+    move({table.left() - 30, table.top() - 30});
+    QCOMPARE(ids(), QStringLiteral("a b c d e f"));
+    move({table.left() - 3, middle("d").y()});
+    QCOMPARE(ids(), QStringLiteral("d e f"));
+    release({table.left() - 3, middle("d").y()});
+    move(middle("p"));
+    QCOMPARE(ids(), QStringLiteral("d e f"));
+    press({middle("c").x(), table.top() - 3});
+    move({middle("b").x(), table.top() - 3});
+    // The cell that reaches over a column comes whole.
+    QCOMPARE(ids(), QStringLiteral("a b c d e f g h"));
+    release({middle("b").x(), table.top() - 3});
 }
 
 void tst_cellSelection::theProgramSelects()
