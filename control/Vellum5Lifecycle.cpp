@@ -44,7 +44,7 @@ Vellum5::Parts::Parts(Vellum5 &control)
       splitPageMap(new Splitter(Qt::Horizontal, conEditors)), ed(new HTMLEditor(conEditors)),
       txtHTMLSource(new CodeMax(conEditors)), strip(new FlatStrip(&control)), regions(host),
       selection(host, *ed, *txtHTMLSource), text(state, host, *ed, *txtHTMLSource),
-      views(state, host, text, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
+      views(state, host, text, selection, {control, *ed, *txtHTMLSource, *strip, *splitMain, *splitPageMap, *conEditors}),
       events(state, host, *ed, *txtHTMLSource, regions, selection), changes(state, host, *ed, *txtHTMLSource, events),
       commands(host, state.mSpecificElement), journal(state, host, *ed, *txtHTMLSource)
 {
@@ -165,6 +165,8 @@ void Vellum5::wireChildren()
         p.events.txtHTMLSource_Change();
     });
     connect(p.txtHTMLSource, &CodeMax::SelChange, this, [&p] { p.events.txtHTMLSource_SelChange(); });
+    connect(p.txtHTMLSource, &CodeMax::CmdFailure, this,
+            [&p](int Command, int Code) { p.views.txtHTMLSource_CmdFailure(Command, Code); });
     connect(p.txtHTMLSource, &CodeMax::ShowProps, this, [&p] { p.events.txtHTMLSource_ShowProps(); });
     connect(p.strip, &FlatStrip::Change, this, [&p](int NewTab) {
         EditScope scope;

@@ -3,12 +3,16 @@
 
 #include "control/DocumentText.h"
 #include "core/Host.h"
+#include "core/Selection.h"
+#include "core/SelectionPoint.h"
 #include "core/modMain.h"
 #include "platform/CodeMax.h"
 #include "support/FailureTrap.h"
 #include "widgets/Container.h"
 #include "widgets/FlatStrip.h"
 #include "widgets/Splitter.h"
+
+#include <QScopedValueRollback>
 
 using support::attempt;
 using support::given;
@@ -24,8 +28,8 @@ const QString viewCommands[] = {QStringLiteral("ViewNormal"), QStringLiteral("Vi
 
 } // namespace
 
-Views::Views(ControlState &state, Host &host, DocumentText &text, const Children &children)
-    : mState(state), mHost(host), mText(text), c(children)
+Views::Views(ControlState &state, Host &host, DocumentText &text, const Selection &selection, const Children &children)
+    : mState(state), mHost(host), mText(text), mSelection(selection), c(children)
 {
 }
 
@@ -106,10 +110,74 @@ void Views::showSurface(EditViewEnum View, bool PostContent)
 
 void Views::showSource()
 {
+    if (mHost.mDoc()) attempt([this] { carrySelectionOver(); });
     if (c.txtHTMLSource.isHidden()) c.txtHTMLSource.show();
     c.ed.hide();
     c.txtHTMLSource.setFocus();
+    c.txtHTMLSource.ScrollTo(c.txtHTMLSource.SelStart(), c.txtHTMLSource.SelEnd());
     mState.mHTMLSourceChanged = false;
+}
+
+// The selection's way into the source: the element that is meant is sought by its text, then the letters behind the
+// caret within it.
+
+namespace {
+constexpr int sought = 10; // letters that tell a place from others well enough
+}
+
+bool Views::findInSource(const QString &text)
+{
+    QScopedValueRollback synching(mState.mSynchingSource, true);
+    mState.mCmdFail = false;
+    c.txtHTMLSource.setFindText(text);
+    c.txtHTMLSource.ExecuteCmd(codemax::findNext);
+    return !mState.mCmdFail;
+}
+
+void Views::collapseInSource()
+{
+    CodeMaxRange range = c.txtHTMLSource.GetSel(true);
+    range.EndLineNo = range.StartLineNo;
+    range.EndColNo = range.StartColNo;
+    c.txtHTMLSource.SetSel(range, true);
+}
+
+void Views::carrySelectionOver()
+{
+    const base::Ref<IHTMLElement> E = mSelection.SelectedElement();
+    if (c.txtHTMLSource.LineCount() == 0 || !E) return;
+    const base::Ref<IHTMLTxtRange> R = modMain::CreateRange(mHost.mDoc()).text;
+    const bool isBody = E->tagName() == QLatin1String("BODY");
+    if (isBody && !R) return;
+    c.txtHTMLSource.SetSel(CodeMaxRange(), false);
+    for (const int option : {codemax::matchCaseOff, codemax::regExpOff, codemax::wholeWordOff})
+        c.txtHTMLSource.ExecuteCmd(option);
+    if (isBody) {
+        R->moveEnd(QStringLiteral("character"), sought);
+        findInSource(R->htmlText().trimmed());
+        return collapseInSource();
+    }
+    if (!findInSource(E->outerHTML())) {
+        const QString text = E->outerText();
+        if (!text.trimmed().isEmpty()) findInSource(text);
+    }
+    // A link is found well enough by its own text.
+    if (R && E->tagName().compare(QLatin1String("a"), Qt::CaseInsensitive) != 0) {
+        R->moveEnd(QStringLiteral("character"), sought);
+        const QString text = R->text().left(sought);
+        // Tags stand between the blocks of the source.
+        if (!findInSource(text) && text.contains(u'\r')) findInSource(text.left(text.indexOf(u'\r')));
+    }
+    collapseInSource();
+}
+
+void Views::txtHTMLSource_CmdFailure(int Command, int Code)
+{
+    trap(module, "txtHTMLSource_CmdFailure", given(&mState, "Command", Command, "Code", Code), [&] {
+        if (Command != codemax::findNext || !mState.mSynchingSource) return;
+        mState.mCmdFail = true;
+        c.txtHTMLSource.ClearErrorState();
+    });
 }
 
 // Layout. All lengths in pixels; a child that fails leaves the others to be placed.

@@ -8,6 +8,7 @@ class Container;
 class DocumentText;
 class FlatStrip;
 class Host;
+class Selection;
 class Splitter;
 
 /// The three views of the document, how the text moves when they change, and where the children lie.
@@ -23,7 +24,7 @@ public:
         Splitter &splitPageMap;
         Container &conEditors;
     };
-    Views(ControlState &state, Host &host, DocumentText &text, const Children &children);
+    Views(ControlState &state, Host &host, DocumentText &text, const Selection &selection, const Children &children);
 
     /// Set by the control.
     std::function<void()> ViewChanged;
@@ -36,6 +37,7 @@ public:
     void FlatStrip_Change(int NewTab);
     void UserControl_Resize();
     void conEditors_Resize(int Width, int Height);
+    void txtHTMLSource_CmdFailure(int Command, int Code);
 
     void setShowFlatStrip(bool Show);
     void setShowPreviewButton(bool Show);
@@ -48,10 +50,14 @@ public:
 private:
     void showSurface(EditViewEnum View, bool PostContent);
     void showSource();
+    void carrySelectionOver();
+    bool findInSource(const QString &text);
+    void collapseInSource();
 
     ControlState &mState;
     Host &mHost;
     DocumentText &mText;
+    const Selection &mSelection;
     Children c;
     bool mSelectingTab = false;
 };
