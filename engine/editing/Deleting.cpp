@@ -119,9 +119,9 @@ bool Operation::joinOver(const Position &p, bool forward)
             item = pastBlanks(item.far);
             continue;
         }
-        if (mContent.rendering().isFrame(element) && !blankHere)
-            return mContent.rendering().roleOf(element) == Role::Widget && takeAway(element, p);
-        if (element.is(names::table)) {
+        const bool isFrame = mContent.rendering().isFrame(element);
+        if (isFrame && !blankHere && mContent.rendering().roleOf(element) != Role::Widget) return false;
+        if (element.is(names::table) || (isFrame && !blankHere)) {
             if (blankHere) return removeHere(edgeOfTable(element, forward));
             // Too much to go unseen: the next key takes what is selected.
             mSelection.setControl({Ref<Element>(&element)});
