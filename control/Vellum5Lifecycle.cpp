@@ -149,7 +149,6 @@ void Vellum5::wireChildren()
     });
     connect(p.ed, &HTMLEditor::commandStateChange, this,
             [&p](int command, bool enable) { p.events.ed_CommandStateChange(command, enable); });
-    connect(p.ed, &HTMLEditor::cellSelectionChanged, this, &Vellum5::CellSelectionChanged);
     connect(p.ed, &HTMLEditor::cellSelectionChanged, this, [this] {
         EditScope scope;
         mParts->events.ed_CellSelectionChanged();

@@ -110,7 +110,8 @@ const std::vector<const Interface *> &documentInterfaces()
             &document2(), &document3(), &window2(), &element(), &element2(), &element3(), &element4(), &uniqueName(),
             &node(), &attribute(), &elementCollection(), &attributeCollection(), &nodeCollection(), &style(),
             &ruleStyle(), &styleSheet(), &styleSheets(), &styleSheetRule(), &styleSheetRules(), &selection(),
-            &textRange(), &controlRange(), &event()};
+            &textRange(), &controlRange(), &caret(), &displayServices(), &markupPointer(), &markupServices(),
+            &selectedCells(), &event()};
         // Those by tag, each once.
         const base::Ref<dom::Document> document = dom::Document::create();
         for (const char *tag : {"a", "area", "img", "body", "table", "thead", "tr", "td", "hr", "font", "link", "input",

@@ -24,7 +24,9 @@ void IHTMLCaret::GetLocation(QPoint &point, bool global) const
     ranges::RangeHost *host = hostOf(*mDocument);
     const QRect box = host ? host->caretBox() : QRect();
     if (!host || box.height() <= 0) throw base::Error(base::errors::notPossible, QStringLiteral("There is no caret."));
-    point = global ? host->toGlobal(box.topLeft()) : box.topLeft();
+    const dom::Element *const body = mDocument->body();
+    const QPoint scrolled = body ? body->scrollPosition() : QPoint();
+    point = global ? host->toGlobal(box.topLeft()) : box.topLeft() + scrolled;
 }
 
 Ref<IHTMLCaret> IDisplayServices::GetCaret() const
@@ -65,7 +67,9 @@ ranges::SelectionObject &selectionFor(dom::Document &document)
     throw base::Error(base::errors::notPossible, QStringLiteral("The document isn't shown."));
 }
 
-Value pointerValue(ScriptPointer *pointer)
+} // namespace
+
+const Interface &markupPointer()
 {
     static const Interface *interface = [] {
         auto *made = new Interface(QStringLiteral("IMarkupPointer"));
@@ -90,15 +94,12 @@ Value pointerValue(ScriptPointer *pointer)
             });
         return made;
     }();
-    static const ObjectType type = plainType(QStringLiteral("IMarkupPointer"), {interface});
-    return countedValue<ScriptPointer>(type, pointer);
+    return *interface;
 }
 
-} // namespace
-
-Value displayServicesOf(dom::Document &document)
+const Interface &caret()
 {
-    static const Interface *caret = [] {
+    static const Interface *interface = [] {
         auto *made = new Interface(QStringLiteral("IHTMLCaret"));
         using C = IHTMLCaret;
         InterfaceTable<C>(*made).method(5301, "GetLocation(&x, &y, [global])", [](C &c, Arguments &a) {
@@ -110,30 +111,46 @@ Value displayServicesOf(dom::Document &document)
         });
         return made;
     }();
-    static const ObjectType caretType = plainType(QStringLiteral("IHTMLCaret"), {caret});
-    static const Interface *services = [] {
+    return *interface;
+}
+
+const Interface &displayServices()
+{
+    static const Interface *interface = [] {
         auto *made = new Interface(QStringLiteral("IDisplayServices"));
         using S = IDisplayServices;
         InterfaceTable<S>(*made).method(5311, "GetCaret()", [](S &s, Arguments &) {
+            static const ObjectType caretType = plainType(QStringLiteral("IHTMLCaret"), {&caret()});
             return countedValue<IHTMLCaret>(caretType, s.GetCaret().get());
         });
         return made;
     }();
-    static const ObjectType type = plainType(QStringLiteral("IDisplayServices"), {services});
+    return *interface;
+}
+
+Value displayServicesOf(dom::Document &document)
+{
+    static const ObjectType type = plainType(QStringLiteral("IDisplayServices"), {&displayServices()});
     return countedValue<IDisplayServices>(type, Ref<IDisplayServices>(new IDisplayServices(document)).get());
+}
+
+const Interface &markupServices()
+{
+    static const Interface *interface = [] {
+        auto *made = new Interface(QStringLiteral("IMarkupServices"));
+        using S = ScriptMarkup;
+        InterfaceTable<S>(*made).method(5321, "CreateMarkupPointer()", [](S &s, Arguments &) {
+            static const ObjectType pointerType = plainType(QStringLiteral("IMarkupPointer"), {&markupPointer()});
+            return countedValue<ScriptPointer>(pointerType, Ref<ScriptPointer>(new ScriptPointer(s.document())).get());
+        });
+        return made;
+    }();
+    return *interface;
 }
 
 Value markupServicesOf(dom::Document &document)
 {
-    static const Interface *services = [] {
-        auto *made = new Interface(QStringLiteral("IMarkupServices"));
-        using S = ScriptMarkup;
-        InterfaceTable<S>(*made).method(5321, "CreateMarkupPointer()", [](S &s, Arguments &) {
-            return pointerValue(Ref<ScriptPointer>(new ScriptPointer(s.document())).get());
-        });
-        return made;
-    }();
-    static const ObjectType type = plainType(QStringLiteral("IMarkupServices"), {services});
+    static const ObjectType type = plainType(QStringLiteral("IMarkupServices"), {&markupServices()});
     return countedValue<ScriptMarkup>(type, Ref<ScriptMarkup>(new ScriptMarkup(document)).get());
 }
 

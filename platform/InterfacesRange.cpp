@@ -163,6 +163,7 @@ struct ItselfAsRange
 {
     using Subject = TextRange;
     TextRange *operator()(TextRange &r) const { return &r; }
+    static void moved(TextRange &) {}
 };
 
 struct SelectionAsRange
@@ -175,73 +176,67 @@ struct SelectionAsRange
             throw base::Error(base::errors::noSuchMember, QStringLiteral("Objects are selected, not text."));
         return textRangeOf(page);
     }
+    static void moved(TextRange &r) { r.select(); }
 };
 
-void addMoves(InterfaceTable<TextRange> &table)
+/// What moves a range's ends. The selection's range is selected anew behind each.
+template <class Table, class Get> void addMoves(Table &table, int from, Get range)
 {
+    using S = typename Get::Subject;
+    const auto moving = [range](auto move) {
+        return [range, move](S &s, Arguments &a) {
+            const auto r = range(s);
+            const Value result = move(*r, a);
+            Get::moved(*r);
+            return result;
+        };
+    };
     using R = TextRange;
-    table
-        .method(5120, "collapse([start])",
-                [](R &r, Arguments &a) {
-                    r.collapse(optional(a[0], true));
-                    return Value();
-                })
-        .method(5121, "expand(unit)", [](R &r, Arguments &a) { return Value(r.expand(a[0].toString())); })
-        .method(5122, "move(unit, [count])",
-                [](R &r, Arguments &a) { return Value(r.move(a[0].toString(), optional(a[1], 1))); })
-        .method(5123, "moveStart(unit, [count])",
-                [](R &r, Arguments &a) { return Value(r.moveStart(a[0].toString(), optional(a[1], 1))); })
-        .method(5124, "moveEnd(unit, [count])",
-                [](R &r, Arguments &a) { return Value(r.moveEnd(a[0].toString(), optional(a[1], 1))); })
-        .method(5125, "moveToElementText(element)",
-                [](R &r, Arguments &a) {
-                    r.moveToElementText(elementOf(a[0]));
-                    return Value();
-                })
-        .method(5126, "moveToPoint(x, y)",
-                [](R &r, Arguments &a) {
-                    const ranges::Position p = hostOf(r.page()).placeAt({a[0].toInt(), a[1].toInt()});
-                    if (!p) throw base::Error(base::errors::invalidCall, QStringLiteral("No text is at that point."));
-                    r.moveToPlace(p);
-                    return Value();
-                })
-        .method(5127, "setEndPoint(how, range)",
-                [](R &r, Arguments &a) {
-                    r.setEndPoint(a[0].toString(), rangeOf(a[1]));
-                    return Value();
-                })
-        .method(5128, "findText(text, [count], [flags])",
-                [](R &r, Arguments &a) {
-                    return Value(r.findText(a[0].toString(), optional(a[1], TextRange::noLimit), optional(a[2], 0)));
-                })
-        .method(5129, "moveToBookmark(bookmark)", [](R &r, Arguments &a) {
-            r.moveToBookmark(a[0].toString());
-            return Value(true);
-        });
+    table.method(from, "expand(unit)", moving([](R &r, Arguments &a) { return Value(r.expand(a[0].toString())); }));
+    table.method(from + 1, "move(unit, [count])",
+                 moving([](R &r, Arguments &a) { return Value(r.move(a[0].toString(), optional(a[1], 1))); }));
+    table.method(from + 2, "moveStart(unit, [count])",
+                 moving([](R &r, Arguments &a) { return Value(r.moveStart(a[0].toString(), optional(a[1], 1))); }));
+    table.method(from + 3, "moveEnd(unit, [count])",
+                 moving([](R &r, Arguments &a) { return Value(r.moveEnd(a[0].toString(), optional(a[1], 1))); }));
+    table.method(from + 4, "moveToElementText(element)", moving([](R &r, Arguments &a) {
+                     r.moveToElementText(elementOf(a[0]));
+                     return Value();
+                 }));
+    table.method(from + 5, "moveToPoint(x, y)", moving([](R &r, Arguments &a) {
+                     const ranges::Position p = hostOf(r.page()).placeAt({a[0].toInt(), a[1].toInt()});
+                     if (!p) throw base::Error(base::errors::invalidCall, QStringLiteral("No text is at that point."));
+                     r.moveToPlace(p);
+                     return Value();
+                 }));
+    table.method(from + 6, "setEndPoint(how, range)", moving([](R &r, Arguments &a) {
+                     r.setEndPoint(a[0].toString(), rangeOf(a[1]));
+                     return Value();
+                 }));
+    table.method(from + 7, "findText(text, [count], [flags])", moving([](R &r, Arguments &a) {
+                     return Value(r.findText(a[0].toString(), optional(a[1], TextRange::noLimit), optional(a[2], 0)));
+                 }));
+    table.method(from + 8, "moveToBookmark(bookmark)", moving([](R &r, Arguments &a) {
+                     r.moveToBookmark(a[0].toString());
+                     return Value(true);
+                 }));
 }
 
-void addShows(InterfaceTable<TextRange> &table)
+/// Where a range shows.
+template <class Table, class Get> void addBounds(Table &table, int from, Get range)
 {
-    using R = TextRange;
-    table
-        .method(5130, "select()",
-                [](R &r, Arguments &) {
-                    r.select();
-                    return Value();
-                })
-        .method(5131, "scrollIntoView([start])",
-                [](R &r, Arguments &a) {
-                    hostOf(r.page()).bringIntoView(bounds(r), optional(a[0], true));
-                    return Value();
-                })
-        .read(5132, "boundingLeft", [](R &r) { return Value(bounds(r).left()); })
-        .read(5133, "boundingTop", [](R &r) { return Value(bounds(r).top()); })
-        .read(5134, "boundingWidth", [](R &r) { return Value(bounds(r).width()); })
-        .read(5135, "boundingHeight", [](R &r) { return Value(bounds(r).height()); })
-        .read(5136, "offsetLeft", [](R &r) { return Value(bounds(r).left()); })
-        .read(5137, "offsetTop", [](R &r) { return Value(bounds(r).top()); })
-        .method(5138, "queryCommandText(command)",
-                [](R &r, Arguments &a) { return queryText(r, a[0].toString()); });
+    using S = typename Get::Subject;
+    table.method(from, "scrollIntoView([start])", [range](S &s, Arguments &a) {
+        const auto r = range(s);
+        hostOf(r->page()).bringIntoView(bounds(*r), optional(a[0], true));
+        return Value();
+    });
+    table.read(from + 1, "boundingLeft", [range](S &s) { return Value(bounds(*range(s)).left()); });
+    table.read(from + 2, "boundingTop", [range](S &s) { return Value(bounds(*range(s)).top()); });
+    table.read(from + 3, "boundingWidth", [range](S &s) { return Value(bounds(*range(s)).width()); });
+    table.read(from + 4, "boundingHeight", [range](S &s) { return Value(bounds(*range(s)).height()); });
+    table.read(from + 5, "offsetLeft", [range](S &s) { return Value(bounds(*range(s)).left()); });
+    table.read(from + 6, "offsetTop", [range](S &s) { return Value(bounds(*range(s)).top()); });
 }
 
 } // namespace
@@ -281,6 +276,8 @@ const Interface &selection()
                     })
             .method(5006, "select()", [](D &, Arguments &) { return Value(); });
         addPlaces(table, 5010, SelectionAsRange());
+        addMoves(table, 5020, SelectionAsRange());
+        addBounds(table, 5030, SelectionAsRange());
         return interface;
     }();
     return *made;
@@ -292,8 +289,18 @@ const Interface &textRange()
         auto *interface = new Interface(QStringLiteral("IHTMLTxtRange"));
         InterfaceTable<TextRange> table(*interface);
         addPlaces(table, 5101, ItselfAsRange());
-        addMoves(table);
-        addShows(table);
+        table.method(5120, "collapse([start])", [](TextRange &r, Arguments &a) {
+            r.collapse(optional(a[0], true));
+            return Value();
+        });
+        addMoves(table, 5121, ItselfAsRange());
+        table.method(5130, "select()", [](TextRange &r, Arguments &) {
+            r.select();
+            return Value();
+        });
+        addBounds(table, 5131, ItselfAsRange());
+        table.method(5138, "queryCommandText(command)",
+                     [](TextRange &r, Arguments &a) { return queryText(r, a[0].toString()); });
         addCommands(table, 5140, [](TextRange &r, const QString &command) {
             return hostOf(r.page()).query(r.span(), command);
         });

@@ -6,6 +6,7 @@
 #include "platform/Contract.h"
 #include "platform/DispatchTable.h"
 #include "platform/Interfaces.h"
+#include "platform/InterfacesDetail.h"
 #include "platform/SelectedCells.h"
 
 namespace platform {
@@ -74,7 +75,7 @@ void SelectedCells::Clear()
     selection().clear();
 }
 
-Value selectedCellsValue(HTMLEditor &editor)
+const Interface &interfaces::selectedCells()
 {
     static const Interface *interface = [] {
         auto *made = new Interface(QStringLiteral("SelectedCells"));
@@ -106,7 +107,12 @@ Value selectedCellsValue(HTMLEditor &editor)
             });
         return made;
     }();
-    static const ObjectType type = plainType(QStringLiteral("SelectedCells"), {interface});
+    return *interface;
+}
+
+Value selectedCellsValue(HTMLEditor &editor)
+{
+    static const ObjectType type = plainType(QStringLiteral("SelectedCells"), {&interfaces::selectedCells()});
     return countedValue<SelectedCells>(type, Ref<SelectedCells>(new SelectedCells(editor)).get());
 }
 

@@ -195,6 +195,18 @@ void addSelectionHelpers(QHash<QString, Helper> &table)
         in.control().parts().selection.SelectPageElement(text(a, 0));
         return Value();
     });
+    add("GetCaretPosition", [](In &in, const Arguments &) {
+        const QPoint at = in.control().parts().selection.GetCaretPosition();
+        return Value(platform::ValueList{Value(qint64(at.x())), Value(qint64(at.y()))});
+    });
+    add("RemoveSpellMarkersFromSelection", [](In &in, const Arguments &) {
+        in.control().parts().host.RemoveSpellMarkersFromSelection();
+        return Value();
+    });
+    add("mChangeManager_ElementChanged", [](In &in, const Arguments &a) {
+        in.control().parts().events.mChangeManager_ElementChanged(element(a, 0));
+        return Value();
+    });
     add("ForceSelectedElementChanged", [](In &in, const Arguments &) {
         in.control().parts().events.ForceSelectedElementChanged();
         return Value();

@@ -74,13 +74,23 @@ BlockBox *Queries::hitBlock(BlockBox &box, Point point, Point &local)
     if (box.isTable()) {
         const auto &table = static_cast<const TableBox &>(box);
         const TableRow *row = table.rowAt(point.y);
+        BlockBox *nearest = nullptr;
+        Point inNearest;
+        int64_t least = INT64_MAX;
         for (const TableCell &cell : table.cells) {
             if (!row || cell.row > uint32_t(row - table.rows.data())) break;
             if (cell.row + cell.rowSpan <= uint32_t(row - table.rows.data())) continue;
             const Point at = cell.box->position() + cell.box->container()->position() + cell.box->container()->container()->position();
             const Point inner = point - at - cell.box->shownOffset();
             if (inner.x.raw >= 0 && inner.x < cell.box->width + table.spacingX) return hitBlock(*cell.box, inner, local);
+            // Between the cells the nearest one is meant; beside the table none is.
+            const int64_t away = inner.x.raw < 0 ? -int64_t(inner.x.raw) : int64_t(inner.x.raw) - cell.box->width.raw;
+            if (!holds(box, point) || away >= least) continue;
+            least = away;
+            nearest = cell.box;
+            inNearest = inner;
         }
+        if (nearest) return hitBlock(*nearest, inNearest, local);
         local = point;
         return &box;
     }
@@ -154,6 +164,18 @@ TextPosition Queries::positionOn(BlockBox &block, const Line &line, Unit x, bool
     return positionOf(block, offset);
 }
 
+/// The place before or behind a box that text can't stand in: a table beside which the point lies, a rule, a picture.
+static TextPosition beside(const BlockBox &block, Point local)
+{
+    dom::Node *const node = block.node();
+    dom::Node *const parent = node ? node->parentNode() : nullptr;
+    const bool apart = block.isReplaced() || block.isTable() || (node && node->asElement() && node->asElement()->isVoid());
+    if (!apart || !parent) return {node, 0};
+    const bool isBeside = local.x.raw < 0 || local.x >= block.width;
+    const bool behind = isBeside || !block.isTable() ? local.x >= block.width / 2 : local.y >= block.height / 2;
+    return {parent, node->index() + (behind ? 1 : 0)};
+}
+
 Hit Queries::hitTest(QPointF point)
 {
     mTree.update();
@@ -175,7 +197,8 @@ Hit Queries::hitTest(QPointF point)
     for (Box *up = start; up && !hit.element; up = up->parent()) hit.element = up->element();
     if (!hit.element) hit.element = mTree.document().documentElement();
     if (!block->inlineContent || block->inlineContent->lines.empty()) {
-        hit.position = {block->node() ? block->node() : hit.element, 0};
+        hit.position = beside(*block, local);
+        if (!hit.position.node) hit.position = {hit.element, 0};
         hit.inside = block->isReplaced();
         return hit;
     }
@@ -296,6 +319,11 @@ QRectF Queries::caretRect(TextPosition position, bool atLineEnd)
 
 namespace {
 
+bool hasLines(const BlockBox *block)
+{
+    return block && block->inlineContent && block->inlineContent->hasContent && !block->inlineContent->lines.empty();
+}
+
 // The next block with lines in document order of boxes.
 BlockBox *neighbour(BlockBox &block, int direction)
 {
@@ -315,12 +343,55 @@ BlockBox *neighbour(BlockBox &block, int direction)
     };
     for (Box *box = step(&block); box; box = step(box)) {
         BlockBox *found = box->asBlock();
-        if (found && found->inlineContent && found->inlineContent->hasContent && !found->inlineContent->lines.empty()) return found;
+        if (hasLines(found)) return found;
+    }
+    return nullptr;
+}
+
+/// The first block with lines in a box, or the last one.
+BlockBox *lineBlockIn(BlockBox &within, int direction)
+{
+    Box *box = &within;
+    while (box) {
+        if (hasLines(box->asBlock())) return box->asBlock();
+        Box *next = direction > 0 ? box->firstChild() : box->lastChild();
+        while (!next && box != &within) {
+            next = direction > 0 ? box->next() : box->previous();
+            if (!next) box = box->parent();
+        }
+        box = next;
     }
     return nullptr;
 }
 
 } // namespace
+
+/// Of the cells that stand side by side with the one that `found` lies in, the one at `x`; `from` isn't in that row.
+BlockBox *Queries::besideInRow(BlockBox &found, const BlockBox &from, double x, int direction)
+{
+    BlockBox *cell = nullptr;
+    for (Box *up = &found; up; up = up->parent()) {
+        if (up->asBlock() == &from) return &found;
+        bool holdsFrom = false;
+        for (const Box *at = &from; at && !holdsFrom; at = at->parent()) holdsFrom = at == up;
+        if (holdsFrom) break;
+        if (up->kind() == BoxKind::TableCell) cell = up->asBlock();
+    }
+    if (!cell || !cell->parent()) return &found;
+    BlockBox *best = nullptr;
+    double least = 0;
+    for (Box *each = cell->parent()->firstChild(); each; each = each->next()) {
+        BlockBox *other = each->kind() == BoxKind::TableCell ? each->asBlock() : nullptr;
+        BlockBox *lines = other ? lineBlockIn(*other, direction) : nullptr;
+        if (!lines) continue;
+        const double left = origin(*other).x.toDouble(), right = left + other->width.toDouble();
+        const double away = x < left ? left - x : x > right ? x - right : 0;
+        if (best && away >= least) continue;
+        best = lines;
+        least = away;
+    }
+    return best ? best : &found;
+}
 
 TextPosition Queries::nearLine(TextPosition position, double x, int direction)
 {
@@ -348,7 +419,10 @@ TextPosition Queries::nearLine(TextPosition position, double x, int direction)
         if (candidate.block) continue;
         const double top = (at.y + candidate.top).toDouble(), bottom = (at.y + candidate.bottom()).toDouble();
         if (direction > 0 ? top < here : bottom > here) continue;
-        return positionOn(*next, candidate, along(*next, candidate));
+        BlockBox *const meant = besideInRow(*next, *block, x, direction);
+        const auto &theirs = meant->inlineContent->lines;
+        const Line &there = direction > 0 ? theirs.front() : theirs.back();
+        return there.block ? positionOn(*next, candidate, along(*next, candidate)) : positionOn(*meant, there, along(*meant, there));
     }
     return {};
 }

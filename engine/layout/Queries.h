@@ -82,6 +82,7 @@ private:
     std::vector<QRectF> rectsOf(const dom::Element &element, bool transformed);
     std::function<QRectF(const Rect &)> placing(const BlockBox &block) const;
     BlockBox *hitPositioned(BlockBox &box, Point point, Point &local);
+    BlockBox *besideInRow(BlockBox &found, const BlockBox &from, double x, int direction);
     TextPosition nearLine(TextPosition position, double x, int direction);
 
     LayoutTree &mTree;
