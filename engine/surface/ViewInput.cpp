@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/Error.h"
 #include "engine/dom/Names.h"
+#include "engine/ranges/ControlRange.h"
 #include "engine/ranges/Movement.h"
 #include "engine/surface/HTMLEditor.h"
 #include "engine/surface/LoadedDocument.h"
@@ -218,6 +219,11 @@ void View::mousePressed(const QMouseEvent &event)
         const Content content = Movement::contentFor(Position::before(*fixed), mLoaded->editor().rendering());
         position = content.normalised(behind ? Position::after(*fixed) : Position::before(*fixed));
     }
+    // A picture, a rule, a control: pressed, it is meant itself. Tables are selected from within or along their edges.
+    dom::Element *const object = mPressed ? mPressed->asElement() : nullptr;
+    const bool isMeant = object && ranges::isSelectableObject(*object) && !object->is(dom::names::table) &&
+                         object->parentElement() && object->parentElement()->isContentEditable();
+    if (isMeant && !(event.modifiers() & Qt::ShiftModifier)) return selection.setControl({base::Ref(object)});
     if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     const bool extends = event.modifiers() & Qt::ShiftModifier;
     // Text that is only read leaves the caret where something can be written. A drag selects it.
