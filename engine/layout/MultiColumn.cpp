@@ -217,6 +217,19 @@ public:
         return most;
     }
 
+    /// As many columns of that height as there are; what is left stays.
+    std::vector<Cutter::Cut> filled(Unit height)
+    {
+        std::vector<Cutter::Cut> result;
+        for (Unit at = mFrom; at < mTo && int(result.size()) < mSet.count; at = result.back().next) {
+            Cutter::Cut cut = mCutter.cut(at, at + height, mTo);
+            if (const auto forced = mCutter.forced(at, mTo); forced && forced->end <= cut.end) cut = *forced;
+            if (cut.next <= at) cut = {mTo, mTo};
+            result.push_back(cut);
+        }
+        return result;
+    }
+
 private:
     Cutter mCutter;
     const ColumnSet &mSet;
@@ -334,6 +347,60 @@ Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optiona
     if (set.pieces.empty()) set.pieces.push_back({top, bottom, {}, left, left + set.width, false, true, bottom});
     box.rareData().columns = std::make_unique<ColumnSet>(std::move(set));
     return y - top;
+}
+
+namespace {
+
+/// Fills rows from a stretch of the strip between spanning boxes.
+void addRows(BlockBox &box, ColumnSet &set, Unit from, Unit to, const std::function<ColumnRoom(Unit y)> &room, Unit &y)
+{
+    const Unit top = box.contentTop(), left = box.contentLeft();
+    const bool rightToLeft = isRightToLeft(box.style());
+    while (from < to && set.pieces.size() < std::size_t(mostPieces)) {
+        Row row(box, set, from, to);
+        const ColumnRoom here = room(y - top);
+        const Unit balanced = row.balanced();
+        const bool last = balanced <= here.height;
+        const std::vector<Cutter::Cut> columns = row.filled(std::max(Unit::px(1), last ? balanced : here.height));
+        int index = 0;
+        Unit at = from;
+        for (const Cutter::Cut &cut : columns) {
+            const Unit step = (set.width + set.gap) * (rightToLeft ? set.count - 1 - index : index);
+            set.pieces.push_back({at, cut.next, {step, y - at}, left + step, left + step + set.width, false, index == 0});
+            at = cut.next;
+            ++index;
+        }
+        const bool done = at >= to || at <= from;
+        y = done ? y + row.tallest(columns) : top + here.next;
+        if (done) return;
+        from = at;
+    }
+}
+
+} // namespace
+
+ColumnSet cutIntoRows(BlockBox &box, const std::function<ColumnRoom(Unit y)> &room, Unit &height)
+{
+    const ColumnSet &old = *box.columns();
+    ColumnSet set;
+    set.width = old.width;
+    set.gap = old.gap;
+    set.count = old.count;
+    const Unit top = box.contentTop();
+    Unit y = top, from = top;
+    for (const ColumnPiece &piece : old.pieces) {
+        if (!piece.spans) continue;
+        addRows(box, set, from, piece.from, room, y);
+        const ColumnRoom here = room(y - top);
+        if (piece.to - piece.from > here.height) y = top + here.next;
+        set.pieces.push_back({piece.from, piece.to, {piece.shift.x, y - piece.from}, piece.left, piece.right, true, true});
+        y += piece.to - piece.from;
+        from = piece.to;
+    }
+    addRows(box, set, from, old.pieces.back().to, room, y);
+    for (std::size_t i = 0; i + 1 < set.pieces.size(); ++i) set.pieces[i].to = set.pieces[i + 1].from;
+    height = y - top;
+    return set;
 }
 
 } // namespace layout

@@ -17,5 +17,12 @@ uint32_t forcedBreaksOf(const BlockBox &box);
 /// Cuts the strip that was laid out in the container; `stripHeight` is its content's. `limit` is the height that there is
 /// for the content, nothing where it is as high as it must. Answers the content's height.
 Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optional<Unit> limit);
+/// How high a row of columns may be that begins so far below the content's top, and where the next one begins.
+struct ColumnRoom {
+    Unit height, next;
+};
+/// Cuts the strip anew, into rows one below the other where it doesn't fit into one: sheets of paper. Changes nothing in
+/// the box; `height` is what the content takes then.
+ColumnSet cutIntoRows(BlockBox &box, const std::function<ColumnRoom(Unit y)> &room, Unit &height);
 
 } // namespace layout

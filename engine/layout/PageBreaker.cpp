@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/layout/PageBreaker.h"
 
+#include "engine/layout/MultiColumn.h"
+
 namespace layout {
 
 namespace {
 
 constexpr Unit oneStep = Unit::fromRaw(1);
+constexpr Unit leastColumn = Unit::px(60); // what is worth beginning at a page's end
 constexpr Unit nowhere = Unit::fromRaw(INT32_MIN / 4);
 
 } // namespace
@@ -168,13 +171,15 @@ bool PageBreaker::place(std::size_t k)
         mPageStart = int64_t(k);
         return false;
     }
+    if (chunk.loose) {
+        // Room that floats have made is as high as they have become.
+        chunk.growth = std::max(Unit(), floorShift(chunk.bottom) - chunk.shift);
+        if (mSpace.pageAt(top) != mSpace.pageAt(std::max(top, endOf(k) - oneStep))) mPageStart = int64_t(k);
+        return true;
+    }
     const Unit height = bottom - top;
     if (bottom <= mSpace.bottom(page)) {
         divide(k, false);
-        return true;
-    }
-    if (chunk.loose) {
-        mPageStart = int64_t(k);
         return true;
     }
     const bool fitsBelow = height <= mSpace.bottom(page + 1) - startOf(page + 1, chunk);
@@ -212,6 +217,7 @@ Unit PageBreaker::firstNeed(std::size_t k)
 {
     const Chunk &chunk = mFlow.chunks[k];
     ParallelBoxes &parallel = mFlow.parallels[std::size_t(chunk.parallel)];
+    if (parallel.isColumns) return leastColumn;
     collectMembers(parallel, chunk.reserved);
     Unit need;
     for (const auto &member : parallel.members) {
@@ -227,6 +233,10 @@ void PageBreaker::divide(std::size_t k, bool all)
     if (chunk.parallel < 0) return;
     ParallelBoxes &parallel = mFlow.parallels[std::size_t(chunk.parallel)];
     parallel.divided = all;
+    if (parallel.isColumns) {
+        if (all) divideColumns(chunk, parallel);
+        return;
+    }
     Unit growth;
     for (ParallelBoxes::Member &member : parallel.members) {
         const Unit shift = mFlow.chunks[member.chunk].shift;
@@ -249,6 +259,23 @@ void PageBreaker::divide(std::size_t k, bool all)
         growth = std::max(growth, end - (parallel.bottom + chunk.shift));
     }
     chunk.growth = growth;
+}
+
+// Each page has its own row of columns.
+void PageBreaker::divideColumns(Chunk &chunk, ParallelBoxes &parallel)
+{
+    BlockBox &box = *parallel.members.front().box;
+    const Unit top = parallel.members.front().top + chunk.shift + box.contentTop();
+    const Unit before = box.height - box.frame().vertical();
+    Unit height;
+    parallel.columns = cutIntoRows(
+        box,
+        [&](Unit y) {
+            const int page = mSpace.pageAt(top + y);
+            return ColumnRoom{mSpace.bottom(page) - top - y, startOf(page + 1, chunk) - top};
+        },
+        height);
+    chunk.growth = height - before;
 }
 
 } // namespace layout

@@ -38,6 +38,7 @@ private:
     void collectMembers(ParallelBoxes &parallel, Unit reserved);
     Unit firstNeed(std::size_t k);
     void divide(std::size_t k, bool all);
+    void divideColumns(Chunk &chunk, ParallelBoxes &parallel);
 
     PageFlow &mFlow;
     const PageSpace &mSpace;

@@ -88,6 +88,7 @@ Unit PageFlow::contentEnd() const
     Unit end = base;
     for (const Chunk &chunk : chunks)
         if (!chunk.loose) end = std::max(end, chunk.bottom + chunk.shift + chunk.growth);
+    for (const SideBox &side : floats) end = std::max(end, side.flow->isDone ? side.flow->contentEnd() : side.bottom + side.flow->base);
     return end;
 }
 
@@ -96,6 +97,7 @@ Unit PageFlow::contentBottom() const
     Unit bottom;
     for (const Chunk &chunk : chunks)
         if (!chunk.loose) bottom = std::max(bottom, chunk.bottom);
+    for (const SideBox &side : floats) bottom = std::max(bottom, side.bottom);
     return bottom;
 }
 
@@ -148,6 +150,7 @@ Chunk &FlowCollector::emitChunk(Unit top, Unit bottom, uint8_t cost)
 // Scrolled boxes show a part of their content on paper, too; those that just hide what floats out of them don't.
 bool FlowCollector::isSolid(const BlockBox &box) const
 {
+    if (box.moved && box.style().rare().isTransformed()) return true;
     return box.isReplaced() || (box.clips && !heightIsAuto(box) && box.parent() && box.parent()->parent());
 }
 
@@ -205,6 +208,8 @@ uint32_t FlowCollector::block(BlockBox &box, Unit top, FlowSpan::Place place, in
     const Opened opened = open(box, top, place, parent, previous);
     if (isSolid(box)) {
         emitChunk(top, top + box.height);
+    } else if (box.columns() && !box.columns()->pieces.empty()) {
+        columns(box, opened.span);
     } else if (box.isTable()) {
         table(static_cast<TableBox &>(box), opened.span);
     } else if (box.hasItems()) {
@@ -422,6 +427,20 @@ void FlowCollector::items(BlockBox &box, uint32_t span)
         }
         i = end;
     }
+}
+
+// ---- Columns ----
+
+void FlowCollector::columns(BlockBox &box, uint32_t span)
+{
+    const Unit top = mFlow.spans[span].top;
+    ParallelBoxes parallel;
+    parallel.span = span;
+    parallel.isColumns = true;
+    parallel.bottom = top + box.height;
+    parallel.members.push_back({&box, top, top + box.height, uint32_t(mFlow.chunks.size()), nullptr});
+    emitChunk(top, top + box.height).parallel = int32_t(mFlow.parallels.size());
+    mFlow.parallels.push_back(std::move(parallel));
 }
 
 } // namespace layout

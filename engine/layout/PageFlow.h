@@ -85,7 +85,9 @@ struct ParallelBoxes {
     uint32_t span = 0; ///< of the table or container
     Unit bottom;       ///< of the row; its chunk may end below, with what closes around it
     bool isRow = false;
+    bool isColumns = false; ///< one box with columns, which are cut anew
     bool divided = false;
+    ColumnSet columns;
 };
 
 struct FlowTable {
@@ -111,7 +113,7 @@ struct PageFlow {
     Unit shiftAt(Unit y) const;
     Unit topShift(const FlowSpan &span) const;
     Unit bottomShift(const FlowSpan &span) const;
-    /// Where its content ends on the pages, without empty room at the end.
+    /// Where its content, floats included, ends on the pages; and where before; without empty room at the end.
     Unit contentEnd() const;
     Unit contentBottom() const;
 };
@@ -140,6 +142,7 @@ private:
     void table(TableBox &table, uint32_t span);
     void rows(TableBox &table, uint32_t span, uint32_t index);
     void items(BlockBox &box, uint32_t span);
+    void columns(BlockBox &box, uint32_t span);
     void addFloat(BlockBox &box, uint32_t span, Unit parentTop);
     void addPositioned(BlockBox &box, uint32_t span, Unit top);
     Chunk &emitChunk(Unit top, Unit bottom, uint8_t cost = 0);

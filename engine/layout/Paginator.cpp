@@ -76,6 +76,10 @@ void Paginator::moveParallels(PageFlow &flow)
     for (const Chunk &chunk : flow.chunks) {
         if (chunk.parallel < 0) continue;
         ParallelBoxes &parallel = flow.parallels[std::size_t(chunk.parallel)];
+        if (parallel.isColumns) {
+            if (parallel.divided) *parallel.members.front().box->rareData().columns = std::move(parallel.columns);
+            continue;
+        }
         for (ParallelBoxes::Member &member : parallel.members) {
             const bool atEnd = member.bottom >= parallel.bottom - Unit::px(1);
             const Unit height = member.box->height;
