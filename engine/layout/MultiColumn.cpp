@@ -362,16 +362,17 @@ void addRows(BlockBox &box, ColumnSet &set, Unit from, Unit to, const std::funct
         const Unit balanced = row.balanced();
         const bool last = balanced <= here.height;
         const std::vector<Cutter::Cut> columns = row.filled(std::max(Unit::px(1), last ? balanced : here.height));
+        const Unit rowBottom = y + row.tallest(columns);
         int index = 0;
         Unit at = from;
         for (const Cutter::Cut &cut : columns) {
             const Unit step = (set.width + set.gap) * (rightToLeft ? set.count - 1 - index : index);
-            set.pieces.push_back({at, cut.next, {step, y - at}, left + step, left + step + set.width, false, index == 0});
+            set.pieces.push_back({at, cut.next, {step, y - at}, left + step, left + step + set.width, false, index == 0, rowBottom});
             at = cut.next;
             ++index;
         }
         const bool done = at >= to || at <= from;
-        y = done ? y + row.tallest(columns) : top + here.next;
+        y = done ? rowBottom : top + here.next;
         if (done) return;
         from = at;
     }
@@ -393,7 +394,7 @@ ColumnSet cutIntoRows(BlockBox &box, const std::function<ColumnRoom(Unit y)> &ro
         addRows(box, set, from, piece.from, room, y);
         const ColumnRoom here = room(y - top);
         if (piece.to - piece.from > here.height) y = top + here.next;
-        set.pieces.push_back({piece.from, piece.to, {piece.shift.x, y - piece.from}, piece.left, piece.right, true, true});
+        set.pieces.push_back({piece.from, piece.to, {piece.shift.x, y - piece.from}, piece.left, piece.right, true, true, y + piece.to - piece.from});
         y += piece.to - piece.from;
         from = piece.to;
     }
