@@ -164,8 +164,8 @@ bool PageBreaker::place(std::size_t k)
             return false;
         }
     }
-    if (!chunk.broken && !chunk.loose && top < startOf(page, chunk)) {
-        // Empty room in front has crossed the boundary, and left it where a head will be.
+    if (!chunk.loose && top < startOf(page, chunk)) {
+        // Empty room or a float in front has crossed the boundary, and left it where a head will be.
         chunk.broken = true;
         chunk.shift += startOf(page, chunk) - top;
         mPageStart = int64_t(k);

@@ -369,6 +369,14 @@ private Q_SLOTS:
         QCOMPARE(page.box("b").height(), 490.0); // 6, 6 and 3 lines
         QVERIFY(page.box("c").top() >= page.box("b").bottom());
     }
+    void whatClearsAFloatStandsBelowTheHead()
+    {
+        Paged page("<table><thead><tr><th>H</th></tr></thead><tr><td><p>x<div style='float:left'>" + lines(17) + "</div><p id=p style='clear:left'>x</td></tr></table>");
+        // The float's last line ends with the second page.
+        QCOMPARE(page.page("p"), 2);
+        QCOMPARE(page.onPage("p"), 20.0);
+        QCOMPARE(page.pages->heads(2).size(), std::size_t(1));
+    }
     void aBoxThatHoldsFloatsGrowsWithThem()
     {
         const QString floats = "<div style='float:left;line-height:30px'>" + lines(15) + "</div>";
