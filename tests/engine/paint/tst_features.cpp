@@ -239,6 +239,38 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(103, 30), QColor(Qt::white));
         QCOMPARE(image.pixelColor(50, 80), QColor(Qt::white));
     }
+    void positionedBoxesLieAboveTheFlow()
+    {
+        const QString box = "<div style='width:50px;height:50px;background:%1;%2'></div>";
+        // The second one begins 25 higher, over the first.
+        const auto overlap = [&](const QString &first, const QString &second) {
+            return picture(box.arg("red", first) + box.arg("blue", "margin-top:-25px;" + second), {80, 100}).pixelColor(25, 35);
+        };
+        QCOMPARE(overlap("", ""), QColor(0, 0, 255));
+        QCOMPARE(overlap("position:relative", ""), QColor(255, 0, 0));
+        QCOMPARE(overlap("position:relative", "position:relative"), QColor(0, 0, 255));
+        QCOMPARE(overlap("position:relative;z-index:2", "position:relative;z-index:1"), QColor(255, 0, 0));
+        QCOMPARE(overlap("transform:translate(0)", ""), QColor(255, 0, 0)); // moved by nothing, but a context of its own
+        QCOMPARE(overlap("opacity:.99", "").red() > 240, true);
+    }
+    void selectionsFollowTheirText()
+    {
+        LaidOutPage page(LaidOutPage::bare("<div style='width:300px;columns:2;column-gap:0;font:16px/20px Liberation Sans'><p style='margin:0'>first</p><p id=s style='margin:0'>second</p></div>"
+                                           "<div id=t style='width:100px;height:20px;font:16px/20px Liberation Sans;transform:translate(50px,100px) rotate(90deg)'>turned</div>"));
+        page.tree.setViewport({320, 260});
+        QImage image(320, 260, QImage::Format_RGB32);
+        QPainter painter(&image);
+        paint::Options options;
+        for (const char *id : {"s", "t"}) options.highlights.push_back({page.byId(id).firstChild(), 0, 6, QColor(0, 200, 0), Qt::white});
+        paint::Painter(page.tree, options).paint(painter);
+        painter.end();
+        QCOMPARE(image.pixelColor(151, 1), QColor(0, 200, 0)); // the second column
+        QCOMPARE(image.pixelColor(1, 21), QColor(Qt::white));
+        // The turned box's middle is at (100, 130): its text begins at the top, and is about 48 long.
+        QCOMPARE(image.pixelColor(92, 85), QColor(0, 200, 0));
+        QCOMPARE(image.pixelColor(100, 160), QColor(Qt::white));
+        QCOMPARE(image.pixelColor(70, 30), QColor(Qt::white));
+    }
     void picturesFitTheirBoxes_data()
     {
         QTest::addColumn<QString>("style");
