@@ -3,6 +3,7 @@
 #include "engine/ranges/TextRange.h"
 
 #include <QRegularExpression>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -113,6 +114,7 @@ private:
     }
     bool standsAt(const QString &text, qsizetype at) const
     {
+        if (!mMatchCase && folded(text[at + mSought.size() - 1]) != mSought.back().unicode()) return false;
         const QStringView there = QStringView(text).sliced(at, mSought.size());
         if (mMatchCase) return there == mSought;
         return std::equal(there.begin(), there.end(), mSought.begin(),
@@ -124,11 +126,24 @@ private:
         const qsizetype last = to - mSought.size();
         const char16_t first = mSought[0].unicode();
         const char16_t capital = first >= u'a' && first <= u'z' ? first & ~0x20 : first;
-        for (qsizetype i = from; i <= last; ++i) {
-            const char16_t unit = units[i].unicode();
-            if (unit != first && unit != capital && (unit < 0x80 || folded(units[i]) != first)) continue;
-            if (standsAt(text, i)) return i;
+        const auto isCandidate = [=](QChar c) {
+            return c == QChar(first) || c == QChar(capital) || (c.unicode() >= 0x80 && folded(c) == first);
+        };
+        qsizetype i = from;
+        // Eight at a time, those with the first letter or one beyond ASCII are looked at one by one.
+        using Eight = uint16_t __attribute__((vector_size(16)));
+        for (; i + 8 <= last + 1; i += 8) {
+            Eight eight;
+            memcpy(&eight, units + i, sizeof(eight));
+            const auto like = (eight == uint16_t(first)) | (eight == uint16_t(capital)) | (eight >= uint16_t(0x80));
+            uint64_t halves[2];
+            memcpy(halves, &like, sizeof(halves));
+            if (!(halves[0] | halves[1])) continue;
+            for (qsizetype k = i; k < i + 8; ++k)
+                if (isCandidate(units[k]) && standsAt(text, k)) return k;
         }
+        for (; i <= last; ++i)
+            if (isCandidate(units[i]) && standsAt(text, i)) return i;
         return -1;
     }
     bool fits(const QString &text, const TextHit &hit) const

@@ -83,8 +83,12 @@ LivePosition &LivePosition::operator=(const Position &position)
     // What a step sets, its undo sets back; set by anybody else it stays.
     if (mKeeper->mInStep)
         mKeeper->note(*this, true);
-    else
+    else if (mTicket)
         mKeeper->forget(*this);
+    if (mPosition.node == position.node) { // as mostly: searches and loops go on from where they stand
+        mPosition.offset = position.offset;
+        return *this;
+    }
     mKeeper->relink(*this, position);
     return *this;
 }

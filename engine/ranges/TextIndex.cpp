@@ -406,10 +406,16 @@ size_t TextIndex::firstPieceOf(const TextRun &run, const Node &leaf) const
             if (pieces[i].node == &leaf) return i;
         return 0;
     }
+    for (size_t i = mLastPiece; i < std::min(mLastPiece + 4, pieces.size()); ++i) {
+        if (pieces[i].node != &leaf) continue;
+        while (i > 0 && pieces[i - 1].node == &leaf)
+            --i;
+        return mLastPiece = i;
+    }
     const auto found = std::partition_point(pieces.begin(), pieces.end(), [&](const TextRun::Piece &piece) {
         return piece.node != &leaf && piece.node->compareOrder(leaf) < 0;
     });
-    return size_t(found - pieces.begin());
+    return mLastPiece = size_t(found - pieces.begin());
 }
 
 uint32_t TextIndex::countIn(const TextRun &run, const Text &text, uint32_t offset) const

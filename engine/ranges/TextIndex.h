@@ -23,7 +23,8 @@ struct TextRun
         uint32_t chars = 0;      ///< what counts in front of it, in this run
         bool afterBlank = false; ///< a blank here would collapse
         bool preserved = false;
-        uint32_t plain = 0; ///< so many units from its start all show
+        bool hasControls = false; ///< line ends or tabs, which read as blanks
+        uint32_t plain = 0;       ///< so many units from its start all show
     };
     std::vector<Piece> pieces;
     uint32_t length = 0; ///< without the boundary behind it
@@ -143,6 +144,7 @@ private:
     std::vector<Place> mPending;
     const TextRun *mTextRun = nullptr; ///< whose text is kept
     QString mText;
+    mutable size_t mLastPiece = 0; ///< where the last one was found: the next is mostly near
     bool mBuilt = false;
     uint64_t mWork = 0;
 };

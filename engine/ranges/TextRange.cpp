@@ -63,6 +63,7 @@ Ref<TextRange> TextRange::over(SelectionObject &page, Element &element)
 Ref<TextRange> TextRange::duplicate() const
 {
     Ref<TextRange> copy(new TextRange(page(), span()));
+    copy->mHeld = mHeld;
     copy->mHeldStart = mHeldStart;
     copy->mHeldEnd = mHeldEnd;
     return copy;
@@ -79,8 +80,9 @@ void TextRange::setSpan(const Span &span)
     page(); // fails where the document is gone
     mRange.start = span.start;
     mRange.end = span.end;
-    Span held;
-    if (span.start && !span.isEmpty()) {
+    mHeld = span.start && !span.isEmpty();
+    Span held = span;
+    if (mHeld) {
         held = {innermostStart(span.start), innermostEnd(span.end)};
         if (Position::compare(held.start, held.end) >= 0) held = span; // nothing but the edges of elements
     }
@@ -455,7 +457,7 @@ void TextRange::select() const
 bool TextRange::hasLost() const
 {
     const Position &start = mHeldStart.position(), &end = mHeldEnd.position();
-    return start && (span().isEmpty() || Position::compare(start, end) >= 0);
+    return mHeld && (span().isEmpty() || Position::compare(start, end) >= 0);
 }
 
 QString TextRange::bookmark() const

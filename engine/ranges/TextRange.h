@@ -99,7 +99,8 @@ private:
     std::shared_ptr<SelectionObject *> mPage;
     LiveRange mRange;
     bool mBehindLine = false; ///< a caret behind the line of an empty block
-    LivePosition mHeldStart; ///< around what it took in when it was set, and nothing that came in later at its ends
+    bool mHeld = false;      ///< it took something in when it was set,
+    LivePosition mHeldStart; ///< of which this is what is left, without what came in later at its ends
     LivePosition mHeldEnd;
 };
 

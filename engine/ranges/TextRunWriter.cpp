@@ -44,6 +44,7 @@ void TextRunWriter::addText(Text &text)
         const uint32_t start = mRun.length;
         uint32_t plain = 0;
         for (uint32_t i = from; i < end; ++i) {
+            if (units[i] < u' ') mRun.pieces.back().hasControls = true;
             if (!collapse.shows(units[i])) continue;
             if (i - from == mRun.length++ - start) ++plain;
         }
@@ -139,7 +140,7 @@ void readPlain(const TextRun::Piece &piece, const Text &text, uint32_t skip, uin
 {
     const qsizetype from = out.size();
     out.append(QStringView(text.data()).mid(piece.from + skip, count));
-    if (piece.preserved) return;
+    if (piece.preserved || !piece.hasControls) return;
     for (QChar *at = out.data() + from, *end = out.data() + out.size(); at != end; ++at)
         if (at->unicode() < u' ' && isBlank(at->unicode())) *at = u' ';
 }
