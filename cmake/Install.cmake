@@ -23,8 +23,9 @@ install(FILES ${CMAKE_BINARY_DIR}/VellumKit5Config.cmake ${CMAKE_BINARY_DIR}/Vel
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/VellumKit5)
 install(FILES LICENSE README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
-find_package(Qt6 6.4 QUIET COMPONENTS Designer)
-if(Qt6Designer_FOUND)
+option(VELLUM_DESIGNER "Build the Qt Designer plugin" ON)
+if(VELLUM_DESIGNER AND NOT VELLUM_SANITIZE)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Designer)
     add_library(vellumdesigner MODULE designer/Vellum5Plugin.cpp designer/Vellum5Plugin.h)
     target_include_directories(vellumdesigner PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
     target_link_libraries(vellumdesigner PRIVATE VellumKit5 Qt6::Designer Qt6::Widgets)

@@ -56,7 +56,7 @@ bool Operation::leaveListAtStart(const Position &p)
     for (; edge.kind == Item::Kind::Edge && edge.start; edge = mContent.pastBlanksBefore(edge.far)) {
         Element &element = *edge.element();
         if (isCell(element) || mContent.rendering().isFrame(element)) return false;
-        if (!element.is(names::li)) continue;
+        if (!mEdits.leavesList(element)) continue;
         if (element.previousElementSibling()) return false;
         LivePosition caret(mSelection.keeper(), p);
         const bool empty = isBlankBlock(element);

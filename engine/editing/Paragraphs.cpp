@@ -124,7 +124,7 @@ bool Operation::breakParagraph(const Span &span)
     Element *item = around;
     while (item && !item->is(names::li) && item != &mContent.limit() && !isCell(*item))
         item = item->parentElement();
-    if (item && item->is(names::li) && item != &mContent.limit() && isBlankBlock(*item)) {
+    if (item && mEdits.leavesList(*item) && isBlankBlock(*item)) {
         const Position start = mEdits.leaveList(*item);
         finish(mContent.normalised(start));
         return true;

@@ -242,6 +242,12 @@ Node *firstButBlanks(Element &element)
 
 } // namespace
 
+bool TreeEdits::leavesList(const Element &item) const
+{
+    const Element *list = item.is(names::li) && &item != &mContent.limit() ? item.parentElement() : nullptr;
+    return list && isList(*list) && list != &mContent.limit() && mContent.limit().contains(*list);
+}
+
 Position TreeEdits::leaveList(Element &item)
 {
     Element *list = item.parentElement();

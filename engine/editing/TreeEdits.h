@@ -51,6 +51,8 @@ public:
     void showLine(const ranges::Position &p);
     /// An item leaves its list: it becomes an item of the list around, or its content becomes blocks.
     /// The start of what it became.
+    /// Whether the item can leave its list: one that stands in a list, within what is edited.
+    bool leavesList(const dom::Element &item) const;
     ranges::Position leaveList(dom::Element &item);
 
     /// Whether a P in `parent` would be read back as it stands.

@@ -160,7 +160,8 @@ void Engine::resolveInFlowWidth(BlockBox &box, const Constraint &constraint, Flo
 bool Engine::canReuse(const BlockBox &box, const Constraint &constraint, FloatArea area) const
 {
     if (box.needsLayout || box.childNeedsLayout || box.layoutWidth != constraint.width) return false;
-    if (box.layoutHeight != constraint.height && box.dependsOnHeight) return false;
+    // In quirks mode a percentage finds its base through parents of automatic height, up to the view's.
+    if (box.layoutHeight != constraint.height && (box.dependsOnHeight || quirks())) return false;
     if (box.enteredWithFloats) return false;
     return !area.context || !area.context->activeBelow(area.origin.y);
 }

@@ -187,20 +187,35 @@ void LayoutTree::aboutToRemove(dom::Node &node)
     }
 }
 
+/// The list box whose width and line what stands below `parent` makes, without boxes of its own; null for none.
+static dom::Element *selectAround(dom::Node *parent)
+{
+    while (parent && parent->isElement()) {
+        dom::Element *element = parent->asElement();
+        if (element->is(dom::names::select)) return element;
+        if (!element->is(dom::names::option) && !element->is(dom::names::optgroup)) return nullptr;
+        parent = element->parentNode();
+    }
+    return nullptr;
+}
+
 void LayoutTree::removed(dom::Node &node, dom::ParentNode &parent, dom::Node *before)
 {
+    if (dom::Element *select = selectAround(&parent)) return reattachElement(*select);
     if (node.isText() || node.isElement()) note(parent, before);
 }
 
 void LayoutTree::inserted(dom::Node &node)
 {
     mCounters.forget();
+    if (dom::Element *select = selectAround(node.parentNode())) return reattachElement(*select);
     if ((node.isText() || node.isElement()) && node.parentNode()) note(*node.parentNode(), &node);
 }
 
 void LayoutTree::textReplaced(dom::CharacterData &node, uint32_t, uint32_t, uint32_t)
 {
     if (mRebuildAll || !node.isText() || !node.parentNode()) return;
+    if (dom::Element *select = selectAround(node.parentNode())) return reattachElement(*select);
     auto *box = static_cast<TextBox *>(boxOf(node));
     BlockBox *block = box ? box->blockParent() : nullptr;
     const bool blank = QStringView(node.data()).trimmed().isEmpty();
@@ -216,6 +231,7 @@ void LayoutTree::textReplaced(dom::CharacterData &node, uint32_t, uint32_t, uint
 void LayoutTree::attributeChanged(dom::Element &element, dom::Atom name, const QString *)
 {
     mCounters.forget();
+    if (dom::Element *select = selectAround(&element); select && select != &element) return reattachElement(*select);
     // What style doesn't tell of: content and sizes that stand in attributes.
     using namespace dom::names;
     if (name == src || name == alt || name == dom::names::type || name == value || name == colspan || name == rowspan || name == dom::names::span ||

@@ -10,3 +10,7 @@ foreach(step
         message(FATAL_ERROR "${step}\n${output}")
     endif()
 endforeach()
+file(GLOB_RECURSE plugins ${WORK}/prefix/*/libvellumdesigner.so)
+if(DESIGNER AND NOT plugins)
+    message(FATAL_ERROR "the designer plugin isn't installed")
+endif()
