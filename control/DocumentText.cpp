@@ -361,7 +361,9 @@ void DocumentText::LoadFile(const QString &Filename)
         if (!Filename.startsWith(QLatin1String("http:"))) {
             mState.mBaseURL = QStringLiteral("file://") + platform::FileHelper::folderPart(Filename);
             platform::DecodedText file;
-            if (platform::FileHelper::exists(Filename)) file = platform::FileHelper::readText(Filename);
+            // A folder is no missing file: it can't be read.
+            const bool isThere = platform::FileHelper::exists(Filename) || platform::FileHelper::isFolder(Filename);
+            if (isThere) file = platform::FileHelper::readText(Filename);
             // Only now: a file that can't be read leaves the old one's name, text and format.
             mFormat = file.format;
             setDocumentHTML(file.text);

@@ -161,6 +161,11 @@ bool FileHelper::exists(const QString &name)
     return info.exists() && !info.isDir();
 }
 
+bool FileHelper::isFolder(const QString &name)
+{
+    return !name.isEmpty() && QFileInfo(localName(name)).isDir();
+}
+
 bool FileHelper::isReadOnly(const QString &name)
 {
     const QFileInfo info(localName(name));

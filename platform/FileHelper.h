@@ -30,6 +30,8 @@ public:
 
     /// Is there a file (no folder) of that name?
     static bool exists(const QString &name);
+    /// Is there a folder of that name? "" is none.
+    static bool isFolder(const QString &name);
     /// Is there a file that can't be written?
     static bool isReadOnly(const QString &name);
 

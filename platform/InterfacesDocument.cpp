@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/surface/HTMLEditor.h"
+#include "engine/surface/View.h"
+#include "platform/DispatchObject.h"
 #include "platform/InterfacesDetail.h"
 
 #include <map>
@@ -150,7 +153,13 @@ const Interface &window2()
         InterfaceTable<D>(*interface)
             .read(301, "event",
                   [](D &d) { return d.interaction ? valueOf(d.interaction->currentEvent()) : Value::nothing(); })
-            .read(302, "document", [](D &d) { return valueOf(&d); });
+            .read(302, "document", [](D &d) { return valueOf(&d); })
+            .read(303, "external", [](D &d) {
+                // What the host gave the surface that shows the document.
+                const auto *view = dynamic_cast<surface::View *>(d.interaction);
+                QObject *const external = view ? view->widget().externalObject() : nullptr;
+                return external ? platform::valueOf(external) : Value::nothing();
+            });
         return interface;
     }();
     return *made;

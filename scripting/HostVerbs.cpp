@@ -101,20 +101,23 @@ void userMode(Interpreter &in, Words &words)
     in.host().setUserMode(onOff(words));
 }
 
-void show(Interpreter &in, Words &)
+void show(Interpreter &in, Words &words)
 {
+    words.finish();
     in.host().show();
 }
 
-void hide(Interpreter &in, Words &)
+void hide(Interpreter &in, Words &words)
 {
+    words.finish();
     in.control().hide();
 }
 
 void size(Interpreter &in, Words &words)
 {
-    const int width = words.number("a width");
-    in.control().resize(width, words.number("a height"));
+    const int width = words.number("a width"), height = words.number("a height");
+    if (width < 0 || height < 0) throw ScriptError(QStringLiteral("a size isn't below 0"));
+    in.control().resize(width, height);
 }
 
 void focus(Interpreter &in, Words &words)
@@ -124,6 +127,8 @@ void focus(Interpreter &in, Words &words)
         in.host().surface().setFocus();
     else if (where == QLatin1String("source"))
         in.host().source().setFocus();
+    else if (where != QLatin1String("none"))
+        throw ScriptError(QStringLiteral("visual, source or none"));
     else if (QWidget *widget = QApplication::focusWidget())
         widget->clearFocus();
 }
@@ -342,7 +347,9 @@ void unavailable(Interpreter &, Words &) { notAvailable(); }
 
 void wait(Interpreter &in, Words &words)
 {
-    base::Clock::instance().advance(words.number("milliseconds"), [&in] { in.settle(); });
+    const int milliseconds = words.number("milliseconds");
+    if (milliseconds < 0) throw ScriptError(QStringLiteral("time goes forward only"));
+    base::Clock::instance().advance(milliseconds, [&in] { in.settle(); });
 }
 
 void echo(Interpreter &in, Words &words)

@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 int main(int argc, char **argv)
 {
@@ -34,8 +35,13 @@ int main(int argc, char **argv)
     parser.addOption({QStringLiteral("tour"), QCoreApplication::translate("main", "Save pictures of the three views.")});
     parser.addPositionalArgument(QStringLiteral("file"), QCoreApplication::translate("main", "The page to open."));
     parser.process(application);
-    MainWindow window;
     const QStringList files = parser.positionalArguments();
+    if (tour && !files.isEmpty() && !QFileInfo(files.front()).isReadable()) {
+        // Nobody is there to answer a box.
+        qCritical("%s: the file can't be read", qPrintable(files.front()));
+        return 1;
+    }
+    MainWindow window;
     if (files.isEmpty())
         window.openSample();
     else if (!window.openFile(files.front()) && tour)

@@ -44,6 +44,7 @@ public:
     explicit View(HTMLEditor &widget);
     ~View() override;
 
+    HTMLEditor &widget() const { return mWidget; }
     void documentGone();
     void documentLoaded(LoadedDocument &loaded);
     void modeChanged();
