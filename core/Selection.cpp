@@ -266,7 +266,8 @@ void Selection::SelectElement(IHTMLElement *e)
 {
     trap(module, "SelectElement", given(&mHost, "e", e), [&] {
         const Element held(e);
-        if (!e || !mHost.mDoc()) return;
+        if (!mHost.mDoc()) return;
+        if (!e) return ed.takeFocus();
         if (hasTag(e, "TD") || hasTag(e, "TH")) {
             emptySelection();
             ed.view().cellSelection().select(*e);

@@ -164,6 +164,7 @@ private:
     bool hotSpotKey(const QKeyEvent &event);
     void paintHotSpots(QPainter &painter);
     editing::CommandContext commandContext();
+    bool isLockedFor(const QString &name) const;
     bool execOnText(const QString &name, const QString &value);
     CommandState queryOnText(const QString &name);
     bool clipboardKey(const QKeyEvent &event);

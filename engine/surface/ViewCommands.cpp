@@ -65,8 +65,18 @@ View::CommandState View::queryOnText(const QString &name)
     return result;
 }
 
+/// Whether a locked surface refuses the command: all but those that only look.
+bool View::isLockedFor(const QString &name) const
+{
+    if (!mWidget.isReadOnly()) return false;
+    const editing::Command *command = findCommand(name);
+    const QLatin1String known(command ? command->name : "");
+    return known != QLatin1String("copy") && known != QLatin1String("selectAll") && known != QLatin1String("unselect");
+}
+
 bool View::execNamed(const QString &name, const QString &value)
 {
+    if (isLockedFor(name)) return false;
     if (const CellCommand command = cellCommand(name); command != CellCommand::None && !mCells.isEmpty())
         return runOnCells(command);
     return execOnText(name, value);
@@ -77,6 +87,7 @@ View::CommandState View::queryNamed(const QString &name)
     CommandState result = queryOnText(name);
     if (const CellCommand command = cellCommand(name); command != CellCommand::None && !mCells.isEmpty())
         result.enabled = canRunOnCells(command);
+    result.enabled = result.enabled && !isLockedFor(name);
     return result;
 }
 
