@@ -138,7 +138,10 @@ bool Operation::joinOver(const Position &p, bool forward)
     Position other = mContent.normalised(item.near);
     if (!forward && mContent.isFinalBreak(item)) other = item.far;
     if (blankHere) return removeHere(mContent.normalised(other));
-    return removeSpan(forward ? Span{p, other} : Span{other, p});
+    // `a<br><br>|` before another block: the last break only kept the empty line that the other's text now stands in.
+    const Item back = mContent.pastBlanksBefore(p);
+    const Position from = forward && back.isBreak() ? back.far : p;
+    return removeSpan(forward ? Span{from, other} : Span{other, p});
 }
 
 } // namespace editing
