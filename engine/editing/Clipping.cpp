@@ -58,11 +58,7 @@ bool Editor::paste(const Snippet &snippet)
     if (!host || snippet.isEmpty()) return false;
     Operation operation(*this, *host);
     ChangeTracker::Step step(mTracker, Kind::Command);
-    Span span = operation.span();
-    if (mSelection.type() == SelectionObject::Type::Control) {
-        const Position p = operation.removeObjects();
-        span = {p, p};
-    }
+    const Span span = operation.spanToReplace();
     const QString text = Pasting::textOf(snippet);
     if (!text.isNull() && (operation.preserves(span.start) || !text.contains(u'\n'))) {
         if (!operation.type(text, span)) return false;

@@ -95,11 +95,7 @@ bool Editor::insertText(const QString &given)
     if (!host || text.isEmpty()) return false;
     Operation operation(*this, *host);
     ChangeTracker::Step step(mTracker, Kind::TextIn);
-    Span span = operation.span();
-    if (mSelection.type() == SelectionObject::Type::Control) {
-        const Position p = operation.removeObjects();
-        span = {p, p};
-    }
+    const Span span = operation.spanToReplace();
     const bool done = operation.type(text, span);
     if (!done) return false; // the step takes back what was done
     step.done();
@@ -121,11 +117,7 @@ template <class Break> bool Editor::breakAt(Break breakHere)
     if (!host) return false;
     Operation operation(*this, *host);
     ChangeTracker::Step step(mTracker, Kind::Command);
-    Span span = operation.span();
-    if (mSelection.type() == SelectionObject::Type::Control) {
-        const Position p = operation.removeObjects();
-        span = {p, p};
-    }
+    const Span span = operation.spanToReplace();
     if (!breakHere(operation, span)) return false;
     step.done();
     settleMemories();
@@ -206,6 +198,13 @@ Span Operation::span() const
     }
     const Position p = mContent.normalised(mSelection.focus());
     return {p, p};
+}
+
+Span Operation::spanToReplace()
+{
+    if (mSelection.type() != SelectionObject::Type::Control) return span();
+    const Position place = removeObjects();
+    return {place, place};
 }
 
 bool Operation::objectsAreWithinBlock() const

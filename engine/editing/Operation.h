@@ -15,6 +15,8 @@ public:
 
     /// The selection as far as it can be edited; an empty span for a caret, normalised.
     ranges::Span span() const;
+    /// The span that what comes in takes the place of; selected objects have gone from it.
+    ranges::Span spanToReplace();
     /// Whether the selected objects stand in lines of one block.
     bool objectsAreWithinBlock() const;
     /// Takes the selected objects away; a place where they were.
