@@ -3,6 +3,9 @@
 
 #include "engine/css/StyleObject.h"
 #include "engine/dom/RawTree.h"
+#include "engine/surface/View.h"
+
+#include <QSet>
 
 namespace surface {
 
@@ -53,6 +56,10 @@ PrintCopy::~PrintCopy() = default;
 // Walks both trees in step.
 void PrintCopy::copyTree(Document &from)
 {
+    // Selected cells are shown by their runtime styles; paper knows no selection.
+    QSet<const Node *> selected;
+    if (auto *view = dynamic_cast<View *>(from.interaction))
+        for (const auto &cell : view->cellSelection().cells()) selected.insert(cell.get());
     const Node *at = &from;
     Node *into = mDocument.get();
     for (const Node *node = from.next(&from); node; node = node->next(&from)) {
@@ -62,7 +69,7 @@ void PrintCopy::copyTree(Document &from)
         }
         const base::Ref<Node> copy = copyOf(*node, *mDocument);
         RawTree::append(static_cast<ParentNode &>(*into), *copy);
-        if (const css::StyleObject *style = runtimeStyleOf(*node); style && !style->block()->isEmpty())
+        if (const css::StyleObject *style = runtimeStyleOf(*node); style && !style->block()->isEmpty() && !selected.contains(node))
             mServices.runtimeStyle(static_cast<Element &>(*copy))->setCssText(style->cssText());
         if (node->firstChild()) {
             at = node;

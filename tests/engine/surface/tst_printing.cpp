@@ -6,6 +6,7 @@
 #include "engine/surface/HTMLEditor.h"
 #include "engine/surface/LoadedDocument.h"
 #include "engine/surface/PagePrinter.h"
+#include "engine/surface/View.h"
 
 #include <QPainter>
 #include <QTemporaryDir>
@@ -170,11 +171,19 @@ private Q_SLOTS:
         Shown shown("<!DOCTYPE html><body style='color:#000'><p id=a>text text<table><tr><td>cell</td></tr></table>");
         shown.editor.setEditMode(dom::EditMode::Edit);
         shown.editor.show();
-        QTest::keyClick(&shown.editor, Qt::Key_A, Qt::ControlModifier);
-        PagePrinter pages = shown.pages();
-        const QImage image = picture(pages, 0);
-        for (int y = 0; y < 300; ++y)
-            for (int x = 0; x < image.width(); ++x) QCOMPARE(QColor(image.pixel(x, y)).saturation(), 0);
+        for (const bool cells : {false, true}) {
+            if (cells) {
+                dom::Document &document = *shown.editor.document();
+                shown.editor.view().cellSelection().select(*document.elementsNamed("td").front());
+                QVERIFY(!shown.editor.view().cellSelection().isEmpty());
+            } else {
+                QTest::keyClick(&shown.editor, Qt::Key_A, Qt::ControlModifier);
+            }
+            PagePrinter pages = shown.pages();
+            const QImage image = picture(pages, 0);
+            for (int y = 0; y < 300; ++y)
+                for (int x = 0; x < image.width(); ++x) QCOMPARE(QColor(image.pixel(x, y)).saturation(), 0);
+        }
     }
     void aWidePageIsMadeSmaller()
     {
