@@ -4,6 +4,7 @@
 #include "engine/surface/LoadedDocument.h"
 #include "platform/FileHelper.h"
 #include "support/SettingsStore.h"
+#include "tests/control/ShownControl.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -81,24 +82,8 @@ QString contentOf(const dom::Document &document)
     return content;
 }
 
-struct Shown
+struct Shown : ShownControl
 {
-    Vellum5 control;
-
-    Shown()
-    {
-        control.resize(600, 400);
-        control.setAutoFormatHTML(false);
-        control.show();
-    }
-    ~Shown() { control.Terminate(); }
-
-    void settle()
-    {
-        while (control.VisualEditControl()->isLoading())
-            QCoreApplication::processEvents();
-        QCoreApplication::processEvents();
-    }
     /// Types a letter at the start of the page, so that the surface is ahead of the store.
     void type()
     {

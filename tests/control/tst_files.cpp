@@ -3,6 +3,7 @@
 #include "platform/FileHelper.h"
 #include "support/FailureReport.h"
 #include "support/SettingsStore.h"
+#include "tests/control/ShownControl.h"
 
 #include <QDir>
 #include <QTcpServer>
@@ -33,23 +34,8 @@ private:
 
 namespace {
 
-struct Shown
+struct Shown : ShownControl
 {
-    Vellum5 control;
-
-    Shown()
-    {
-        control.resize(600, 400);
-        control.setAutoFormatHTML(false);
-        control.show();
-    }
-    ~Shown() { control.Terminate(); }
-    void settle()
-    {
-        while (control.VisualEditControl()->isLoading())
-            QCoreApplication::processEvents();
-        QCoreApplication::processEvents();
-    }
     void load(const QString &name)
     {
         control.LoadFile(name);
