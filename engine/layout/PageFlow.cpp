@@ -271,7 +271,7 @@ void FlowCollector::lines(BlockBox &box, uint32_t span)
     mFlow.lineChunks.insert(mFlow.lineChunks.end(), chunks.begin(), chunks.end());
 }
 
-void FlowCollector::addFloat(BlockBox &box, uint32_t span, Unit parentTop)
+SideBox FlowCollector::sideBox(BlockBox &box, uint32_t span, Unit parentTop) const
 {
     SideBox side;
     side.box = &box;
@@ -280,6 +280,12 @@ void FlowCollector::addFloat(BlockBox &box, uint32_t span, Unit parentTop)
     side.bottom = side.top + box.height;
     side.flow = std::make_unique<PageFlow>();
     FlowCollector(*side.flow, mSpace).run(box, side.top, mReserved);
+    return side;
+}
+
+void FlowCollector::addFloat(BlockBox &box, uint32_t span, Unit parentTop)
+{
+    SideBox side = sideBox(box, span, parentTop);
     side.solid = side.flow->chunks.size() <= 1 || avoidsInside(box);
     if (side.solid && box.height > mSpace.least() - mReserved) side.solid = false; // no page could hold it
     mFlow.floats.push_back(std::move(side));
@@ -287,18 +293,10 @@ void FlowCollector::addFloat(BlockBox &box, uint32_t span, Unit parentTop)
 
 void FlowCollector::addPositioned(BlockBox &box, uint32_t span, Unit top)
 {
-    if (isFixedPosition(box)) {
+    if (isFixedPosition(box))
         mFlow.fixedBoxes.push_back(&box);
-        return;
-    }
-    SideBox side;
-    side.box = &box;
-    side.span = span;
-    side.top = top + box.gap;
-    side.bottom = side.top + box.height;
-    side.flow = std::make_unique<PageFlow>();
-    FlowCollector(*side.flow, mSpace).run(box, side.top, mReserved);
-    mFlow.positioned.push_back(std::move(side));
+    else
+        mFlow.positioned.push_back(sideBox(box, span, top));
 }
 
 // ---- Tables ----

@@ -143,6 +143,7 @@ private:
     void rows(TableBox &table, uint32_t span, uint32_t index);
     void items(BlockBox &box, uint32_t span);
     void columns(BlockBox &box, uint32_t span);
+    SideBox sideBox(BlockBox &box, uint32_t span, Unit parentTop) const;
     void addFloat(BlockBox &box, uint32_t span, Unit parentTop);
     void addPositioned(BlockBox &box, uint32_t span, Unit top);
     Chunk &emitChunk(Unit top, Unit bottom, uint8_t cost = 0);
