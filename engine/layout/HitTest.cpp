@@ -164,13 +164,19 @@ TextPosition Queries::positionOn(BlockBox &block, const Line &line, Unit x, bool
     return positionOf(block, offset);
 }
 
-/// The place before or behind a box that text can't stand in: a table beside which the point lies, a rule, a picture.
+/// Text can't stand in it: a table beside whose cells the point lies, a rule, a picture.
+static bool standsApart(const BlockBox &block)
+{
+    const dom::Element *element = block.element();
+    return block.isReplaced() || block.isTable() || (element && element->isVoid());
+}
+
+/// The place before or behind such a box.
 static TextPosition beside(const BlockBox &block, Point local)
 {
     dom::Node *const node = block.node();
     dom::Node *const parent = node ? node->parentNode() : nullptr;
-    const bool apart = block.isReplaced() || block.isTable() || (node && node->asElement() && node->asElement()->isVoid());
-    if (!apart || !parent) return {node, 0};
+    if (!standsApart(block) || !parent) return {node, 0};
     const bool isBeside = local.x.raw < 0 || local.x >= block.width;
     const bool behind = isBeside || !block.isTable() ? local.x >= block.width / 2 : local.y >= block.height / 2;
     return {parent, node->index() + (behind ? 1 : 0)};
@@ -186,6 +192,7 @@ Hit Queries::hitTest(QPointF point)
     if (!block) block = hitBlock(root, pointOf(point), local);
     if (!block) return hit;
     Box *start = block;
+    if (standsApart(*block) && !holds(*block, local) && block->parent()) start = block->parent();
     for (BlockBox *up = block; up; up = up->blockParent()) {
         if (!up->item) continue;
         // Beside its items a container is hit itself, though the caret goes into one of them.
