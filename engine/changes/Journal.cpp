@@ -300,7 +300,7 @@ Journal Journal::read(const QByteArray &bytes)
     Journal journal;
     if (bytes.size() < headLength || std::memcmp(bytes.constData(), magic, magicLength) != 0) return journal;
     journal.version = read32(bytes.constData() + magicLength);
-    if (journal.version != JournalWriter::version) {
+    if (journal.version < JournalWriter::oldestVersion || journal.version > JournalWriter::version) {
         journal.condition = journal.version > JournalWriter::version ? Condition::Newer : Condition::Foreign;
         return journal;
     }

@@ -37,7 +37,9 @@ struct JournalState {
 class JournalWriter
 {
 public:
-    static constexpr uint32_t version = 1;
+    /// 2: records name their step. Those of version 1 don't, and read as before.
+    static constexpr uint32_t version = 2;
+    static constexpr uint32_t oldestVersion = 1;
     static QByteArray head(uint32_t version = JournalWriter::version);
 
     /// The entries, in their order; each call counts the sequence on.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/Clock.h"
+#include "engine/changes/Journal.h"
 #include "engine/changes/JournalFile.h"
 #include "support/FailureReport.h"
 #include "support/SettingsStore.h"
@@ -225,7 +226,7 @@ void tst_recoveryFiles::whatCannotBeReadIsKeptAside()
     QByteArray bytes = file.readAll();
     if (what == QLatin1String("foreign")) bytes = "a letter to somebody";
     if (what == QLatin1String("empty")) bytes.clear();
-    if (what == QLatin1String("newer")) bytes[8] = 2;
+    if (what == QLatin1String("newer")) bytes[8] = char(changes::JournalWriter::version + 1);
     if (what == QLatin1String("damaged")) bytes[bytes.size() / 2] = char(bytes[bytes.size() / 2] + 1);
     QVERIFY(file.resize(0) && file.seek(0) && file.write(bytes) == bytes.size());
     file.close();
@@ -250,7 +251,8 @@ void tst_recoveryFiles::whatCannotBeReadIsKeptAside()
     // The version that wrote it finds it again.
     QVERIFY(kept.setPermissions(kept.permissions()));
     kept.close();
-    QVERIFY(kept.open(QFile::ReadWrite) && kept.seek(8) && kept.write("\x01", 1) == 1);
+    QVERIFY(kept.open(QFile::ReadWrite) && kept.seek(8));
+    QVERIFY(kept.putChar(char(changes::JournalWriter::version)));
     kept.close();
     QCOMPARE(FoundJournal::find().size(), size_t(1));
 }

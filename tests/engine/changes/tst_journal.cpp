@@ -34,6 +34,7 @@ private Q_SLOTS:
     void aChangedByteInTheMiddleIsDamage();
     void aMissingEntryIsDamage();
     void anEntryThatMakesNoSenseIsDamage();
+    void anOlderVersionIsRead();
     void foreignBytesAreRefused_data();
     void foreignBytesAreRefused();
     void aNewerVersionIsRefused();
@@ -108,7 +109,7 @@ void tst_journal::givesBackWhatWasWritten()
     const QByteArray bytes = joined(pieces());
     const Journal journal = Journal::read(bytes);
     QCOMPARE(journal.condition, Condition::Whole);
-    QCOMPARE(journal.version, 1u);
+    QCOMPARE(journal.version, 2u);
     QCOMPARE(journal.documentName, QStringLiteral("/tmp/\u00e4 \u4e2d.html"));
     QCOMPARE(journal.store, QByteArray("<p>STORE \xe2\x82\xac</p>"));
     QVERIFY(journal.hasSurface);
@@ -247,6 +248,16 @@ void tst_journal::anEntryThatMakesNoSenseIsDamage()
     QCOMPARE(Journal::read(start + edit.record("")).condition, Condition::Damaged);
     edit = writer;
     QCOMPARE(Journal::read(start + edit.record(QByteArray("\x00\x00\x09", 3))).condition, Condition::Damaged);
+}
+
+void tst_journal::anOlderVersionIsRead()
+{
+    QByteArray bytes = joined(pieces());
+    bytes.replace(0, JournalWriter::head().size(), JournalWriter::head(1));
+    const Journal journal = Journal::read(bytes);
+    QCOMPARE(journal.condition, Condition::Whole);
+    QCOMPARE(journal.version, 1u);
+    QCOMPARE(journal.records.size(), size_t(2));
 }
 
 void tst_journal::foreignBytesAreRefused_data()
