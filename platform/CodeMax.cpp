@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/CodeMax.h"
 
-#include "base/Clock.h"
 #include "base/Error.h"
 #include "platform/CodeMaxAccessible.h"
-#include "platform/HotKeys.h"
 
 #include <QAccessible>
 #include <QClipboard>
-#include <QContextMenuEvent>
 #include <QGuiApplication>
-#include <QInputMethodEvent>
-#include <QKeyEvent>
 #include <QMimeData>
 #include <QPointer>
 #include <QStringDecoder>
@@ -60,14 +55,7 @@ CodeMax::CodeMax(QWidget *parent) : QsciScintilla(parent)
     send(SCI_USEPOPUP, 0);
     setUpKeys();
     setUpLooks();
-    // QScintilla answers the notice that follows a change with an event for assistive technology, for which it counts
-    // all characters in front, also while nobody is there to receive it. So we have only the one before the change
-    // sent. The marks of who did it and how are part of the mask: each of them alone would bring the other.
-    constexpr long after = SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT | SC_PERFORMED_USER | SC_PERFORMED_UNDO |
-                           SC_PERFORMED_REDO | SC_MULTISTEPUNDOREDO | SC_LASTSTEPINUNDOREDO | SC_MULTILINEUNDOREDO |
-                           SC_STARTACTION;
-    const long notices = (send(SCI_GETMODEVENTMASK) & ~after) | SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE;
-    send(SCI_SETMODEVENTMASK, static_cast<unsigned long>(notices));
+    setNotices(false);
     connect(this, &QsciScintillaBase::SCN_MODIFIED, this, &CodeMax::noteChange);
     // Comes late, with the next painting; it is for moves that no event or call of ours brings.
     connect(this, &QsciScintillaBase::SCN_UPDATEUI, this, [this] {
@@ -96,9 +84,29 @@ QString CodeMax::cleaned(QString text)
 
 // Signals
 
+/// QScintilla answers the notice that follows a change with an event for assistive technology, for which it counts all
+/// characters in front, also while nobody is there to receive it. So we have only the one before the change sent, and
+/// the one after it only where much comes in. The marks of who did it and how are part of the mask: each of them alone
+/// would bring the other.
+void CodeMax::setNotices(bool afterInsertion)
+{
+    constexpr long unwanted = SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT | SC_PERFORMED_USER | SC_PERFORMED_UNDO |
+                              SC_PERFORMED_REDO | SC_MULTISTEPUNDOREDO | SC_LASTSTEPINUNDOREDO | SC_MULTILINEUNDOREDO |
+                              SC_STARTACTION;
+    const long notices = (send(SCI_GETMODEVENTMASK) & ~unwanted) | SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE |
+                         (afterInsertion ? SC_MOD_INSERTTEXT : 0);
+    send(SCI_SETMODEVENTMASK, static_cast<unsigned long>(notices));
+}
+
 void CodeMax::noteChange(int position, int type, const char *text, int length)
 {
+    if (type & SC_MOD_INSERTTEXT) {
+        setNotices(false);
+        mLongLines.arrived(position, position + length);
+        return;
+    }
     if (!(type & (SC_MOD_BEFOREINSERT | SC_MOD_BEFOREDELETE))) return;
+    if ((type & SC_MOD_BEFOREINSERT) && length > LongLines::longLine) setNotices(true);
     if (!mSilent) mModified = true;
     if (mEditDepth == 0) tellLater(); // what comes after it is over before the call is made
     if (!QAccessible::isActive()) return;
@@ -116,6 +124,7 @@ void CodeMax::tell()
 {
     const QPointer<CodeMax> self(this);
     fitLineNumbers();
+    if (!mPressed) mLongLines.follow(); // else the text would slip away under the pointer that selects it
     const bool moved = selectionBytes() != mToldSelection;
     mToldSelection = selectionBytes();
     if (std::exchange(mModified, false)) Q_EMIT Change();
@@ -192,20 +201,6 @@ void CodeMax::takeLineEnds(const QString &text)
     setEolMode(EolWindows);
 }
 
-/// The caret and the view go to the start. Scintilla's own way there lays the line out, also while nobody sees it; one
-/// that is as long as the document takes seconds.
-void CodeMax::toStart()
-{
-    constexpr long longLine = 20000;
-    if (send(SCI_LINELENGTH, 0) < longLine) {
-        send(SCI_GOTOPOS, 0);
-        return;
-    }
-    send(SCI_SETEMPTYSELECTION, 0);
-    send(SCI_SETXOFFSET, 0);
-    send(SCI_SETFIRSTVISIBLELINE, 0);
-}
-
 void CodeMax::setText(const QString &text)
 {
     const QString clean = cleaned(text);
@@ -221,7 +216,7 @@ void CodeMax::setText(const QString &text)
     --mEditDepth;
     if (!changed) return;
     takeLineEnds(clean);
-    toStart();
+    send(SCI_GOTOPOS, 0);
     mToldSelection = selectionBytes();
     fitLineNumbers();
 }
@@ -416,114 +411,6 @@ QRect CodeMax::PosToRect(int line, int column) const
     return place.translated(viewport()->mapTo(this, QPoint()));
 }
 
-// Events
-
-QByteArray CodeMax::fromMimeData(const QMimeData *source, bool &rectangular) const
-{
-    rectangular = false;
-    return source->hasText() ? cleaned(source->text()).toUtf8() : QByteArray();
-}
-
-bool CodeMax::event(QEvent *event)
-{
-    if (event->type() == QEvent::ShortcutOverride) {
-        const auto *key = static_cast<QKeyEvent *>(event);
-        if (HotKeys::global().commandFor(QKeySequence(key->keyCombination())) != 0) {
-            event->accept();
-            return true;
-        }
-    }
-    return QsciScintilla::event(event);
-}
-
-void CodeMax::keyPressEvent(QKeyEvent *event)
-{
-    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~(Qt::KeypadModifier | Qt::GroupSwitchModifier);
-    if (const int command =
-            HotKeys::global().commandFor(QKeySequence(QKeyCombination(modifiers, Qt::Key(event->key()))))) {
-        ExecuteCmd(command);
-        return;
-    }
-    if (modifiers == Qt::AltModifier && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
-        Q_EMIT ShowProps();
-        return;
-    }
-    if (const QString text = event->text();
-        !text.isEmpty() && text[0].isSurrogate() && !(modifiers & ~Qt::ShiftModifier)) {
-        // Scintilla takes no key whose text begins with a surrogate: an emoji would be lost.
-        event->accept();
-        noteTyping(false);
-        ReplaceSel(text);
-        return;
-    }
-    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    const bool deletes = event->key() == Qt::Key_Backspace || event->key() == Qt::Key_Delete;
-    if (isEnter || deletes || (!event->text().isEmpty() && event->text()[0].isPrint())) noteTyping(isEnter);
-    edit([&] { QsciScintilla::keyPressEvent(event); });
-}
-
-/// Scintilla takes all that is typed without moving the caret for one undo step, be it an afternoon's work. A pause ends
-/// a step, and a line break is one by itself, as in the visual view.
-void CodeMax::noteTyping(bool isEnter)
-{
-    constexpr qint64 pauseMs = 3000;
-    const qint64 now = base::Clock::instance().nowMs();
-    if (isEnter || mTypedEnter || now - mTypedMs > pauseMs) {
-        send(SCI_BEGINUNDOACTION);
-        send(SCI_ENDUNDOACTION);
-    }
-    mTypedEnter = isEnter;
-    mTypedMs = now;
-}
-
-void CodeMax::keyReleaseEvent(QKeyEvent *event)
-{
-    const QPointer<CodeMax> self(this);
-    QsciScintilla::keyReleaseEvent(event);
-    if (self && !event->isAutoRepeat()) Q_EMIT KeyUp(event->key());
-}
-
-void CodeMax::contextMenuEvent(QContextMenuEvent *event)
-{
-    event->accept();
-    Q_EMIT ContextMenu();
-}
-
-void CodeMax::inputMethodEvent(QInputMethodEvent *event)
-{
-    QInputMethodEvent clean(cleaned(event->preeditString()), event->attributes());
-    clean.setCommitString(cleaned(event->commitString()), event->replacementStart(), event->replacementLength());
-    clean.setAccepted(event->isAccepted());
-    if (!clean.commitString().isEmpty()) noteTyping(false);
-    edit([&] { QsciScintilla::inputMethodEvent(&clean); });
-    event->setAccepted(clean.isAccepted());
-}
-
-void CodeMax::mousePressEvent(QMouseEvent *event)
-{
-    edit([&] { QsciScintilla::mousePressEvent(event); });
-}
-
-void CodeMax::mouseMoveEvent(QMouseEvent *event)
-{
-    edit([&] { QsciScintilla::mouseMoveEvent(event); });
-}
-
-void CodeMax::mouseReleaseEvent(QMouseEvent *event)
-{
-    edit([&] { QsciScintilla::mouseReleaseEvent(event); });
-}
-
-void CodeMax::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    edit([&] { QsciScintilla::mouseDoubleClickEvent(event); });
-}
-
-void CodeMax::dropEvent(QDropEvent *event)
-{
-    edit([&] { QsciScintilla::dropEvent(event); });
-}
-
 // Commands
 
 bool CodeMax::CanUndo() const
@@ -566,17 +453,29 @@ bool CodeMax::runEditCommand(int command)
         if (possible) edit([&] { send(message); });
         return possible;
     };
+    const auto runOnSelection = [this](unsigned int message, bool possible) {
+        if (!possible) return false;
+        edit([&] {
+            if (!isSelectionLong()) return void(send(message));
+            send(SCI_BEGINUNDOACTION);
+            if (message == SCI_CUT) send(SCI_COPY);
+            deleteSelection();
+            if (message == SCI_PASTE) send(SCI_PASTE);
+            send(SCI_ENDUNDOACTION);
+        });
+        return true;
+    };
     switch (command) {
     case codemax::undo:
         return run(SCI_UNDO, CanUndo());
     case codemax::redo:
         return run(SCI_REDO, CanRedo());
     case codemax::paste:
-        return run(SCI_PASTE, CanPaste());
+        return runOnSelection(SCI_PASTE, CanPaste());
     case codemax::deleteSelection:
-        return run(SCI_CLEAR, !ReadOnly());
+        return runOnSelection(SCI_CLEAR, !ReadOnly());
     case codemax::cut:
-        return run(SCI_CUT, CanCut());
+        return runOnSelection(SCI_CUT, CanCut());
     case codemax::copy:
         return run(SCI_COPY, CanCopy());
     case codemax::selectAll:

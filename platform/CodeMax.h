@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/CodeMaxCommands.h"
+#include "platform/CodeMaxLongLines.h"
 #include "platform/CodeMaxScintilla.h"
 
 #include <QPointer>
@@ -139,6 +140,7 @@ protected:
     bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
     void inputMethodEvent(QInputMethodEvent *event) override;
@@ -161,6 +163,7 @@ private:
 
     /// Runs a part of an edit; the outermost tells of the whole.
     template <class Edit> void edit(Edit edit);
+    void setNotices(bool afterInsertion);
     void noteChange(int position, int type, const char *text, int length);
     void tell();
     void tellLater();
@@ -175,7 +178,10 @@ private:
     void replaceBytes(long start, long end, const QByteArray &bytes);
     bool replaceDifference(const QByteArray &bytes);
     void takeLineEnds(const QString &text);
-    void toStart();
+
+    bool isSelectionLong() const;
+    void deleteSelection();
+    void moveSelection(long to);
 
     bool fail(int command, int code);
     bool runEditCommand(int command);
@@ -197,11 +203,13 @@ private:
     int mErrorState = codemax::noError;
 
     QsciLexerHTML *mLexer = nullptr;
+    LongLines mLongLines{*this};
     int mNumberDigits = 0;
     int mEditDepth = 0;
     bool mModified = false;
     bool mTellPending = false;
     bool mSilent = false;
+    bool mPressed = false; // the mouse is
     std::pair<long, long> mToldSelection{0, 0};
     qint64 mTypedMs = 0; // when a key last typed something
     bool mTypedEnter = false;

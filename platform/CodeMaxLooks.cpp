@@ -83,6 +83,7 @@ void CodeMax::setUpLooks()
     setFrameShape(QFrame::NoFrame);
     send(SCI_SETSCROLLWIDTH, 1);
     send(SCI_SETSCROLLWIDTHTRACKING, 1);
+    send(SCI_SETLAYOUTCACHE, SC_CACHE_PAGE);
     applyPalette();
 }
 
@@ -117,6 +118,7 @@ void CodeMax::applyPalette()
     mLexer->setColor(colors.delimiter, Lexer::SGMLDefault);
     mLexer->blockSignals(blocked);
     setLexer(mLexer);
+    mLongLines.setUp();
     setCaretForegroundColor(text);
     setSelectionBackgroundColor(palette().color(QPalette::Highlight));
     setSelectionForegroundColor(palette().color(QPalette::HighlightedText));
