@@ -26,7 +26,8 @@ struct Tag {
     int id = 0;
     bool selfClosing = false;
     int attributes = 0;
-    qsizetype surplus = -1; ///< where the attributes beyond the limit begin
+    QList<qsizetype> surplus; ///< where each further part of its attributes begins that the limit leaves out
+    qsizetype surplusEnd = 0;
 };
 
 class Guard
@@ -110,8 +111,9 @@ private:
                 tag.selfClosing = i + 1 < in.size() && in[i + 1] == '>';
                 ++i;
             } else {
-                if (++tag.attributes == limits.attributes + 1) tag.surplus = i;
-                i = afterAttribute(i);
+                if (tag.attributes > 0 && tag.attributes % limits.attributes == 0) tag.surplus.append(i);
+                ++tag.attributes;
+                tag.surplusEnd = i = afterAttribute(i);
             }
         }
         return tag;
@@ -155,13 +157,8 @@ private:
         if (closing && tag.id == form) out.text.append(textBoundary);
         if (endsParagraph) out.text.append("</p>");
         if (plaintext || tag.id == isIndex) hideName(tag, closing);
-        if (tag.surplus >= 0) {
-            copyTo(tag.surplus);
-            out.text.append(tag.selfClosing ? "/>" : ">");
-            at = tag.end;
-        } else {
-            copyTo(tag.end);
-        }
+        if (!tag.surplus.isEmpty()) setAside(tag);
+        copyTo(tag.end);
         if (closing) return;
         if (tag.selfClosing && tag.name.contains(':') && !open.inForeign()) {
             out.text.append("</" + tag.name + ">");
@@ -171,6 +168,19 @@ private:
         } else if (raw) {
             rawText(tag.name);
         }
+    }
+
+    void setAside(const Tag &tag)
+    {
+        copyTo(tag.surplus.first());
+        out.text.append(surplusMark + ("=\"" + QByteArray::number(out.surplus.size()) + "\""));
+        QList<QByteArray> parts;
+        for (qsizetype i = 0; i < tag.surplus.size(); ++i) {
+            const qsizetype end = i + 1 < tag.surplus.size() ? tag.surplus[i + 1] : tag.surplusEnd;
+            parts.append(in.mid(tag.surplus[i], end - tag.surplus[i]));
+        }
+        out.surplus.append(parts);
+        at = tag.surplusEnd;
     }
 
     void rawText(const QByteArray &name) { copyTo(endOfRawText(name)); }

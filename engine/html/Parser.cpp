@@ -58,7 +58,7 @@ private:
 class Builder
 {
 public:
-    explicit Builder(Document &document) : mDocument(document) {}
+    Builder(Document &document, const GuardedInput &input) : mDocument(document), mInput(input) {}
 
     /// Appends what `vector` holds, with all below, to `into`.
     void build(const GumboVector &vector, ParentNode &into)
@@ -115,12 +115,38 @@ private:
         }
         if (name.isEmpty()) name = decoded(gumbo_normalized_tagname(source.tag));
         auto element = base::make<Element>(mDocument, Atom(name), space);
-        for (unsigned i = 0; i < source.attributes.length; ++i) {
-            const auto *attribute = static_cast<const GumboAttribute *>(source.attributes.data[i]);
-            const QString value = dom::withLf(decoded(attribute->value));
-            RawTree::setAttribute(*element, Atom(attributeName(*attribute)), &value);
-        }
+        takeAttributes(source.attributes, *element);
         return element;
+    }
+
+    void takeAttributes(const GumboVector &attributes, Element &element, bool isSurplus = false)
+    {
+        for (unsigned i = 0; i < attributes.length; ++i) {
+            const auto *attribute = static_cast<const GumboAttribute *>(attributes.data[i]);
+            const GumboStringPiece &written = attribute->original_name;
+            if (!isSurplus && QByteArrayView(written.data, qsizetype(written.length)) == surplusMark) {
+                const qsizetype index = QByteArray(attribute->value).toLongLong();
+                if (index < mInput.surplus.size()) { // else a page's own
+                    takeSurplus(index, element);
+                    continue;
+                }
+            }
+            const Atom name(attributeName(*attribute));
+            if (element.hasAttribute(name)) continue; // the first one counts (HTML standard, 13.2.5.33)
+            const QString value = dom::withLf(decoded(attribute->value));
+            RawTree::setAttribute(element, name, &value);
+        }
+    }
+
+    void takeSurplus(qsizetype index, Element &element)
+    {
+        for (const QByteArray &part : mInput.surplus.value(index)) {
+            const QByteArray open = element.space() == Namespace::Svg ? "<svg " : "<div ";
+            const Gumbo gumbo(open + part + " >", GUMBO_TAG_BODY);
+            const GumboVector &children = gumbo.output().root->v.element.children;
+            if (children.length > 0)
+                takeAttributes(static_cast<const GumboNode *>(children.data[0])->v.element.attributes, element, true);
+        }
     }
 
     static QString attributeName(const GumboAttribute &attribute)
@@ -174,6 +200,7 @@ private:
     }
 
     Document &mDocument;
+    const GuardedInput &mInput;
 };
 
 /// Public identifiers whose pages were written for browsers before the standards, by their beginnings. (HTML standard,
@@ -231,11 +258,6 @@ QByteArray withoutDoctype(const GuardedInput &input)
     return at < 0 ? text : text.remove(at, input.doctype.size() + 3);
 }
 
-void takeNodes(Document &document, const GumboVector &nodes, DocumentFragment &into)
-{
-    Builder(document).build(nodes, into);
-}
-
 const GumboNode *findContext(const GumboNode *root, GumboTag tag)
 {
     // The context stands at the end of the first branch of the skeleton.
@@ -255,7 +277,7 @@ const GumboNode *findContext(const GumboNode *root, GumboTag tag)
 
 /// The tree builder reads a fragment without quirks, and then a table ends a paragraph. A fragment of a quirks document
 /// that holds a table is read as the content of a whole one.
-bool parseInQuirks(Document &document, GumboTag context, const QByteArray &text, DocumentFragment &into)
+bool parseInQuirks(Document &document, GumboTag context, const GuardedInput &input, DocumentFragment &into)
 {
     QByteArray open = "<body>";
     const QByteArray name(gumbo_normalized_tagname(context));
@@ -263,14 +285,14 @@ bool parseInQuirks(Document &document, GumboTag context, const QByteArray &text,
         open += "<table><tbody><tr><" + name + ">";
     else if (context != GUMBO_TAG_BODY)
         open += "<" + name + ">";
-    const Gumbo gumbo(open + text);
+    const Gumbo gumbo(open + input.text);
     const GumboNode *place = findContext(gumbo.output().root, context);
     if (!place) return false;
     if (const GumboNode *parent = place->parent; context != GUMBO_TAG_BODY && parent) {
         const GumboVector &siblings = parent->v.element.children;
         if (siblings.data[siblings.length - 1] != place) return false; // it was closed by its own content
     }
-    takeNodes(document, place->v.element.children, into);
+    Builder(document, input).build(place->v.element.children, into);
     return true;
 }
 
@@ -293,7 +315,7 @@ Ref<Document> parseDocument(const QString &text)
     if (hasDoctype)
         RawTree::append(*document, *base::make<DocumentType>(*document, dom::withLf(QString::fromUtf8(input.doctype)),
                                                              dom::withLf(QString::fromUtf8(input.doctypeSpace))));
-    Builder(*document).build(source->children, *document);
+    Builder(*document, input).build(source->children, *document);
     return document;
 }
 
@@ -310,10 +332,10 @@ Ref<DocumentFragment> parseFragment(Document &document, const Element &context, 
                                                       : GUMBO_TAG_DIV;
     if (tag == GUMBO_TAG_UNKNOWN) tag = GUMBO_TAG_DIV;
     if (document.isQuirks() && input.text.toLower().contains("<table") &&
-        parseInQuirks(document, tag, input.text, *fragment))
+        parseInQuirks(document, tag, input, *fragment))
         return fragment;
     const Gumbo gumbo(input.text, tag);
-    takeNodes(document, gumbo.output().root->v.element.children, *fragment);
+    Builder(document, input).build(gumbo.output().root->v.element.children, *fragment);
     return fragment;
 }
 

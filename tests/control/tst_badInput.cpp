@@ -110,9 +110,7 @@ void tst_badInput::inputs()
     QTest::newRow("deep tables") << repeated("<table><tr><td>%1", 2000);
     QTest::newRow("a long attribute") << "<p title=\"w000001" + QString(10000000, u'x') + "w000002\">w000003</p>";
     QTest::newRow("a long word") << "<p>w000001" + QString(1000000, u'x') + "w000002</p>";
-    // As many as the parser takes; of more it keeps the text.
-    QTest::newRow("a thousand attributes") << "<p" + repeated(" %1=a", 999) + ">w900000</p>";
-    QTest::newRow("many attributes") << "<p" + repeated(" a%1=b", 20000).replace(" aw", " a") + ">w900000</p>w900001";
+    QTest::newRow("many attributes") << "<p" + repeated(" %1=a", 20000) + ">w900000</p>w900001";
     QTest::newRow("unclosed formatting") << repeated("<p><font size=1>%1", 5000);
     QTest::newRow("unclosed formatting of many kinds") << repeated("<p><b><i><u><a href=#>%1", 4000);
     QTest::newRow("everything unclosed") << "<html><head><title>w000001</title><body><table><tr><td>w000002<ul><li>w000003"

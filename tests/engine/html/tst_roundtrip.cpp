@@ -25,6 +25,7 @@ private Q_SLOTS:
     void prefixedElementsAnswerTheirTagName();
     void heldOpenBlocksReadEmptyAloneAndShowTheirLineInside();
     void idsCountFromOneInDocumentOrder();
+    void attributesBeyondTheTreeBuildersLimitAreKept();
     void hostileInputIsBoundedAndKeepsItsText_data();
     void hostileInputIsBoundedAndKeepsItsText();
     void namesOfUnclosedAnchorsAreKept();
@@ -181,6 +182,40 @@ void tst_roundtrip::idsCountFromOneInDocumentOrder()
     QCOMPARE(b->tagName(), QString("B"));
     QCOMPARE(document->getElementById(b->uniqueID()), b);
     QCOMPARE(b->sourceIndex(), 4);
+}
+
+void tst_roundtrip::attributesBeyondTheTreeBuildersLimitAreKept()
+{
+    QString many;
+    for (int i = 0; i < 20000; ++i) many += QString(" a%1='%1 >'").arg(i);
+    const QString mark(QChar(0xFDD1)); // what the pass in front of the tree builder uses for itself
+    const auto document = html::parseDocument("<p" + many + " A7=other B=\"&lt;\" c d = e " + mark + "=0 " + mark + mark +
+                                              "=0>x</p><svg" + many + " viewBox='1 2 3 4'/>y<i " + mark + "=7>");
+    Element *p = nullptr, *svg = nullptr, *i = nullptr;
+    for (Node *node = document->next(); node; node = node->next()) {
+        Element *element = node->asElement();
+        if (!element) continue;
+        if (element->name().text() == QLatin1String("p")) p = element;
+        if (element->name().text() == QLatin1String("svg")) svg = element;
+        if (element->name().text() == QLatin1String("i")) i = element;
+    }
+    QVERIFY(p && svg && i);
+    for (int n = 0; n < 20000; ++n) {
+        const Atom name(QString("a%1").arg(n));
+        QVERIFY(p->attribute(name) && svg->attribute(name));
+        QCOMPARE(*p->attribute(name), QString("%1 >").arg(n));
+        QCOMPARE(*svg->attribute(name), QString("%1 >").arg(n));
+    }
+    QCOMPARE(*p->attribute(Atom("b")), QString("<"));
+    QCOMPARE(*p->attribute(Atom("c")), QString());
+    QCOMPARE(*p->attribute(Atom("d")), QString("e"));
+    QCOMPARE(p->attributeList().size(), size_t(20005));
+    for (const size_t last : {20003, 20004})
+        QCOMPARE(p->attributeList()[last].value, QString("0"));
+    QCOMPARE(*svg->attribute(Atom("viewBox")), QString("1 2 3 4"));
+    QCOMPARE(svg->nextSibling()->nodeValue(), QString("y"));
+    QCOMPARE(i->attributeList().size(), size_t(1));
+    QCOMPARE(i->attributeList()[0].value, QString("7"));
 }
 
 void tst_roundtrip::hostileInputIsBoundedAndKeepsItsText_data()
