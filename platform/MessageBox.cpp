@@ -18,7 +18,8 @@ constexpr ButtonRow buttonRows[] = {
     {MessageBox::Button::Ok, "OK", QMessageBox::Ok},          {MessageBox::Button::Cancel, "Cancel", QMessageBox::Cancel},
     {MessageBox::Button::Yes, "Yes", QMessageBox::Yes},       {MessageBox::Button::No, "No", QMessageBox::No},
     {MessageBox::Button::Abort, "Abort", QMessageBox::Abort}, {MessageBox::Button::Retry, "Retry", QMessageBox::Retry},
-    {MessageBox::Button::Ignore, "Ignore", QMessageBox::Ignore},
+    {MessageBox::Button::Ignore, "Ignore", QMessageBox::Ignore}, {MessageBox::Button::Save, "Save", QMessageBox::Save},
+    {MessageBox::Button::Discard, "Discard", QMessageBox::Discard},
 };
 
 const ButtonRow &rowOf(MessageBox::Button button)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "base/Export.h"
+
 #include <QString>
 #include <functional>
 #include <vector>
@@ -9,14 +11,15 @@ class QWidget;
 
 namespace platform {
 
-/// The one way in which the control shows a message box.
-class MessageBox
+/// The one way in which the control shows a message box. A host may use it too: whoever puts a handler in its place then
+/// hears of the host's boxes as well.
+class VELLUMKIT_EXPORT MessageBox
 {
 public:
     enum class Icon { Information, Question, Warning, Critical };
-    enum class Button { Ok, Cancel, Yes, No, Abort, Retry, Ignore };
+    enum class Button { Ok, Cancel, Yes, No, Abort, Retry, Ignore, Save, Discard };
 
-    struct Request {
+    struct VELLUMKIT_EXPORT Request {
         Icon icon = Icon::Information;
         QString caption;
         QString text;

@@ -306,21 +306,12 @@ QString nameToEnd(Words &words)
 
 void openFile(Interpreter &in, Words &words)
 {
-    const QString name = platform::FileHelper::localName(in.filePath(nameToEnd(words)));
-    const platform::DecodedText file = platform::FileHelper::readText(name);
-    in.control().setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
-    in.control().setDocumentHTML(file.text);
-    in.fileFormat = file.format;
+    in.file().open(in.filePath(nameToEnd(words)));
 }
 
 void saveFile(Interpreter &in, Words &words)
 {
-    const QString name = platform::FileHelper::localName(in.filePath(nameToEnd(words)));
-    const auto written = platform::FileHelper::writeText(name, in.control().DocumentHTML(), in.fileFormat);
-    in.fileFormat = written.format;
-    in.control().Recovery().documentSaved();
-    in.control().setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
-    if (!written.message.isEmpty()) in.print(written.message);
+    if (!in.file().save(in.filePath(nameToEnd(words)))) throw ScriptError(QStringLiteral("not saved"));
 }
 
 void view(Interpreter &in, Words &words)

@@ -24,7 +24,7 @@ void notAvailable()
     throw ScriptError(QStringLiteral("not available yet"));
 }
 
-Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing)
+Interpreter::Interpreter(const Options &options) : mKeepGoing(options.keepGoing), mMakeFile(options.makeFile)
 {
     support::SettingsStore::instance().setFolder(options.settingsFolder.isEmpty() ? mFreshSettings.path()
                                                                                   : options.settingsFolder);
@@ -249,6 +249,13 @@ Value Interpreter::readTarget(Words &words)
 {
     const Target target = readPath(words);
     return target.path.steps.empty() ? target.start : target.path.get(target.start);
+}
+
+HostFile &Interpreter::file()
+{
+    if (!mMakeFile) notAvailable();
+    if (!mHost->file) mHost->file = mMakeFile(mHost->control());
+    return *mHost->file;
 }
 
 MessageBox::Button Interpreter::answerBox(const MessageBox::Request &request)

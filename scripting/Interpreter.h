@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/DispatchPath.h"
-#include "platform/FileText.h"
 #include "platform/MessageBox.h"
 #include "scripting/Forms.h"
+#include "scripting/HostFile.h"
 #include "scripting/Menus.h"
 #include "scripting/Script.h"
 #include "scripting/ScriptHost.h"
@@ -35,6 +35,7 @@ public:
         QString settingsFolder; ///< empty: a fresh one
         QString filesFolder;    ///< empty: a fresh one
         bool keepGoing = false;
+        MakeHostFile makeFile; ///< without it there is no opening and saving
     };
     explicit Interpreter(const Options &options);
     ~Interpreter();
@@ -45,6 +46,8 @@ public:
     // For the verbs
     ScriptHost &host() { return *mHost; }
     Vellum5 &control() { return mHost->control(); }
+    /// The file of the control's document.
+    HostFile &file();
     /// Adds a line to the command's output.
     void print(const QString &text);
     void printRaw(const QString &text);
@@ -89,7 +92,6 @@ public:
     bool clipboardOpen = false; ///< the command before set a form of the clipboard, to which another one is added
     bool waits = true;       ///< whether commands let happen what was posted
     bool skipSettle = false; ///< the command that is ending was told not to wait
-    platform::FileFormat fileFormat; ///< of the file opened last
     QString lastOutput() const { return mLastOutput; }
     QString &output() { return mOutput; }
     QString withFolder(QString text) const;
@@ -102,6 +104,7 @@ private:
     QTemporaryDir mFreshFiles;
     QString mFilesFolder;
     bool mKeepGoing;
+    MakeHostFile mMakeFile;
     std::unique_ptr<ScriptHost> mHost;
     std::unique_ptr<ScriptHost> mSecond;
     std::unique_ptr<Forms> mForms;

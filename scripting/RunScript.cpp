@@ -28,9 +28,10 @@ static int usage()
     return 2;
 }
 
-int runScript(const QStringList &arguments)
+int runScript(const QStringList &arguments, MakeHostFile makeFile)
 {
     Interpreter::Options options;
+    options.makeFile = std::move(makeFile);
     QString name;
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QString &argument = arguments[i];

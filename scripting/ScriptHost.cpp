@@ -43,6 +43,7 @@ ScriptHost::ScriptHost()
 
 ScriptHost::~ScriptHost()
 {
+    file.reset();
     mSpy.reset();
     mControl.reset();
     hosts().erase(std::find(hosts().begin(), hosts().end(), this));
@@ -53,6 +54,7 @@ ScriptHost::~ScriptHost()
 
 void ScriptHost::makeControl(PropertyBag *bag)
 {
+    file.reset();
     mSpy.reset();
     mControl.reset();
     mScripted.reset();

@@ -3,6 +3,7 @@
 
 #include "platform/HostContainer.h"
 #include "platform/PropertyBag.h"
+#include "scripting/HostFile.h"
 #include "scripting/SignalSpy.h"
 #include "undo/ScriptedChangeLog.h"
 
@@ -37,6 +38,7 @@ public:
     /// Shown and activated; the focus is where it was.
     void show();
     bool isLoading() const;
+    std::unique_ptr<HostFile> file; ///< of the control's document, once a script asks for it
 
     QStringList takeEvents() { return std::exchange(mEvents, {}); }
     /// Something that no signal tells, in an event's form.

@@ -4,6 +4,7 @@
 #include <VellumKit5/CommandManager>
 #include <VellumKit5/Error>
 #include <VellumKit5/HTMLEditor>
+#include <VellumKit5/MessageBox>
 #include <VellumKit5/Recovery>
 
 #include <QActionGroup>
@@ -15,12 +16,14 @@
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QProgressDialog>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+
+using platform::MessageBox;
+using Button = MessageBox::Button;
 
 namespace {
 
@@ -30,13 +33,6 @@ const char *const viewCommands[] = {"ViewNormal", "ViewSource", "ViewPreview"};
 QIcon themeIcon(const char *name, const QIcon &otherwise)
 {
     return QIcon::fromTheme(QLatin1String(name), otherwise);
-}
-
-/// Invalid where there is no such file.
-QDateTime timeOnDisk(const QString &name)
-{
-    const QFileInfo file(name);
-    return !name.isEmpty() && file.isFile() ? file.lastModified() : QDateTime();
 }
 
 /// The pointer asks for patience until what is about to be posted, a load, has been done. Within a load no other event
@@ -53,7 +49,7 @@ public:
 
 } // namespace
 
-MainWindow::MainWindow() : mControl(new Vellum5(this))
+MainWindow::MainWindow() : mControl(new Vellum5(this)), mFile(*mControl)
 {
     setCentralWidget(mControl);
     mControl->setAccessibleName(tr("Page"));
@@ -195,36 +191,32 @@ void MainWindow::updateRecentMenu()
 
 // Files
 
-void MainWindow::showPage(const QString &text, const QString &baseUrl)
+void MainWindow::showPage(const QString &text)
 {
     const Patience patience;
-    mControl->setBaseURL(baseUrl);
+    mFile.release();
+    mControl->setBaseURL(QString());
     mControl->setDocumentHTML(text);
-    setChanged(false);
+    fileChanged(false);
 }
 
 void MainWindow::newDocument()
 {
-    setCurrentFile(QString());
-    mFormat = {};
     showPage(QStringLiteral("<!DOCTYPE html>\r\n<html>\r\n<head>\r\n<meta charset=\"utf-8\">\r\n"
-                        "<title></title>\r\n</head>\r\n<body>\r\n<p></p>\r\n</body>\r\n</html>\r\n"),
-         QString());
+                            "<title></title>\r\n</head>\r\n<body>\r\n<p></p>\r\n</body>\r\n</html>\r\n"));
 }
 
 void MainWindow::openSample()
 {
     QFile sample(QStringLiteral(":/vellumpad/data/sample.html"));
     if (!sample.open(QFile::ReadOnly)) return;
-    setCurrentFile(QString());
-    mFormat = {};
-    showPage(QString::fromUtf8(sample.readAll()), QString());
+    showPage(QString::fromUtf8(sample.readAll()));
 }
 
 void MainWindow::open()
 {
     if (!mayLeave()) return;
-    const QString name = QFileDialog::getOpenFileName(this, tr("Open"), mFileName.isEmpty() ? QString() : QFileInfo(mFileName).path(),
+    const QString name = QFileDialog::getOpenFileName(this, tr("Open"), mFile.name().isEmpty() ? QString() : QFileInfo(mFile.name()).path(),
                                                       tr("Web pages (*.html *.htm *.xhtml);;All files (*)"));
     if (!name.isEmpty()) openFile(name);
 }
@@ -232,80 +224,54 @@ void MainWindow::open()
 bool MainWindow::openFile(const QString &name)
 {
     try {
-        const QString local = platform::FileHelper::localName(name);
-        const platform::DecodedText file = platform::FileHelper::readText(local);
-        mFormat = file.format;
-        showPage(file.text, QStringLiteral("file://") + platform::FileHelper::folderPart(local));
-        setCurrentFile(local);
-        mRecent.add(local);
-        if (file.lossy)
-            statusBar()->showMessage(tr("Some bytes of the file had no meaning in its encoding."), 10000);
-        return true;
+        const Patience patience;
+        mFile.open(name);
     } catch (const base::Error &error) {
         mRecent.remove(name);
-        QMessageBox::warning(this, tr("Open"), error.description());
+        tell(tr("Open"), error.description());
         return false;
     }
+    fileChanged(false);
+    mRecent.add(mFile.name());
+    if (mFile.isLossy()) statusBar()->showMessage(tr("Some bytes of the file had no meaning in its encoding."), 10000);
+    return true;
 }
 
 bool MainWindow::saveFile(const QString &name)
 {
     try {
-        const QString text = mControl->DocumentHTML();
-        const platform::EncodedText written = platform::FileHelper::writeText(name, text, mFormat);
-        mFormat = written.format;
-        mControl->Recovery().documentSaved();
-        setCurrentFile(name);
-        mRecent.add(name);
-        mControl->setBaseURL(QStringLiteral("file://") + platform::FileHelper::folderPart(name));
-        setChanged(false);
-        statusBar()->showMessage(tr("Saved %1").arg(QDir::toNativeSeparators(name)), 5000);
-        if (!written.message.isEmpty()) QMessageBox::information(this, tr("Save"), written.message);
-        return true;
+        if (!mFile.save(name, this)) return false;
     } catch (const base::Error &error) {
-        QMessageBox::warning(this, tr("Save"), error.description());
+        tell(tr("Save"), error.description());
         return false;
     }
+    fileChanged(false);
+    mRecent.add(mFile.name());
+    statusBar()->showMessage(tr("Saved %1").arg(QDir::toNativeSeparators(mFile.name())), 5000);
+    return true;
 }
 
 bool MainWindow::recover(FoundJournal &journal)
 {
     const QString name = journal.documentName();
     if (!journal.recover(*mControl)) return false;
-    mFormat = {};
-    try {
-        // The file's own encoding and line ends, if it is still there.
-        if (!name.isEmpty()) mFormat = platform::FileHelper::readText(name).format;
-    } catch (const base::Error &) {
-    }
-    setCurrentFile(name);
-    setChanged(true);
+    mFile.adopt(name);
+    fileChanged(true);
     return true;
 }
 
 bool MainWindow::save()
 {
-    if (mFileName.isEmpty()) return saveAs();
-    const QDateTime onDisk = timeOnDisk(mFileName);
-    if (mTimeOnDisk.isValid() && onDisk.isValid() && onDisk != mTimeOnDisk) {
-        const auto answer = QMessageBox::warning(
-            this, tr("Save"),
-            tr("%1 was changed by another program since you opened it. Do you want to save over it?")
-                .arg(QFileInfo(mFileName).fileName()),
-            QMessageBox::Save | QMessageBox::Cancel, QMessageBox::Cancel);
-        mTimeTold = onDisk; // nobody wants to be asked the next thing about it at once
-        if (answer != QMessageBox::Save) return false;
-    }
-    return saveFile(mFileName);
+    return mFile.name().isEmpty() ? saveAs() : saveFile(mFile.name());
 }
 
 bool MainWindow::saveAs()
 {
-    QFileDialog dialog(this, tr("Save As"), mFileName.isEmpty() ? QString() : QFileInfo(mFileName).path(),
+    QFileDialog dialog(this, tr("Save As"), mFile.name().isEmpty() ? QString() : QFileInfo(mFile.name()).path(),
                        tr("Web pages (*.html *.htm);;All files (*)"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QStringLiteral("html"));
-    if (!mFileName.isEmpty()) dialog.selectFile(QFileInfo(mFileName).fileName());
+    if (!mFile.name().isEmpty()) dialog.selectFile(QFileInfo(mFile.name()).fileName());
     return dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty() &&
            saveFile(dialog.selectedFiles().front());
 }
@@ -320,8 +286,8 @@ void MainWindow::print(bool preview)
 
 void MainWindow::exportPdf()
 {
-    const QFileInfo known(mFileName);
-    const QString proposed = mFileName.isEmpty() ? tr("Untitled") + QStringLiteral(".pdf")
+    const QFileInfo known(mFile.name());
+    const QString proposed = mFile.name().isEmpty() ? tr("Untitled") + QStringLiteral(".pdf")
                                                  : known.path() + u'/' + known.completeBaseName() + QStringLiteral(".pdf");
     const QString name = QFileDialog::getSaveFileName(this, tr("Export as PDF"), proposed, tr("PDF documents (*.pdf)"));
     if (name.isEmpty()) return;
@@ -340,55 +306,52 @@ void MainWindow::exportPdf()
     if (done)
         statusBar()->showMessage(tr("Exported %1").arg(QDir::toNativeSeparators(name)), 5000);
     else if (!cancelled)
-        QMessageBox::warning(this, tr("Export as PDF"), tr("%1 can't be written.").arg(QDir::toNativeSeparators(name)));
+        tell(tr("Export as PDF"), tr("%1 can't be written.").arg(QDir::toNativeSeparators(name)));
 }
 
 bool MainWindow::mayLeave()
 {
     if (!isWindowModified()) return true;
-    const auto answer = QMessageBox::question(
-        this, tr("VellumPad"), tr("%1 has changes that aren't saved. Do you want to save them?").arg(shownName()),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
-    return answer == QMessageBox::Discard || (answer == QMessageBox::Save && save());
+    const Button answer =
+        MessageBox::show(MessageBox::Icon::Question, tr("VellumPad"),
+                         tr("%1 has changes that aren't saved. Do you want to save them?").arg(shownName()),
+                         {Button::Save, Button::Discard, Button::Cancel}, this);
+    return answer == Button::Discard || (answer == Button::Save && save());
 }
 
 QString MainWindow::shownName() const
 {
-    return mFileName.isEmpty() ? tr("Untitled") : QFileInfo(mFileName).fileName();
+    return mFile.name().isEmpty() ? tr("Untitled") : QFileInfo(mFile.name()).fileName();
 }
 
-void MainWindow::setCurrentFile(const QString &name)
+void MainWindow::fileChanged(bool hasChanges)
 {
-    mFileName = name;
-    mTimeOnDisk = timeOnDisk(name);
-    mTimeTold = {};
-    mControl->Recovery().setDocumentName(name);
-    setWindowFilePath(name);
+    setWindowFilePath(mFile.name());
     QString title = shownName();
     title.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // a name may hold what marks the place of the asterisk
     setWindowTitle(title + QStringLiteral("[*] - VellumPad"));
-}
-
-void MainWindow::setChanged(bool changed)
-{
-    setWindowModified(changed);
+    setWindowModified(hasChanges);
 }
 
 void MainWindow::lookAtDisk()
 {
-    if (mFileName.isEmpty() || mAsking) return;
-    const QDateTime onDisk = timeOnDisk(mFileName);
-    if (!onDisk.isValid() || onDisk == mTimeOnDisk || onDisk == mTimeTold) return;
+    if (mAsking || !mFile.hasNewsOnDisk()) return;
     mAsking = true;
-    const auto answer = QMessageBox::question(
-        this, tr("VellumPad"),
+    const Button answer = MessageBox::show(
+        MessageBox::Icon::Question, tr("VellumPad"),
         tr("%1 was changed by another program. Do you want to open it anew?%2")
-            .arg(QFileInfo(mFileName).fileName(), isWindowModified() ? tr(" Your changes would be lost.") : QString()));
-    if (answer == QMessageBox::Yes)
-        openFile(mFileName);
+            .arg(shownName(), isWindowModified() ? tr(" Your changes would be lost.") : QString()),
+        {Button::Yes, Button::No}, this);
+    if (answer == Button::Yes)
+        openFile(mFile.name());
     else
-        mTimeOnDisk = onDisk;
+        mFile.acceptDisk();
     mAsking = false;
+}
+
+void MainWindow::tell(const QString &caption, const QString &text)
+{
+    MessageBox::show(MessageBox::Icon::Warning, caption, text, {Button::Ok}, this);
 }
 
 // The control
@@ -400,7 +363,7 @@ void MainWindow::loaded()
 
 void MainWindow::changed()
 {
-    setChanged(true);
+    setWindowModified(true);
     toolsRefreshed();
 }
 

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "DocumentFile.h"
 #include "RecentFiles.h"
 
-#include <VellumKit5/FileHelper>
 #include <VellumKit5/Vellum5>
 
-#include <QDateTime>
 #include <QMainWindow>
 #include <functional>
 
@@ -31,7 +30,7 @@ public:
     bool saveFile(const QString &name);
     /// Takes over a document that an earlier run left; it counts as changed. False if that can't be.
     bool recover(FoundJournal &journal);
-    const QString &fileName() const { return mFileName; }
+    const QString &fileName() const { return mFile.name(); }
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -44,7 +43,7 @@ private:
     void makeMenus();
     void makeToolBar();
     void newDocument();
-    void showPage(const QString &text, const QString &baseUrl);
+    void showPage(const QString &text);
     void open();
     bool save();
     bool saveAs();
@@ -57,19 +56,17 @@ private:
     void toolsRefreshed();
     void setView(int view);
     QString shownName() const;
-    void setCurrentFile(const QString &name);
-    void setChanged(bool changed);
+    /// The document is another, or was saved: title and modified mark.
+    void fileChanged(bool hasChanges);
+    void tell(const QString &caption, const QString &text);
     void updateRecentMenu();
     void lookAtDisk();
     QAction *action(const QString &name, const QString &text, const QKeySequence &keys, const QIcon &icon,
                     const std::function<void()> &run);
 
     Vellum5 *mControl;
+    DocumentFile mFile;
     RecentFiles mRecent;
-    QString mFileName;
-    platform::FileFormat mFormat;
-    QDateTime mTimeOnDisk; ///< of the file as it was opened or saved
-    QDateTime mTimeTold;   ///< of a later version that somebody was told of
     bool mAsking = false;
     QMenu *mRecentMenu = nullptr;
     QAction *mNew, *mOpen, *mSave, *mSaveAs, *mPrint, *mPrintPreview, *mExportPdf, *mQuit, *mUndo, *mRedo;

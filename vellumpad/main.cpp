@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "DocumentFile.h"
 #include "MainWindow.h"
 #include "Recover.h"
 #include "Tour.h"
@@ -10,6 +11,23 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+
+#ifdef VELLUMPAD_SCRIPTING
+namespace {
+
+class ScriptedFile : public scripting::HostFile
+{
+public:
+    explicit ScriptedFile(Vellum5 &control) : mFile(control) {}
+    void open(const QString &name) override { mFile.open(name); }
+    bool save(const QString &name) override { return mFile.save(name); }
+
+private:
+    DocumentFile mFile;
+};
+
+} // namespace
+#endif
 
 int main(int argc, char **argv)
 {
@@ -26,7 +44,10 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(QStringLiteral("VellumPad"));
     QApplication::setApplicationVersion(QStringLiteral("5.0.0"));
 #ifdef VELLUMPAD_SCRIPTING
-    if (script) return scripting::runScript(application.arguments());
+    if (script) {
+        return scripting::runScript(application.arguments(),
+                                    [](Vellum5 &control) { return std::make_unique<ScriptedFile>(control); });
+    }
 #endif
     QCommandLineParser parser;
     parser.setApplicationDescription(QCoreApplication::translate("main", "A small HTML editor."));
