@@ -6,6 +6,7 @@
 #include "core/SelectionPoint.h"
 #include "engine/changes/EditScope.h"
 #include "engine/css/StyleObject.h"
+#include "engine/surface/View.h"
 #include "platform/CodeMax.h"
 #include "platform/EngineChangeLog.h"
 #include "support/FailureTrap.h"
@@ -113,6 +114,7 @@ void Changes::Undo()
             else
                 manager->Undo();
             if (manager) manager->Flush();
+            const surface::View::CellsStay stay(ed.view()); // those that the undo has selected again
             modMain::RestoreSelectionPoint(mHost.mDoc(), mState.mSelectionLength, mState.mSelectionCharactersFromStart);
         }
         clearCellHighlights();
@@ -145,6 +147,7 @@ void Changes::clearCellHighlights()
     if (!document) return;
     for (IHTMLElement *cell : document->elementsNamed("td"))
         if (cell->rareDataIfAny() && cell->rareDataIfAny()->runtimeStyle) cell->runtimeStyle()->setCssText(QString());
+    ed.view().cellSelection().showAgain();
 }
 
 bool Changes::UndoEnabled() const

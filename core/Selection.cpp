@@ -200,11 +200,6 @@ void Selection::replaceControl(IHTMLControlRange &range, const QString &Text)
     const auto items = range.elements();
     for (size_t i = 1; i < items.size(); ++i) items[i]->setOuterHTML(QString());
     replaceElement(*first, *around, Text);
-    // Who goes on typing does so where the object was.
-    attempt([&] {
-        around->collapse(false);
-        around->select();
-    });
 }
 
 void Selection::replaceElement(IHTMLElement &e, IHTMLTxtRange &around, const QString &Text)
@@ -259,7 +254,7 @@ void Selection::SetSelectionToPoint(int x, int y)
 void Selection::emptySelection()
 {
     ed.view().cellSelection().clear();
-    if (auto *selection = ranges::selectionOf(*mHost.mDoc())) selection->clear();
+    if (auto *selection = ranges::selectionOf(*mHost.mDoc())) selection->empty();
 }
 
 void Selection::SelectElement(IHTMLElement *e)

@@ -85,8 +85,12 @@ void RestoreSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &C
              // In a page without a character every place is the same: the selection stays.
              if (range.text && range.text->index().total() > 0) {
                  const uint32_t start = uint32_t(std::max(0, CharactersFromStart.toInt()));
+                 const std::pair stood(range.text->startCount(), range.text->endCount());
                  range.text->setCounts(start, start + uint32_t(std::max(0, SelectionLength)));
-                 range.text->select();
+                 // Where it is there already it keeps its place among those that count the same, and its direction.
+                 const bool isThere = range.text->page().type() == ranges::SelectionObject::Type::Text &&
+                                      stood == std::pair(range.text->startCount(), range.text->endCount());
+                 if (!isThere) range.text->select();
              }
              SelectionLength = 0;
              CharactersFromStart.clear();

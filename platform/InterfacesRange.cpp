@@ -40,15 +40,6 @@ QString typeName(const SelectionObject *selection)
     return selection && selection->isRange() ? QStringLiteral("Text") : QStringLiteral("None");
 }
 
-void emptySelection(SelectionObject *selection)
-{
-    if (!selection) return;
-    if (selection->isRange())
-        selection->setCaret(selection->span().start);
-    else if (selection->type() == SelectionObject::Type::Control)
-        selection->clear();
-}
-
 Value rangeValue(const Ref<TextRange> &range)
 {
     static const ObjectType type = plainType(QStringLiteral("IHTMLTxtRange"), {&textRange()});
@@ -257,7 +248,7 @@ const Interface &selection()
                     })
             .method(5003, "empty()",
                     [](D &d, Arguments &) {
-                        emptySelection(liveSelection(d));
+                        if (SelectionObject *selection = liveSelection(d)) selection->empty();
                         return Value();
                     })
             .method(5004, "clear()",
@@ -315,7 +306,13 @@ const Interface &controlRange()
         auto *interface = new Interface(QStringLiteral("IHTMLControlRange"));
         using C = ControlRange;
         InterfaceTable<C> table(*interface);
-        table.method(defaultMemberId, "item(index)", [](C &c, Arguments &a) { return valueOf(c.item(a[0].toInteger())); })
+        table
+            .method(defaultMemberId, "item(index)",
+                    [](C &c, Arguments &a) {
+                        dom::Element *item = c.item(a[0].toInteger());
+                        if (item) return valueOf(item);
+                        throw base::Error(base::errors::subscriptOutOfRange, QStringLiteral("There is no such item."));
+                    })
             .read(5201, "length", [](C &c) { return Value(c.length()); })
             .method(5202, "add(element)",
                     [](C &c, Arguments &a) {

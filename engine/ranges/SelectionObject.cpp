@@ -2,6 +2,7 @@
 #include "engine/ranges/SelectionObject.h"
 
 #include "engine/ranges/Bookmarks.h"
+#include "engine/ranges/Content.h"
 #include "engine/ranges/TextIndex.h"
 
 namespace ranges {
@@ -10,7 +11,8 @@ using namespace dom;
 using changes::SavedSelection;
 
 SelectionObject::SelectionObject(RangeKeeper &keeper, const Rendering &rendering)
-    : mKeeper(keeper), mAnchor(keeper, {}), mFocus(keeper, {}), mRendering(rendering),
+    : mKeeper(keeper), mAnchor(keeper, {}), mFocus(keeper, {}), mChosen(std::make_shared<ElementMemory::Ids>()),
+      mChosenBefore(mChosen), mPlace(keeper, {}, Grip::Following), mRendering(rendering),
       mHandle(std::make_shared<SelectionObject *>(this))
 {
 }
@@ -34,8 +36,19 @@ Bookmarks &SelectionObject::bookmarks()
 
 SelectionObject::Type SelectionObject::type() const
 {
-    if (mAnchor.position()) return Type::Text;
-    return elements().empty() ? Type::None : Type::Control;
+    if (anchor()) return Type::Text;
+    return isThere() ? Type::Control : Type::None;
+}
+
+Element *SelectionObject::elementOf(NodeId id) const
+{
+    Node *node = document().nodeById(id);
+    return node && node->isConnected() ? node->asElement() : nullptr;
+}
+
+bool SelectionObject::isThere() const
+{
+    return std::any_of(mChosen->begin(), mChosen->end(), [this](NodeId id) { return elementOf(id); });
 }
 
 Span SelectionObject::span() const
@@ -47,8 +60,8 @@ Span SelectionObject::span() const
 std::vector<Ref<Element>> SelectionObject::elements() const
 {
     std::vector<Ref<Element>> there;
-    for (const Ref<Element> &element : mElements)
-        if (element->isConnected()) there.push_back(element);
+    for (const NodeId id : *mChosen)
+        if (Element *element = elementOf(id)) there.emplace_back(element);
     return there;
 }
 
@@ -59,8 +72,8 @@ void SelectionObject::set(const Position &anchor, const Position &focus)
         return;
     }
     const Position a = anchor.clipped(), f = focus.clipped();
-    if (mElements.empty() && mAnchor.position() == a && mFocus.position() == f) return;
-    mElements.clear();
+    if (this->anchor() == a && this->focus() == f) return;
+    choose(std::make_shared<ElementMemory::Ids>());
     mAnchor = a;
     mFocus = f;
     tell();
@@ -68,12 +81,34 @@ void SelectionObject::set(const Position &anchor, const Position &focus)
 
 void SelectionObject::setControl(std::vector<Ref<Element>> elements)
 {
-    std::erase_if(elements, [](const Ref<Element> &e) { return !e || !e->isConnected(); });
-    if (elements == mElements && !mAnchor.position()) return;
+    auto ids = std::make_shared<ElementMemory::Ids>();
+    for (const Ref<Element> &element : elements)
+        if (element && element->isConnected()) ids->push_back(element->id());
+    if (*ids == *mChosen && !mAnchor.position()) return;
     mAnchor = Position();
     mFocus = Position();
-    mElements = std::move(elements);
+    choose(std::move(ids));
     tell();
+}
+
+void SelectionObject::choose(ElementMemory::Choice choice)
+{
+    if (!mInStep) mMemory.chosen();
+    if (choice->empty() && mChosen->empty()) return;
+    mChosen = std::move(choice);
+    const auto there = elements();
+    if (mChosen->empty())
+        mPlace = Position();
+    else if (!there.empty())
+        mPlace = Position::after(*there.front());
+}
+
+void SelectionObject::empty()
+{
+    if (isRange())
+        setCaret(span().start);
+    else if (type() == Type::Control)
+        setCaret(Content(mRendering, *document().body()).normalised(Position::before(*elements().front())));
 }
 
 void SelectionObject::clear()
@@ -89,7 +124,7 @@ void SelectionObject::tell()
 SavedSelection SelectionObject::savedSelection() const
 {
     SavedSelection saved;
-    if (mAnchor.position()) {
+    if (anchor()) {
         saved = {SavedSelection::Type::Text, anchor().node->id(), anchor().offset, focus().node->id(),
                  focus().offset, {}};
     } else if (const auto there = elements(); !there.empty()) {
@@ -103,6 +138,12 @@ SavedSelection SelectionObject::savedSelection() const
 }
 
 void SelectionObject::restoreSelection(const SavedSelection &saved)
+{
+    restore(saved);
+    if (beside) beside->selectionRestored();
+}
+
+void SelectionObject::restore(const SavedSelection &saved)
 {
     if (saved.type == SavedSelection::Type::None) {
         clear();
@@ -122,10 +163,38 @@ void SelectionObject::restoreSelection(const SavedSelection &saved)
     setControl(std::move(all)); // which drops those that aren't in the tree any more
 }
 
+void SelectionObject::stepBegins()
+{
+    mInStep = true;
+    mChosenBefore = mChosen;
+    mKeeper.stepBegins();
+    if (beside) beside->stepBegins();
+}
+
+void SelectionObject::stepEnds(changes::StepName step)
+{
+    if (mChosen != mChosenBefore) mMemory.keep(step, mChosenBefore, mChosen);
+    if (beside) beside->stepEnds(step);
+    mKeeper.stepEnds(step);
+    mInStep = false;
+}
+
+void SelectionObject::stepFails()
+{
+    mKeeper.stepFails();
+    if (mChosen != mChosenBefore) choose(mChosenBefore);
+    if (beside) beside->stepFails();
+    mInStep = false;
+}
+
 void SelectionObject::stepPlayed(changes::StepName step)
 {
     mKeeper.stepPlayed(step);
-    if (mAnchor.position()) mElements.clear(); // the text that was selected in front of them is again
+    if (mAnchor.position())
+        choose(std::make_shared<ElementMemory::Ids>()); // the text that was selected in front of them is again
+    else if (const auto choice = mMemory.untouchedSince(step))
+        choose(choice);
+    if (beside) beside->stepPlayed(step);
 }
 
 } // namespace ranges

@@ -122,12 +122,14 @@ void CellSelection::set(std::vector<base::Ref<Element>> cells)
     for (const auto &cell : cells)
         tableOfCell(*cell);
     std::sort(cells.begin(), cells.end(), [](const auto &a, const auto &b) { return a->compareOrder(*b) < 0; });
+    mChoice = nullptr;
     if (cells == mCells) return;
     for (const auto &old : mCells)
         if (std::find(cells.begin(), cells.end(), old) == cells.end()) show(*old, false);
     for (const auto &cell : cells)
         if (std::find(mCells.begin(), mCells.end(), cell) == mCells.end()) show(*cell, true);
     mCells = std::move(cells);
+    if (!mChoiceBefore) mMemory.chosen();
     if (changed) changed();
 }
 
@@ -231,11 +233,79 @@ void CellSelection::clear()
     set({});
 }
 
+void CellSelection::showAgain()
+{
+    for (const auto &cell : cells())
+        show(*cell, true);
+}
+
 void CellSelection::forget()
 {
     mAnchor = nullptr;
     mFocus = nullptr;
     mCells.clear();
+    mMemory = {};
+    mChoice = mChoiceBefore = mPlayedTo = mAlwaysPlayedTo = nullptr;
+}
+
+// Steps
+
+const CellSelection::Choice &CellSelection::choice()
+{
+    if (mChoice) return mChoice;
+    auto ids = std::make_shared<ranges::ElementMemory::Ids>();
+    if (!mCells.empty()) {
+        ids->push_back(mAnchor ? mAnchor->id() : 0);
+        ids->push_back(mFocus ? mFocus->id() : 0);
+    }
+    for (const auto &cell : mCells)
+        ids->push_back(cell->id());
+    return mChoice = std::move(ids);
+}
+
+void CellSelection::choose(const Choice &choice)
+{
+    std::vector<base::Ref<Element>> found;
+    for (const dom::NodeId id : *choice) {
+        Node *node = mDocument ? mDocument->nodeById(id) : nullptr;
+        Element *element = node ? node->asElement() : nullptr;
+        const bool isThere = element && isDataCell(*element) && element->isConnected() && dom::table::tableOf(*element);
+        found.emplace_back(isThere ? element : nullptr);
+    }
+    mAnchor = found.empty() ? nullptr : found[0];
+    mFocus = found.empty() ? nullptr : found[1];
+    if (!found.empty()) found.erase(found.begin(), found.begin() + 2);
+    std::erase(found, nullptr);
+    set(std::move(found));
+}
+
+void CellSelection::stepBegins()
+{
+    mChoiceBefore = choice();
+    mPlayedTo = mAlwaysPlayedTo = nullptr;
+    mRestored = false;
+}
+
+void CellSelection::stepPlayed(changes::StepName step)
+{
+    mPlayedTo = mMemory.untouchedSince(step);
+    mAlwaysPlayedTo = mMemory.playedTo(step);
+}
+
+void CellSelection::stepEnds(changes::StepName step)
+{
+    if (const Choice &played = mRestored ? mAlwaysPlayedTo : mPlayedTo)
+        choose(played);
+    else if (mGoWithStep && step.number)
+        clear();
+    mMemory.keep(step, mChoiceBefore, choice());
+    mChoiceBefore = nullptr;
+}
+
+void CellSelection::stepFails()
+{
+    if (choice() != mChoiceBefore) choose(mChoiceBefore);
+    mChoiceBefore = nullptr;
 }
 
 Element *CellSelection::cellAround(Node *node)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/dom/Element.h"
+#include "engine/ranges/SelectionObject.h"
 
 #include <functional>
 #include <vector>
@@ -11,12 +12,13 @@ namespace surface {
 /// Cells that are selected as such, beside the text selection: by a drag from one into another, with Shift and the
 /// arrows, from a table's edges, by program. They show by their runtime style, which is in no text.
 ///
-/// A cell that leaves the document is no longer one of them.
-class CellSelection
+/// A cell that leaves the document is no longer one of them; when the step that took it is undone, it is again. So are the
+/// cells that a step of input let go of, and those that were let go of for another reason within a step.
+class CellSelection final : public ranges::StepListener
 {
 public:
     CellSelection() = default;
-    ~CellSelection() { forget(); }
+    ~CellSelection() override { forget(); }
     CellSelection(const CellSelection &) = delete;
     CellSelection &operator=(const CellSelection &) = delete;
 
@@ -39,8 +41,21 @@ public:
     bool moveFocus(int columns, int rows);
     dom::Element *anchor() const { return mAnchor.get(); }
     void clear();
+    /// Where somebody has cleared their runtime style.
+    void showAgain();
     /// Forgets them without telling anybody: their document goes.
     void forget();
+    /// Whose cells; null for none.
+    void setDocument(dom::Document *document) { mDocument = document; }
+    /// While it holds, the next step lets go of the cells: its undo selects them again.
+    void goWithStep(bool go) { mGoWithStep = go; }
+
+    // ranges::StepListener
+    void stepBegins() override;
+    void stepEnds(changes::StepName step) override;
+    void stepFails() override;
+    void stepPlayed(changes::StepName step) override;
+    void selectionRestored() override { mRestored = true; }
 
     /// Told after the set has changed.
     std::function<void()> changed;
@@ -51,12 +66,24 @@ public:
     static std::pair<dom::Element *, dom::Element *> cellsOfOneTable(dom::Node *a, dom::Node *b);
 
 private:
+    using Choice = ranges::ElementMemory::Choice;
     void set(std::vector<base::Ref<dom::Element>> cells);
+    void choose(const Choice &choice);
+    const Choice &choice();
     static void show(dom::Element &cell, bool selected);
 
     std::vector<base::Ref<dom::Element>> mCells;
     base::Ref<dom::Element> mAnchor;
     base::Ref<dom::Element> mFocus;
+    dom::Document *mDocument = nullptr;
+    // By steps. A choice is empty, or names the anchor, the focus, and all of them.
+    ranges::ElementMemory mMemory;
+    Choice mChoice;        ///< null once they have changed
+    Choice mChoiceBefore;  ///< the open step; null for none
+    Choice mPlayedTo;      ///< what the open playback comes to, if nobody chose meanwhile, or always
+    Choice mAlwaysPlayedTo;
+    bool mRestored = false;
+    bool mGoWithStep = false;
 };
 
 /// Where the cells of a table stand, spans counted.

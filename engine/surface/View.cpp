@@ -51,6 +51,7 @@ void View::documentGone()
     mOfferSoon.setEnabled(false);
     mComposition.clear();
     mCells.forget();
+    mCells.setDocument(nullptr);
     mArea = nullptr;
     mHotSpots.giveUp();
     mPressed = nullptr;
@@ -64,6 +65,8 @@ void View::documentLoaded(LoadedDocument &loaded)
     loaded.document().boxes = this;
     loaded.document().interaction = this;
     loaded.selection().host = mRangeView.get();
+    loaded.selection().beside = &mCells;
+    mCells.setDocument(&loaded.document());
     loaded.selection().selectionChanged = [this] { selectionMoved(); };
     mWidget.horizontalScrollBar()->setValue(0);
     mWidget.verticalScrollBar()->setValue(0);

@@ -17,6 +17,7 @@
 #include <QElapsedTimer>
 #include <QPoint>
 #include <QRect>
+#include <QScopedValueRollback>
 #include <QVariant>
 #include <memory>
 
@@ -66,6 +67,15 @@ public:
     bool isControlSelected() const;
     editing::Editor *editor();
     CellSelection &cellSelection() { return mCells; }
+    /// While it lives, what is selected otherwise leaves the selected cells as they are.
+    class CellsStay
+    {
+    public:
+        explicit CellsStay(View &view) : mStay(view.mSelectingCells, true) {}
+
+    private:
+        QScopedValueRollback<bool> mStay;
+    };
     /// The area of an image map that is selected; null for none, and once it has gone.
     dom::Element *selectedArea() const;
     void selectArea(dom::Element *area);

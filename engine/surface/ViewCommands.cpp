@@ -214,13 +214,11 @@ bool View::runOnCells(CellCommand command)
     if (command == CellCommand::Copy) return true;
     const auto cells = mCells.cells();
     const auto rows = command == CellCommand::Cut ? wholeRows(cells) : std::vector<base::Ref<dom::Element>>();
-    bool done;
-    {
-        // They stay selected while they are there.
-        const QScopedValueRollback<bool> selecting(mSelectingCells, true);
-        done = rows.empty() ? mLoaded->editor().emptyCells(cells) : mLoaded->editor().removeRows(rows);
-    }
-    if (!rows.empty()) mCells.clear();
+    // They stay selected while they are there.
+    const QScopedValueRollback<bool> selecting(mSelectingCells, true);
+    mCells.goWithStep(!rows.empty());
+    const bool done = rows.empty() ? mLoaded->editor().emptyCells(cells) : mLoaded->editor().removeRows(rows);
+    mCells.goWithStep(false);
     edited();
     return done;
 }
@@ -228,9 +226,11 @@ bool View::runOnCells(CellCommand command)
 bool View::typeOverCells(const QString &text)
 {
     if (mCells.isEmpty() || !hasEditableCells()) return false;
-    const auto cells = mCells.cells();
-    mCells.clear();
-    return mLoaded->editor().emptyCells(cells, text);
+    const QScopedValueRollback<bool> selecting(mSelectingCells, true);
+    mCells.goWithStep(true);
+    const bool done = mLoaded->editor().emptyCells(mCells.cells(), text);
+    mCells.goWithStep(false);
+    return done;
 }
 
 } // namespace surface

@@ -49,6 +49,9 @@ private Q_SLOTS:
     void positionsInMovedContentMoveAlong();
     void manyPositionsFollowRandomEdits();
     void theSelectionIsSavedAndRestored();
+    void objectsThatComeBackAreSelectedAgain();
+    void objectsStayUnselectedWhereSomebodySelectedMeanwhile();
+    void emptyingLeavesACaret();
     void restoringWhatIsGoneLeavesTheSelection();
     void changesAreTold();
     void hostsEndWhereEditingMust();
@@ -210,7 +213,54 @@ void tst_ranges::theSelectionIsSavedAndRestored()
     page.tracker.remove(*page.byId("i"));
     QCOMPARE(page.selection.elements().size(), size_t(1));
     page.tracker.remove(*page.byId("j"));
-    QCOMPARE(page.selection.type(), SelectionObject::Type::None);
+    QVERIFY(page.selection.isCaret());
+    QCOMPARE(page.marked(), QString("<P>ab</P><P>cd</P>|"));
+}
+
+void tst_ranges::objectsThatComeBackAreSelectedAgain()
+{
+    const QString before("<P>a<IMG id=\"i\" data-selected=\"\">b</P>");
+    Page page{Marks(before)};
+    page.tracker.remove(*page.byId("i"));
+    QVERIFY(page.selection.isCaret());
+    {
+        changes::ChangeTracker::Step step(page.tracker, changes::Kind::TextIn);
+        Text *text = static_cast<Text *>(page.document->body()->firstChild()->firstChild());
+        page.tracker.replaceText(*text, 1, 0, "x");
+        page.selection.setCaret({text, 2});
+        step.done();
+    }
+    QCOMPARE(page.marked(), QString("<P>ax|b</P>"));
+    page.tracker.undo();
+    QVERIFY(page.selection.isCaret());
+    page.tracker.undo();
+    QCOMPARE(page.marked(), before);
+    page.tracker.redo();
+    QCOMPARE(page.marked(), QString("<P>a|b</P>"));
+    page.tracker.redo();
+    QCOMPARE(page.marked(), QString("<P>ax|b</P>"));
+    page.tracker.undo();
+    page.tracker.undo();
+    QCOMPARE(page.marked(), before);
+}
+
+void tst_ranges::objectsStayUnselectedWhereSomebodySelectedMeanwhile()
+{
+    Page page(Marks("<p>a<img id=i data-selected>b</p><p id=p>c</p>"));
+    page.tracker.remove(*page.byId("i"));
+    page.selection.setCaret(Position::endOf(*page.byId("p")->firstChild()));
+    page.tracker.undo();
+    QCOMPARE(page.marked(), QString("<P>a<IMG id=\"i\">b</P><P id=\"p\">c|</P>"));
+}
+
+void tst_ranges::emptyingLeavesACaret()
+{
+    Page page(Marks("<p>a|b^c</p><p>d<img id=i>e</p>"));
+    page.selection.empty();
+    QCOMPARE(page.marked(), QString("<P>a|bc</P><P>d<IMG id=\"i\">e</P>"));
+    page.selection.setControl({page.byId("i")});
+    page.selection.empty();
+    QCOMPARE(page.marked(), QString("<P>abc</P><P>d|<IMG id=\"i\">e</P>"));
 }
 
 void tst_ranges::restoringWhatIsGoneLeavesTheSelection()
