@@ -48,7 +48,9 @@ bool Editor::cut()
     ChangeTracker::Step step(mTracker, Kind::Command);
     const bool done = deleteSelection();
     mTracker.setKind(Kind::Command); // whatever it reached
+    mComingStyle.records = unsettled; // the record is this step's
     step.done();
+    settleMemories();
     return done;
 }
 

@@ -12,8 +12,10 @@ bool Operation::removeSpan(const Span &span)
 {
     mBlanks.note(span.start, span.end);
     const bool noLine = isBetweenBlocks(span.start);
+    Style style = styleBehind(span.start);
     LivePosition left(mSelection.keeper(), mRemoval.remove(span));
     finish(left, noLine && isBetweenBlocks(left) ? Line::Goes : Line::Stays);
+    rememberStyle(std::move(style));
     return true;
 }
 
@@ -39,6 +41,7 @@ bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
     }
     const bool overBreak = (forward ? mContent.visibleAfter(p) : mContent.visibleBefore(p)).isBreak();
     mBlanks.note(span.start, span.end);
+    Style style = styleBehind(span.start);
     LivePosition caret(mSelection.keeper(), mRemoval.remove(span));
     if (overBreak && !mContent.pastBlanksBefore(caret).isLineEdge()) {
         // `a<br>|<br>`: the second only kept the line that goes.
@@ -46,6 +49,7 @@ bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
         if (mContent.isFinalBreak(next)) mTracker.remove(*next.node);
     }
     finish(caret);
+    rememberStyle(std::move(style));
     return true;
 }
 

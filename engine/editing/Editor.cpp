@@ -107,7 +107,7 @@ bool Editor::insertText(const QString &given)
 void Editor::settleMemories()
 {
     for (uint64_t *records : {&mTypedBlank.records, &mComingStyle.records})
-        if (*records == ~0ull) *records = mTracker.recordCount();
+        if (*records == unsettled) *records = mTracker.recordCount();
 }
 
 /// Enter and Shift+Enter: one step that takes away what is selected and breaks there.
@@ -151,6 +151,7 @@ bool Editor::deleteSelection()
     ChangeTracker::Step step(mTracker, operation.isWithinBlock(span) ? Kind::TextOut : Kind::Command);
     if (!operation.removeSpan(span)) return false;
     step.done();
+    settleMemories();
     return true;
 }
 
@@ -163,6 +164,7 @@ bool Editor::deleteBy(Direction direction, Unit unit)
     ChangeTracker::Step step(mTracker, Kind::TextOut);
     if (!operation.removeFrom(operation.span().start, direction == Direction::Forward, unit)) return false;
     step.done();
+    settleMemories();
     return true;
 }
 

@@ -73,6 +73,8 @@ private:
     ranges::SelectionObject &mSelection;
     const ranges::Rendering *mRendering;
 
+    static constexpr uint64_t unsettled = ~0ull; ///< the number of a record that isn't written yet
+
     /// The one blank that a person typed into an empty block is no placeholder to be typed over.
     struct TypedBlank
     {
@@ -80,13 +82,15 @@ private:
         uint64_t records = 0;
     } mTypedBlank;
 
-    /// An empty block that Enter made takes its first letter in the style of the line that it came from: these elements,
-    /// outermost first, stand around it. They are for as long as nothing else has happened.
+    /// What is typed next at the place has the style of the line that Enter carried on, or of the first character that
+    /// was taken away there: these elements, outermost first, stood around it in its block. They are for as long as
+    /// nothing else has happened.
     struct ComingStyle
     {
-        dom::NodeId block = 0;
+        base::Ref<dom::Node> node;
+        uint32_t offset = 0;
         uint64_t records = 0;
-        std::vector<base::Ref<dom::Element>> shells;
+        std::vector<base::Ref<dom::Element>> elements;
     } mComingStyle;
     void settleMemories();
     template <class Break> bool breakAt(Break breakHere);

@@ -43,9 +43,13 @@ private:
     ranges::Position placeForText(const ranges::Span &span) const;
     ranges::Span placeholder(const ranges::Position &p) const;
     void rememberTypedBlank(const ranges::Position &caret);
-    std::vector<base::Ref<dom::Element>> styleAround(const ranges::Position &p, const dom::Element &block) const;
-    void rememberStyle(const dom::Element &block, std::vector<base::Ref<dom::Element>> shells);
-    void insertStyled(const ranges::Position &p, dom::Text &text);
+    using Style = std::vector<base::Ref<dom::Element>>; // inline elements of a block, outermost first
+    Style styleAround(const ranges::Position &p, const dom::Element &block) const;
+    Style comingStyle(const ranges::Position &p) const;
+    Style styleBehind(const ranges::Position &p) const;
+    void rememberStyle(Style style);
+    bool carriesOn(const dom::Element &element) const;
+    ranges::Position placeInStyle(const ranges::Position &p, const Style &style);
     void dropPlaceholderBreak(const ranges::Position &caret);
 
     bool lineFeed(const ranges::Position &p);

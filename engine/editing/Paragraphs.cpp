@@ -159,7 +159,12 @@ bool Operation::split(Element &block, const Position &given)
     mTracker.setHeldOpen(block, false);
 
     const bool afterHeading = atEnd && isHeading(block);
-    const auto style = afterHeading ? std::vector<Ref<Element>>() : styleAround(given, block);
+    Style style;
+    if (!afterHeading) {
+        style = comingStyle(given);
+        if (style.empty()) style = styleAround(given, block);
+        std::erase_if(style, [this](const Ref<Element> &element) { return !carriesOn(*element); });
+    }
 
     Ref<Element> second(&mEdits.splitBlock(block, p, afterHeading ? "p" : nullptr));
     Element *item = block.parentElement();
@@ -173,9 +178,10 @@ bool Operation::split(Element &block, const Position &given)
     else if (afterBreak && !lineHeld)
         mEdits.showLine(mContent.pastBlanksBefore(Position::endOf(block)).near);
     closeHalf(*second, Position::startOf(*second));
-    if (second->isHeldOpen()) rememberStyle(*second, style);
+    const bool takesStyle = second->isHeldOpen();
     mBlanks.mend();
     mSelection.setCaret(mContent.normalised(Position::startOf(*second)));
+    if (takesStyle) rememberStyle(std::move(style));
     return true;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/dom/Document.h"
 #include "engine/dom/Names.h"
-#include "engine/dom/RawTree.h"
 #include "engine/editing/Operation.h"
 
 namespace editing {
@@ -68,53 +67,86 @@ void Operation::rememberTypedBlank(const Position &caret)
 {
     const Item typed = mContent.before(caret);
     mEditor.mTypedBlank = {};
-    if (typed.isCharacter() && typed.unit() == noBreakSpace) mEditor.mTypedBlank = {typed.node->id(), ~0ull};
+    if (typed.isCharacter() && typed.unit() == noBreakSpace) mEditor.mTypedBlank = {typed.node->id(), Editor::unsettled};
 }
 
-/// The inline elements around `p` within the block that a line break carries on, as copies. A link ends with its line.
-std::vector<Ref<Element>> Operation::styleAround(const Position &p, const Element &block) const
+/// Whether the element is a style that further text takes on. A link ends with its line and with its text; what a host
+/// marked stays one.
+bool Operation::carriesOn(const Element &element) const
+{
+    return !element.is(names::a) && mContent.rendering().roleOf(element) == Role::None;
+}
+
+/// The inline elements around `p` within the block; none where something else is between them.
+Operation::Style Operation::styleAround(const Position &p, const Element &block) const
+{
+    Style style;
+    for (Element *at = p.element(); at && at != &block; at = at->parentElement()) {
+        if (mContent.isBlock(*at)) return {};
+        style.insert(style.begin(), Ref<Element>(at));
+    }
+    return style;
+}
+
+/// What stands around the character behind `p`, which is about to go.
+Operation::Style Operation::styleBehind(const Position &p) const
+{
+    Node *text = p.inText() && p.offset < Position::lengthOf(*p.node) ? p.node.get() : nullptr;
+    if (!text) text = mContent.visibleAfter(p).text();
+    return text ? styleAround({text, 0}, *mContent.container(p)) : Style();
+}
+
+Operation::Style Operation::comingStyle(const Position &p) const
 {
     const auto &coming = mEditor.mComingStyle;
-    if (coming.block == block.id() && coming.records == mTracker.recordCount()) return coming.shells;
-    std::vector<Ref<Element>> shells;
-    for (const Element *at = p.element(); at && at != &block; at = at->parentElement()) {
-        if (mContent.isBlock(*at)) return {};
-        if (at->is(names::a) || mContent.rendering().roleOf(*at) != Role::None) continue;
-        shells.insert(shells.begin(), mEdits.cloneShell(*at));
-    }
-    return shells;
+    const bool comes = coming.node == p.node && coming.offset == p.offset && coming.records == mTracker.recordCount();
+    return comes ? coming.elements : Style();
 }
 
-void Operation::rememberStyle(const Element &block, std::vector<Ref<Element>> shells)
+/// For what is typed at the caret as it stands.
+void Operation::rememberStyle(Style style)
 {
     mEditor.mComingStyle = {};
-    if (!shells.empty()) mEditor.mComingStyle = {block.id(), ~0ull, std::move(shells)};
+    if (style.empty() || !mSelection.isCaret()) return;
+    const Position &caret = mSelection.focus();
+    mEditor.mComingStyle = {Ref<Node>(caret.node), caret.offset, Editor::unsettled, std::move(style)};
 }
 
-/// The first text of a block, in the style that is to come there.
-void Operation::insertStyled(const Position &p, Text &text)
+/// A place beside `p` that has the style: in those of its elements that are still there, in copies of the others.
+Position Operation::placeInStyle(const Position &p, const Style &style)
 {
-    const auto &coming = mEditor.mComingStyle;
-    const bool comes = coming.block && p.node->id() == coming.block && coming.records == mTracker.recordCount();
-    if (!comes) return mEdits.insert(p, text);
-    // Copies again: undo may bring this place back while those are in use.
-    Ref<Element> outermost;
-    Element *around = nullptr;
-    for (const Ref<Element> &shell : coming.shells) {
-        Ref<Element> copy = mEdits.cloneShell(*shell);
-        if (around)
-            RawTree::append(*around, *copy);
-        else
-            outermost = copy;
-        around = copy.get();
+    const Element &block = *mContent.container(p);
+    Position place = p;
+    Element *top = nullptr;
+    size_t shared = 0;
+    const Item left = mContent.before(p), right = mContent.after(p);
+    for (const Position &beside : {p, left.isCharacter() ? left.near : p, right.isCharacter() ? right.near : p}) {
+        Style around = styleAround(beside, block);
+        while (around.size() > style.size() || !std::equal(around.begin(), around.end(), style.begin()))
+            around.pop_back();
+        if (top && around.size() <= shared) continue;
+        place = beside;
+        shared = around.size();
+        top = around.empty() ? const_cast<Element *>(&block) : around.back().get();
     }
-    RawTree::append(*around, text);
-    mEdits.insert(p, *outermost);
+    Style missing;
+    std::copy_if(style.begin() + std::ptrdiff_t(shared), style.end(), std::back_inserter(missing),
+                 [this](const Ref<Element> &element) { return carriesOn(*element); });
+    if (missing.empty() && place.element() == top) return place;
+    place = mEdits.splitUpTo(place, *top);
+    // Copies: undo may bring this place back while the elements themselves are in use.
+    for (const Ref<Element> &element : missing) {
+        const Ref<Element> shell = mEdits.cloneShell(*element);
+        mEdits.insert(place, *shell);
+        place = Position::startOf(*shell);
+    }
+    return place;
 }
 
 bool Operation::type(const QString &given, Span span)
 {
     RangeKeeper &keeper = mSelection.keeper();
+    const Style style = span.isEmpty() ? comingStyle(span.start) : Style();
     if (span.isEmpty()) span = placeholder(span.start);
     const bool heldByBreak = mContent.isLineEmpty(span.start);
     mBlanks.note(span.start, span.end);
@@ -130,7 +162,7 @@ bool Operation::type(const QString &given, Span span)
         text.replace(u'\n', u' ').replace(u'\t', u' ');
         text = mBlanks.fitted(text, span.start, span.end);
     }
-    const Position place = placeForText(span);
+    const Position place = style.empty() || overSelection ? placeForText(span) : placeInStyle(span.start, style);
     Position caret;
     if (Text *in = place.text()) {
         const bool oneText = overSelection && span.end.node == in && span.end.offset >= place.offset;
@@ -141,7 +173,7 @@ bool Operation::type(const QString &given, Span span)
         Element &around = *place.element();
         if (isTableStructure(around)) return false;
         Ref<Text> fresh = around.document().createTextNode(text);
-        insertStyled(place, *fresh);
+        mEdits.insert(place, *fresh);
         if (Element *block = mContent.container(place)) mTracker.setHeldOpen(*block, false);
         caret = Position::endOf(*fresh);
     }
