@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/dom/Names.h"
+#include "engine/editing/Clusters.h"
 #include "engine/editing/Operation.h"
 
 namespace editing {
@@ -19,6 +20,16 @@ bool Operation::removeSpan(const Span &span)
     return true;
 }
 
+/// Where Backspace takes away to from `p`, in front of which a character starts at `start`.
+Position Operation::withinCharacter(const Position &p, const Position &start) const
+{
+    const Item item = mContent.visibleBefore(p);
+    if (!item.isCharacter() || item.node != start.node || start.offset >= item.to || mContent.isCollapsible(item))
+        return start;
+    const auto cluster = QStringView(item.text()->data()).mid(start.offset, item.to - start.offset);
+    return {item.node, item.to - uint32_t(unitsForBackspace(cluster))};
+}
+
 bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
 {
     Position other;
@@ -33,6 +44,7 @@ bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
         other = forward ? mMovement.endOfBlock(p) : mMovement.startOfBlock(p);
         break;
     }
+    if (unit == Unit::Character && !forward) other = withinCharacter(p, other);
     const Span span = forward ? Span{p, other} : Span{other, p};
     if (span.isEmpty() || !mRemoval.isWithinBlock(span)) {
         if (unit == Unit::ToBlockEdge) return false;

@@ -59,6 +59,7 @@ private:
     bool split(dom::Element &block, const ranges::Position &p);
     void closeHalf(dom::Element &half, const ranges::Position &line);
 
+    ranges::Position withinCharacter(const ranges::Position &p, const ranges::Position &start) const;
     bool joinOver(const ranges::Position &p, bool forward);
     bool leaveListAtStart(const ranges::Position &p);
     ranges::Position edgeOfTable(dom::Element &table, bool first) const;
