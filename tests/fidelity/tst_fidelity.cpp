@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Compares our boxes with a browser's for recorded pages, element by element, prints the shares, and fails where a page has
-// sunk below its floor. The pages lie in the folder that VELLUM_PAGES names, or else in shared/pages beside the sources;
-// without them the test is skipped. With VELLUM_BOXES our rows are written there as files.
+// sunk below its floor. Our own pages lie in tests/fidelity/pages; more in the folder that VELLUM_PAGES names, or else in
+// shared/pages beside the sources, which a clone need not have. With VELLUM_BOXES our rows are written there as files, with
+// VELLUM_PICTURES the first screens. record.mjs records further pages.
 #include "engine/css/Services.h"
 #include "engine/html/Parser.h"
 #include "engine/layout/BoxDump.h"
@@ -38,6 +39,12 @@ QJsonObject recorded(const QString &path)
     return QJsonDocument::fromJson(unpack.readAllStandardOutput()).object();
 }
 
+void addPages(const QString &root)
+{
+    for (const QString &name : QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+        if (QFile::exists(root + "/" + name + "/expected.json.gz")) QTest::newRow(qPrintable(name)) << root + "/" + name;
+}
+
 /// Shares in percent that a page must keep: elements right in both, in size, in place, and texts with as many lines.
 struct Floor {
     const char *page;
@@ -46,22 +53,37 @@ struct Floor {
 
 // What was reached, rounded down; to be raised when more is.
 constexpr Floor floors[] = {
-    {"02-analog-quickref", 99.9, 99.9, 100, 100},
-    {"06-apache-index", 98.9, 99.4, 98.9, 100},
-    {"13-debian-faq", 100, 100, 100, 100},
-    {"14-fhs-3.0", 94, 99.8, 94.2, 100},
-    {"18-docutils-quickref", 100, 100, 100, 100},
-    {"21-erlang-ext-dist", 100, 100, 100, 100},
-    {"26-git-pull", 100, 100, 100, 100},
-    {"31-gnubg-allabout", 99.8, 99.8, 99.8, 100},
-    {"36-jqueryui-modal-form", 100, 100, 100, 100},
-    {"39-theora-color", 100, 100, 100, 100},
+    {"01-floats", 86.6, 94.9, 91.6, 99.9},
+    {"02-positioned", 86.2, 99.9, 86.2, 99.9},
+    {"03-tables", 63.8, 94.2, 65.4, 99.9},
+    {"04-inline", 99.9, 99.9, 99.9, 99.9},
+    {"05-generated", 34, 92.4, 37.1, 99.9},
+    {"06-flex", 93.1, 97.7, 93.9, 99.9},
+    {"07-grid", 99.1, 99.1, 99.9, 99.9},
+    {"08-columns", 9.9, 84.9, 17.4, 99.9},
+    {"09-forms", 3.3, 55.8, 8.3, 99.9},
+    {"10-scripts", 63.9, 85.9, 71.9, 99.9},
+    {"11-quirks", 21.1, 91, 24.9, 99.9},
+    {"12-sizing", 44.9, 92.7, 49.2, 98.1},
+    {"13-margins", 19.8, 98.1, 21.6, 99.9},
+    {"14-images", 12, 75.8, 15.6, 79.9},
+    {"15-article", 99.9, 99.9, 99.9, 99.9},
+    {"02-analog-quickref", 99.9, 99.9, 99.9, 99.9},
+    {"06-apache-index", 98.9, 99.4, 98.9, 99.9},
+    {"13-debian-faq", 99.9, 99.9, 99.9, 99.9},
+    {"14-fhs-3.0", 94, 99.8, 94.2, 99.9},
+    {"18-docutils-quickref", 99.9, 99.9, 99.9, 99.9},
+    {"21-erlang-ext-dist", 99.9, 99.9, 99.9, 99.9},
+    {"26-git-pull", 99.9, 99.9, 99.9, 99.9},
+    {"31-gnubg-allabout", 99.8, 99.8, 99.8, 99.9},
+    {"36-jqueryui-modal-form", 99.9, 99.9, 99.9, 99.9},
+    {"39-theora-color", 99.9, 99.9, 99.9, 99.9},
     {"43-lua-manual", 93.3, 99.9, 93.3, 99.9},
-    {"46-nano", 100, 100, 100, 100},
-    {"50-postfix-rewriting", 99.7, 99.7, 99.7, 100},
+    {"46-nano", 99.9, 99.9, 99.9, 99.9},
+    {"50-postfix-rewriting", 99.7, 99.7, 99.7, 99.9},
     {"54-python-string", 99.3, 99.7, 99.4, 99.9},
-    {"59-xfig-main-menus", 100, 100, 100, 100},
-    {"61-zsh-calendar", 100, 100, 100, 100},
+    {"59-xfig-main-menus", 99.9, 99.9, 99.9, 99.9},
+    {"61-zsh-calendar", 99.9, 99.9, 99.9, 99.9},
 };
 
 } // namespace
@@ -73,10 +95,10 @@ private Q_SLOTS:
     void pages_data()
     {
         QTest::addColumn<QString>("folder");
-        const QString root = qEnvironmentVariable("VELLUM_PAGES", QStringLiteral(SOURCE_DIR "/../shared/pages"));
-        if (!QDir(root).exists()) QSKIP(qPrintable("No recorded pages: there is no folder " + root));
-        for (const QString &name : QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
-            if (QFile::exists(root + "/" + name + "/expected.json.gz")) QTest::newRow(qPrintable(name)) << root + "/" + name;
+        addPages(QStringLiteral(SOURCE_DIR "/tests/fidelity/pages"));
+        const QString more = qEnvironmentVariable("VELLUM_PAGES", QStringLiteral(SOURCE_DIR "/../shared/pages"));
+        if (QDir(more).exists()) addPages(more);
+        else qInfo().noquote() << "There is no folder" << more << "of further pages: only our own are checked";
     }
     void pages()
     {
