@@ -230,10 +230,8 @@ private:
         length("width", names::width);
         const bool shaded = !e.hasAttribute(names::noshade) && !e.hasAttribute(names::color);
         const int size = integer(attribute(names::size), -1);
-        if (!shaded) {
-            put("border-style", "solid");
-            if (size > 0) put("border-width", QStringLiteral("%1px").arg(size / 2.0));
-        } else if (size == 1 || size == 0) {
+        if (!shaded) put("border-style", "solid");
+        if (size == 1 || size == 0) {
             put("border-bottom-width", "0");
         } else if (size > 1) {
             put("height", QStringLiteral("%1px").arg(size - 2));
@@ -327,10 +325,6 @@ private:
             put("margin-left", "auto");
             put("margin-right", "auto");
         }
-        for (const char *side : {"margin-left", "margin-right"})
-            length(side, names::hspace);
-        for (const char *side : {"margin-top", "margin-bottom"})
-            length(side, names::vspace);
         const QString spacing = dimension(attribute(names::cellspacing));
         if (!spacing.isEmpty() && !spacing.endsWith(u'%')) put("border-spacing", spacing);
         const Rules rules = rulesOf(e);
@@ -358,7 +352,7 @@ private:
                     if (rules != Rules::Unset) text.replace(QLatin1String("outset"), QLatin1String("solid"));
                     put("border-style", text);
                 }
-            if (!attribute(names::border)) put("border-width", "1px");
+            put("border-width", "1px"); // COMPAT: a frame is thin, whatever the border is
         } else if (rules == Rules::None || rules == Rules::Groups || rules == Rules::Rows || rules == Rules::Cols ||
                    rules == Rules::All) {
             if (width > 0)

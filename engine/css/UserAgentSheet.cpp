@@ -83,7 +83,7 @@ input, textarea, select, button { display: inline-block; margin: 0; font: 400 13
     line-height: normal; text-shadow: none; cursor: text }
 input { padding: 1px 2px; border: 2px inset #767676; background-color: white; white-space: pre; overflow: hidden }
 textarea { padding: 2px; border: 1px solid #767676; background-color: white; font-family: monospace;
-    white-space: pre-wrap; overflow-wrap: break-word; overflow: auto; vertical-align: text-bottom }
+    white-space: pre-wrap; overflow-wrap: break-word; overflow: auto }
 select { border: 1px solid #767676; background-color: white; white-space: pre; box-sizing: border-box; overflow: hidden;
     cursor: default }
 button, input[type=button], input[type=submit], input[type=reset] { padding: 1px 6px; border: 2px outset #767676;

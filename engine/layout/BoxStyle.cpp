@@ -319,7 +319,7 @@ Point relativeShift(const Box &box)
 
 // ---- Flow ----
 
-std::optional<FloatSide> clearOf(const BlockBox &box)
+std::optional<FloatSide> clearOf(const Box &box)
 {
     if (box.anonymous) return {};
     switch (box.style().box().clear) {
@@ -337,6 +337,7 @@ bool shrinksToFit(const BlockBox &box)
     if (kind == css::Length::Kind::FitContent || kind == css::Length::Kind::MinContent || kind == css::Length::Kind::MaxContent) return true;
     return box.element() && !box.style().box().width.isDefinite() && (box.element()->is(dom::names::legend) || box.element()->is(dom::names::button));
 }
+bool centresContent(const BlockBox &box) { return !box.anonymous && box.kind() == BoxKind::Block && !box.hasItems() && box.element() && box.element()->is(dom::names::button); }
 bool isFrameLegend(const BlockBox &box)
 {
     if (box.anonymous || !box.element() || !box.element()->is(dom::names::legend) || !box.inSumTree) return false;
@@ -398,7 +399,10 @@ Unit quirkHeight(const Engine &engine, const BlockBox &box, Unit height)
 Unit quirkPercentBase(const Engine &engine, const BlockBox &box, const Constraint &constraint)
 {
     if (!engine.quirks() || box.isCell() || box.isTable() || box.isTablePart() || box.positioned || box.floating || box.inlineLevel) return Unit::fromRaw(-1);
-    return constraint.height;
+    // COMPAT: there the root and the body fill the view, with their own edges.
+    const bool fills = box.element() && (box.element()->is(dom::names::body) || box.element()->is(dom::names::html));
+    if (!fills || !constraint.hasHeight()) return constraint.height;
+    return std::max(Unit(), constraint.height - box.marginTop - box.marginBottom - box.frame().vertical());
 }
 Unit paintExtra(const BlockBox &box)
 {

@@ -93,9 +93,11 @@ QTransform transformOf(const BlockBox &box);
 Point stickyShift(const BlockBox &box);
 
 // Flow
-std::optional<FloatSide> clearOf(const BlockBox &box);
+std::optional<FloatSide> clearOf(const Box &box);
 bool floatsLeft(const BlockBox &box);
 bool shrinksToFit(const BlockBox &box);
+/// A button's content stands in the middle of its height.
+bool centresContent(const BlockBox &box);
 /// The first legend of a fieldset: it stands in the frame's upper edge.
 bool isFrameLegend(const BlockBox &box);
 const BlockBox *frameLegendOf(const BlockBox &box);

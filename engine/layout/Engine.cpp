@@ -302,7 +302,8 @@ void Engine::layoutFlowChildren(BlockBox &box, const Constraint &inner, FloatAre
         if (child->floating) {
             placeFloat(box, *child, here, inner, area);
         } else if (child->positioned) {
-            noteStaticPosition(box, *child, {box.contentLeft(), box.contentTop() + here});
+            const Unit start = isRightToLeft(box.style()) ? box.contentLeft() + inner.width : box.contentLeft();
+            noteStaticPosition(box, *child, {start, box.contentTop() + here});
         } else {
             const FlowSum before = FlowTraits::value(*child);
             placeChild(box, *child, state, inner, area, sum);
@@ -371,6 +372,7 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
         inner.width = columns->width;
     else if (box.rare)
         box.rare->columns.reset();
+    if (centresContent(box)) box.shift = {};
     FloatContext own;
     if (box.formattingRoot || !area.context) {
         own.clear();
@@ -459,6 +461,10 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     height = quirkHeight(*this, box, height);
     if (box.isCell()) box.shift = {};
     box.height = std::max(height, frame.vertical());
+    if (centresContent(box)) {
+        box.shift = std::max(Unit(), box.height - frame.vertical() - content) / 2;
+        shiftLines(box);
+    }
     if (box.collapsesThrough && box.height.raw == 0) {
         box.bottomStrut = box.topStrut;
         return;
@@ -466,6 +472,19 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     box.collapsesThrough = false;
     below.add(box.marginBottom);
     box.bottomStrut = below;
+}
+
+// Lines and what stands on them keep places from the border box.
+void Engine::shiftLines(BlockBox &box)
+{
+    if (!box.inlineContent || box.linesShift == box.shift) return;
+    const Unit by = box.shift - box.linesShift;
+    for (Line &line : box.inlineContent->lines) line.top += by;
+    for (const InlineItem &item : box.inlineContent->items) {
+        BlockBox *inner = item.box ? item.box->asBlock() : nullptr;
+        if (inner && item.type != ItemType::Positioned) inner->gap += by;
+    }
+    box.linesShift = box.shift;
 }
 
 void Engine::finishOverflow(BlockBox &box)
@@ -602,7 +621,8 @@ void Engine::layoutIndependent(BlockBox &box, const Constraint &constraint, Unit
     } else {
         const PreferredWidths preferred = preferredWidths(box);
         const Unit room = available - box.marginLeft - box.marginRight;
-        used = clampedWidth(box, std::min(std::max(preferred.min, room), preferred.max), constraint.width);
+        (void)preferred;
+        used = clampedWidth(box, contentWidthOf(box, room), constraint.width);
     }
     if (clean && used == box.width) return;
     if (used != box.width || box.layoutWidth != constraint.width || box.layoutHeight != constraint.height) box.needsLayout = true;

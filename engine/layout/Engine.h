@@ -76,10 +76,18 @@ public:
     void placeFloat(BlockBox &parent, BlockBox &child, Unit y, const Constraint &constraint, FloatArea area);
     /// Gives a positioned box the place that it would have had in flow, for `auto` offsets.
     void noteStaticPosition(BlockBox &parent, BlockBox &child, Point at);
+    struct PositionedArea {
+        Point origin;
+        Size size;
+        Point shift; ///< of the inline elements around it that are positioned themselves
+    };
+    PositionedArea positionedArea(const BlockBox &box, const BlockBox &block) const;
     void layoutPositioned(BlockBox &containingBlock);
 
     /// Preferred widths of the border box.
     PreferredWidths preferredWidths(BlockBox &box);
+    /// The width that content asks for, where a style leaves it to it.
+    Unit contentWidthOf(BlockBox &box, Unit available);
     /// Fills the memo of margins that collapse at the box's top, and whether it collapses through.
     void updateFlowMemo(BlockBox &box, Unit containingWidth);
     /// With `width`, that is its border-box width, whatever its style says.
@@ -107,6 +115,8 @@ private:
     bool relayoutDirtyChildren(BlockBox &box, const Constraint &inner, FloatArea area, FlowState &state);
     void finishHeight(BlockBox &box, const Constraint &constraint, const FlowState &state);
     void finishOverflow(BlockBox &box);
+    /// Moves the lines of a box whose `shift` has changed.
+    static void shiftLines(BlockBox &box);
     static void finishMoved(BlockBox &box);
     static std::optional<Unit> columnRoom(const BlockBox &box, const Constraint &constraint);
     bool canReuse(const BlockBox &box, const Constraint &constraint, FloatArea area) const;

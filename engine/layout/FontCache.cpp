@@ -52,7 +52,7 @@ FontFace::FontFace(const QString &family, int weight, bool italic) : mFamily(fam
 void FontFace::readTables()
 {
     mUnitsPerEm = std::max(16, int(mRaw.unitsPerEm()));
-    const QByteArray hhea = mRaw.fontTable("hhea"), os2 = mRaw.fontTable("OS/2"), post = mRaw.fontTable("post");
+    const QByteArray hhea = mRaw.fontTable("hhea"), os2 = mRaw.fontTable("OS/2"), post = mRaw.fontTable("post"), head = mRaw.fontTable("head");
     mAscent = int16At(hhea, 4);
     mDescent = -int16At(hhea, 6);
     mLineGap = int16At(hhea, 8);
@@ -67,6 +67,7 @@ void FontFace::readTables()
         mDescent = int(mRaw.descent() / shapingSize * mUnitsPerEm);
     }
     mAverageWidth = int16At(os2, 2);
+    mBoxWidth = int16At(head, 40) - int16At(head, 36);
     mXHeight = os2.size() >= 88 ? int16At(os2, 86) : 0;
     if (mXHeight <= 0) mXHeight = int(mRaw.xHeight() / shapingSize * mUnitsPerEm);
     if (mXHeight <= 0) mXHeight = mAscent / 2;

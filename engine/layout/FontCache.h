@@ -31,6 +31,8 @@ public:
     int lineGap() const { return mLineGap; }
     int xHeight() const { return mXHeight; }
     int averageWidth() const { return mAverageWidth; }
+    /// Of the box around all glyphs.
+    int boxWidth() const { return mBoxWidth; }
     int underlinePosition() const { return mUnderlinePosition; }
     int underlineThickness() const { return mUnderlineThickness; }
     const QRawFont &raw() const { return mRaw; }
@@ -76,7 +78,7 @@ private:
     QString mFamily;
     QFont mFont;
     QRawFont mRaw;
-    int mUnitsPerEm = 2048, mAscent = 0, mDescent = 0, mLineGap = 0, mXHeight = 0, mAverageWidth = 0;
+    int mUnitsPerEm = 2048, mAscent = 0, mDescent = 0, mLineGap = 0, mXHeight = 0, mAverageWidth = 0, mBoxWidth = 0;
     int mUnderlinePosition = 0, mUnderlineThickness = 0;
     bool mKerns = true;
     mutable std::array<Entry, tableSize> mEntries{};

@@ -168,7 +168,7 @@ bool GridLayout::stretches(const Item &item, bool width) const
     // Controls have no size of their own that `normal` would keep.
     const dom::Element *element = box.element();
     using namespace dom::names;
-    return element && (element->is(input) || element->is(dom::names::select) || element->is(textarea)) && width;
+    return element && (element->is(input) || element->is(dom::names::select) || element->is(textarea));
 }
 
 Unit GridLayout::itemWidth(const Item &item, Unit room) const

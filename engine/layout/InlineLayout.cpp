@@ -115,7 +115,19 @@ void InlineLayout::textLine(FlowState &state)
     for (const auto &[index, unused] : mLateFloats)
         mEngine.placeFloat(mBlock, *mContent.items[index].box->asBlock(), state.y, mInner, mArea);
     mLateFloats.clear();
+    clearBehindBreak(state);
     mFirstLine = false;
+}
+
+// A line break may ask for what follows to stand below the floats.
+void InlineLayout::clearBehindBreak(FlowState &state)
+{
+    if (!mForced || mPieces.empty() || !mArea.context) return;
+    const Box &lineBreak = *mContent.items[mPieces.back().item].box;
+    if (lineBreak.kind() != BoxKind::LineBreak) return;
+    const auto side = clearOf(lineBreak);
+    if (!side) return;
+    state.y = std::max(state.y, mArea.context->clearance(*side) - mArea.origin.y - mBlock.contentTop());
 }
 
 void InlineLayout::blockLine(FlowState &state)
@@ -131,15 +143,15 @@ void InlineLayout::blockLine(FlowState &state)
     line.left = child.x;
     line.width = child.width;
     line.fragment = uint32_t(mContent.fragments.size());
-    // The elements around it are as wide and high as the block.
+    // The elements around it are as high as the block, and as wide as there is room.
     for (InlineBox *box : mOpen) {
         Fragment fragment;
         fragment.type = FragmentType::Box;
         fragment.box = box;
         fragment.start = line.start;
         fragment.end = line.end;
-        fragment.x = line.left;
-        fragment.width = line.width;
+        fragment.x = mBlock.contentLeft();
+        fragment.width = mInner.width;
         fragment.height = line.height;
         mContent.fragments.push_back(fragment);
     }
@@ -291,7 +303,8 @@ void InlineLayout::fill()
             ++mItem;
             break;
         case ItemType::Positioned: {
-            const Unit x = mLeft + (item.box->style().box().originalInline ? mUsed : Unit());
+            const Unit before = item.box->style().box().originalInline ? mUsed : Unit();
+            const Unit x = isRightToLeft(mStyle) ? mRight - before : mLeft + before;
             mEngine.noteStaticPosition(mBlock, *item.box->asBlock(), {x, mBlock.contentTop() + mLineTop});
             ++mItem;
             break;

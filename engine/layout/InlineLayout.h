@@ -90,6 +90,7 @@ private:
     void emitLine(Unit top);
     void setAtomic(Fragment &fragment, Unit lineTop);
     void blockLine(FlowState &state);
+    void clearBehindBreak(FlowState &state);
     void textLine(FlowState &state);
     void resolveSpan(Unit y, Unit height);
     bool moveDown(Unit &y);

@@ -16,20 +16,71 @@ void Engine::noteStaticPosition(BlockBox &parent, BlockBox &child, Point at)
     if (std::find(list.begin(), list.end(), &child) == list.end()) list.push_back(&child);
 }
 
+namespace {
+
+// The inline element in `block` that a positioned box goes by.
+const InlineBox *inlineContainer(const BlockBox &box, const BlockBox &block)
+{
+    if (isFixedPosition(box)) return nullptr;
+    for (const Box *up = box.parent(); up && up != &block; up = up->parent())
+        if (up->isInline() && isPositionedStyle(*up)) return static_cast<const InlineBox *>(up);
+    return nullptr;
+}
+
+Point inlineShift(const BlockBox &box)
+{
+    Point shift;
+    for (const Box *up = box.parent(); up && up->isInline(); up = up->parent()) shift = shift + relativeShift(*up);
+    return shift;
+}
+
+// From the start of its first fragment to the end of its last, within its borders (CSS 2.1, 10.1).
+std::optional<std::pair<Point, Size>> areaOf(const InlineBox &box, const BlockBox &block)
+{
+    if (!block.inlineContent) return {};
+    const InlineContent &content = *block.inlineContent;
+    const Edges border = bordersOf(box.style());
+    std::optional<std::pair<Point, Size>> area;
+    for (const Line &line : content.lines)
+        for (const Fragment *f = content.begin(line); f != content.end(line); ++f) {
+            if (f->box != &box) continue;
+            const Point end{f->x + f->width - border.right, line.top + f->y + f->height - border.bottom};
+            if (!area) area.emplace(Point{f->x + border.left, line.top + f->y + border.top}, Size{});
+            area->second = {std::max(Unit(), end.x - area->first.x), std::max(Unit(), end.y - area->first.y)};
+        }
+    return area;
+}
+
+} // namespace
+
+// Against what a positioned box is placed: the padding box of its containing block, or what an inline element covers.
+Engine::PositionedArea Engine::positionedArea(const BlockBox &box, const BlockBox &block) const
+{
+    if (const InlineBox *inner = inlineContainer(box, block)) {
+        const Point shift = inlineShift(box);
+        if (const auto area = areaOf(*inner, block)) return {area->first + shift, area->second, shift};
+    }
+    const Point origin{block.border.left, block.border.top};
+    if (!block.parent()) return {origin, mViewport, {}};
+    return {origin, {block.width - block.border.horizontal(), block.height - block.border.vertical()}, {}};
+}
+
 void Engine::layoutPositioned(BlockBox &block)
 {
     // The list grows where positioned boxes hold others whose containing block this is, too.
     for (std::size_t i = 0; i < block.rare->positioned.size(); ++i) {
         BlockBox &box = *block.rare->positioned[i];
-        const bool viewport = !block.parent();
-        const Unit width = viewport ? mViewport.width : block.width - block.border.horizontal();
-        const Unit height = viewport ? mViewport.height : block.height - block.border.vertical();
+        const PositionedArea area = positionedArea(box, block);
+        const Unit width = area.size.width, height = area.size.height;
         const Constraint constraint{width, height};
         const Offsets offsets = offsetsOf(box, constraint);
         resolveEdges(box, width);
-        const Unit originX = block.border.left, originY = block.border.top;
+        const Unit originX = area.origin.x, originY = area.origin.y;
+        const BlockBox *parent = box.blockParent();
+        // Its static place is where it would begin: at the right, where lines do.
+        const bool fromRight = parent && isRightToLeft(parent->style());
         // From the parent's coordinates to the containing block's.
-        Point place = box.staticPosition;
+        Point place = box.staticPosition + area.shift;
         for (BlockBox *up = box.blockParent(); up && up != &block; up = up->container()) place = place + up->position() + up->relativeOffset();
         std::optional<Unit> used = usedWidth(box, width);
         const Unit margins = box.marginLeft + box.marginRight;
@@ -38,7 +89,7 @@ void Engine::layoutPositioned(BlockBox &block)
             used = clampedWidth(box, std::max(Unit(), width - *offsets.left - *offsets.right - margins), width);
         Unit available = width;
         if (offsets.left) available = available - *offsets.left;
-        else if (!offsets.right) available = available - (place.x - originX);
+        else if (!offsets.right) available = fromRight ? place.x - originX : available - (place.x - originX);
         if (offsets.right) available = available - *offsets.right;
         if (box.isReplaced() || box.isTable()) used = {};
         // Between two offsets the height is known before the content is, and percentages below count on it.
@@ -60,12 +111,15 @@ void Engine::layoutPositioned(BlockBox &block)
             left = std::max(Unit(), (width - *offsets.left - *offsets.right - box.width) / 2);
         if (offsets.top && offsets.bottom && marginIsAuto(box, Side::Top) && marginIsAuto(box, Side::Bottom))
             top = (height - *offsets.top - *offsets.bottom - box.height) / 2;
-        if (offsets.left)
+        // Of two offsets that can't both hold, the one at the start does.
+        const bool prefersRight = offsets.left && offsets.right && used && isRightToLeft(block.style()) &&
+                                  !marginIsAuto(box, Side::Left) && !marginIsAuto(box, Side::Right);
+        if (offsets.left && !prefersRight)
             box.x = originX + *offsets.left + left;
         else if (offsets.right)
             box.x = originX + width - *offsets.right - box.marginRight - box.width;
         else
-            box.x = place.x + left;
+            box.x = fromRight ? place.x - box.marginRight - box.width : place.x + left;
         if (offsets.top)
             box.gap = originY + *offsets.top + top;
         else if (offsets.bottom)

@@ -20,7 +20,8 @@ PreferredWidths Engine::preferredWidths(BlockBox &box)
         // Per cents of a width that isn't known: as a limit they are none, but let it become as narrow as can be.
         const auto &style = box.style().box();
         const bool limited = style.maxWidth.hasPercent() && !widthIsPercent(box) && !style.minWidth.hasPercent();
-        const Size size = replacedSize(box, {limited ? unknownWidth : Unit(), Unit::fromRaw(-1)});
+        const bool open = limited || (widthIsPercent(box) && !style.minWidth.hasPercent());
+        const Size size = replacedSize(box, {open ? unknownWidth : Unit(), Unit::fromRaw(-1)});
         box.heightForced = forced;
         widths = {size.width, size.width};
         if (limited || widthIsPercent(box)) widths.min = Unit();
@@ -38,6 +39,16 @@ PreferredWidths Engine::preferredWidths(BlockBox &box)
     box.preferred = widths;
     box.widthsValid = true;
     return widths;
+}
+
+// As wide as its style says by its content, or else as wide as it likes and there is room.
+Unit Engine::contentWidthOf(BlockBox &box, Unit available)
+{
+    const PreferredWidths widths = preferredWidths(box);
+    const auto kind = box.anonymous ? css::Length::Kind::Auto : box.style().box().width.kind;
+    if (kind == css::Length::Kind::MinContent) return widths.min;
+    if (kind == css::Length::Kind::MaxContent) return widths.max;
+    return std::min(std::max(widths.min, available), widths.max);
 }
 
 // With margins, and with what the child's own style says.

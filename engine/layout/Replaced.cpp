@@ -35,9 +35,24 @@ int attributeNumber(const dom::Element &element, const char *name, int standard)
     return ok && value > 0 ? value : standard;
 }
 
+// COMPAT: as browsers take it for the columns of a field: rounded up, but never down.
 double averageWidth(const Font &font)
 {
-    return font.face().averageWidth() * font.scale();
+    const double width = font.face().averageWidth() * font.scale();
+    return std::max(width, std::round(width));
+}
+
+// Fields for dates and times are as wide as their parts; the figures are of the standard font.
+std::optional<Natural> dateSize(const BlockBox &box, const QString &kind)
+{
+    static const struct {
+        const char *kind;
+        double width, height;
+    } sizes[] = {{"date", 117.33, 15.33}, {"month", 147.33, 15.33}, {"week", 139.33, 15.33}, {"datetime-local", 203.33, 15.33}, {"time", 96, 18}};
+    const double scale = double(box.style().font().size) / 13.3333;
+    for (const auto &each : sizes)
+        if (kind == QLatin1String(each.kind)) return Natural{each.width * scale, each.height * scale, false, false};
+    return {};
 }
 
 Natural inputSize(const BlockBox &box, const dom::Element &element)
@@ -54,27 +69,36 @@ Natural inputSize(const BlockBox &box, const dom::Element &element)
     if (kind == QLatin1String("color")) return {50, 27, false, true};
     if (kind == QLatin1String("file")) return {253, 21, false, true};
     const int columns = attributeNumber(element, "size", 20);
-    return {std::ceil(averageWidth(fontOf(box.style())) * columns), lineOf(box), false, false};
+    if (const auto date = dateSize(box, kind)) return *date;
+    // COMPAT: one line of text has room for its widest letter, too.
+    const Font &font = fontOf(box.style());
+    const double average = averageWidth(font), widest = std::round(font.face().boxWidth() * font.scale());
+    return {std::ceil(average * columns + (widest > 0 ? widest - average : 0)), lineOf(box), false, false};
+}
+
+bool isListBox(const dom::Element &element)
+{
+    return element.is(dom::names::select) && (element.hasAttribute("multiple") || attributeNumber(element, "size", 1) > 1);
 }
 
 Natural selectSize(const BlockBox &box, const dom::Element &element)
 {
     double widest = 0;
-    int options = 0;
     for (dom::Node *node = element.firstChild(); node; node = node->next(&element)) {
         dom::Element *each = node->asElement();
         if (!each || !(each->is(option) || each->is(optgroup))) continue;
-        ++options;
         QString label = each->attributeValue("label");
         if (label.isEmpty() && each->is(option))
             for (dom::Node *inner = each->firstChild(); inner; inner = inner->next(each))
                 if (inner->isText()) label += inner->nodeValue();
         widest = std::max(widest, textWidth(box, label.simplified()));
     }
-    const int rowCount = attributeNumber(element, "size", 1);
-    if (rowCount > 1 || element.hasAttribute("multiple"))
-        return {std::ceil(widest) + 4 + 15, lineOf(box) * (rowCount > 1 ? rowCount : 4) + rowCount, false, false};
-    return {std::ceil(widest) + 24, lineOf(box) + 4 - 2, false, true};
+    // COMPAT: a row of a list has a least height and a pixel below; one that opens has room for its arrow.
+    if (isListBox(element)) {
+        const double row = std::max(lineOf(box), std::floor(box.style().font().size * 1.2)) + 1;
+        return {widest + 4, row * attributeNumber(element, "size", 4), false, false};
+    }
+    return {std::ceil(widest) + 20, fontOf(box.style()).height().toDouble() + 2, false, false};
 }
 
 // "20", "1.5em", "50%": pixels; nothing for what isn't a length. Per cents of `base`, if that is known.
@@ -153,7 +177,9 @@ Size Engine::replacedSize(BlockBox &box, const Constraint &constraint, std::opti
     const dom::Element *element = box.element();
     const Natural natural = element ? naturalSize(box, *element, mImages, constraint) : Natural{};
     const Edges frame = natural.borderBox ? Edges{} : box.frame();
-    const std::optional<Unit> givenWidth = forced ? forced : usedWidth(box, constraint.width), givenHeight = usedHeight(box, constraint);
+    const bool unknown = constraint.width >= unknownWidth && widthIsPercent(box); // of nothing: as if it weren't said
+    const std::optional<Unit> givenWidth = forced ? forced : unknown ? std::nullopt : usedWidth(box, constraint.width);
+    const std::optional<Unit> givenHeight = usedHeight(box, constraint);
     Unit width = Unit::from(natural.width) + frame.horizontal(), height = Unit::from(natural.height) + frame.vertical();
     const bool ratio = natural.hasRatio && natural.width > 0 && natural.height > 0;
     if (givenWidth) width = *givenWidth;
@@ -163,13 +189,20 @@ Size Engine::replacedSize(BlockBox &box, const Constraint &constraint, std::opti
     if (ratio && givenHeight && !givenWidth)
         width = Unit::from((*givenHeight - frame.vertical()).toDouble() * natural.width / natural.height) + frame.horizontal();
     if (forced) return {width, box.heightForced ? height : clampedHeight(box, height, constraint)};
-    const Unit clamped = clampedWidth(box, width, constraint.width);
-    if (clamped != width && ratio && !givenHeight)
-        height = Unit::from((clamped - frame.horizontal()).toDouble() * natural.height / natural.width) + frame.vertical();
-    const Unit limited = clampedHeight(box, height, constraint);
-    if (limited != height && ratio && !givenWidth)
-        return {Unit::from((limited - frame.vertical()).toDouble() * natural.width / natural.height) + frame.horizontal(), limited};
-    return {clamped, limited};
+    const Unit clamped = clampedWidth(box, width, constraint.width), limited = clampedHeight(box, height, constraint);
+    if (!ratio || (givenWidth && givenHeight)) return {clamped, limited};
+    const auto heightFor = [&](Unit w) { return clampedHeight(box, Unit::from((w - frame.horizontal()).toDouble() * natural.height / natural.width) + frame.vertical(), constraint); };
+    const auto widthFor = [&](Unit h) { return clampedWidth(box, Unit::from((h - frame.vertical()).toDouble() * natural.width / natural.height) + frame.horizontal(), constraint.width); };
+    if (givenWidth) return {clamped, clamped == width ? limited : heightFor(clamped)};
+    if (givenHeight) return {limited == height ? clamped : widthFor(limited), limited};
+    // Limits that are violated keep the ratio, as far as they let it (CSS 2.1, 10.4).
+    const double wide = (clamped - frame.horizontal()).toDouble() / std::max(1e-9, (width - frame.horizontal()).toDouble());
+    const double high = (limited - frame.vertical()).toDouble() / std::max(1e-9, (height - frame.vertical()).toDouble());
+    const bool sameSense = (clamped < width && limited < height) || (clamped > width && limited > height);
+    if (clamped != width && limited != height && !sameSense) return {clamped, limited};
+    const bool widthLeads = sameSense ? (clamped < width) == (wide <= high) : clamped != width;
+    if (widthLeads) return {clamped, heightFor(clamped)};
+    return {limited == height ? clamped : widthFor(limited), limited};
 }
 
 void Engine::layoutReplaced(BlockBox &box, const Constraint &constraint)
@@ -192,9 +225,11 @@ std::optional<Unit> atomicBaseline(const Engine &engine, const BlockBox &box)
     const dom::Element *element = box.element();
     if (!element) return {};
     const QString kind = element->is(input) ? element->attributeValue("type").toLower() : QString();
-    const bool boxy = kind == QLatin1String("checkbox") || kind == QLatin1String("radio") || kind == QLatin1String("image") ||
-                      kind == QLatin1String("range") || kind == QLatin1String("color");
-    if (!element->is(dom::names::select) && (!element->is(input) || boxy)) return {};
+    // Boxes and sliders stand on the line, without what their margin is below; a colour's patch does, in its frame.
+    if (kind == QLatin1String("checkbox") || kind == QLatin1String("radio") || kind == QLatin1String("range")) return box.height;
+    if (kind == QLatin1String("color")) return box.height - Unit::px(6);
+    if (isListBox(*element)) return box.height - Unit::px(3);
+    if (!element->is(dom::names::select) && (!element->is(input) || kind == QLatin1String("image"))) return {};
     const Font &font = fontOf(box.style());
     const Unit content = box.height - box.frame().vertical();
     return box.border.top + box.padding.top + (content - font.height()) / 2 + font.ascent();

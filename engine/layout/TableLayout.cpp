@@ -384,7 +384,10 @@ PreferredWidths TableLayout::preferred(Engine &engine, BlockBox &box)
 Unit TableLayout::usedWidth(Engine &engine, BlockBox &box, Unit containingWidth, Unit available)
 {
     const PreferredWidths widths = engine.preferredWidths(box);
-    if (!box.isTable()) return clampedWidth(box, layout::usedWidth(box, containingWidth).value_or(std::min(std::max(widths.min, available), widths.max)), containingWidth);
+    if (!box.isTable()) {
+        const auto given = layout::usedWidth(box, containingWidth);
+        return clampedWidth(box, given ? *given : engine.contentWidthOf(box, available), containingWidth);
+    }
     const auto given = layout::usedWidth(box, containingWidth);
     const bool fixed = given && tableLayoutIsFixed(box.style());
     Unit used = given ? *given : std::min(std::max(widths.min, available), widths.max);

@@ -79,6 +79,7 @@ private:
     void layoutRows();
     void layoutCell(TableCell &cell, Unit width);
     void spanRows(const std::vector<const TableCell *> &spanning);
+    bool rowIsFixed(const TableRow &row) const;
     void stretchRows(Unit wanted);
     void placeRows(Unit top);
     Unit layoutCaptions(bool below, Unit top);

@@ -141,13 +141,24 @@ void TableLayout::spanRows(const std::vector<const TableCell *> &spanning)
     }
 }
 
+// A row whose height somebody said: itself, or a cell of its own.
+bool TableLayout::rowIsFixed(const TableRow &row) const
+{
+    if (fixedHeight(*row.box)) return true;
+    for (uint32_t i = row.firstCell; i < row.firstCell + row.cellCount; ++i) {
+        const TableCell &cell = mTable.cells[i];
+        if (cell.rowSpan == 1 && fixedHeight(*cell.box)) return true;
+    }
+    return false;
+}
+
 void TableLayout::stretchRows(Unit wanted)
 {
     if (mTable.rows.empty()) return;
     Unit sum;
     std::size_t open = 0;
     for (const TableRow &row : mTable.rows)
-        if (!fixedHeight(*row.box)) {
+        if (!rowIsFixed(row)) {
             sum += row.height;
             ++open;
         }
@@ -157,7 +168,7 @@ void TableLayout::stretchRows(Unit wanted)
     Unit given;
     TableRow *last = nullptr;
     for (TableRow &row : mTable.rows) {
-        if (any && fixedHeight(*row.box)) continue;
+        if (any && rowIsFixed(row)) continue;
         const Unit share = sum.raw > 0 ? Unit::from(wanted.toDouble() * row.height.raw / sum.raw) : wanted / int(any ? open : mTable.rows.size());
         row.height += share;
         given += share;
@@ -223,31 +234,28 @@ void TableLayout::placeRows(Unit top)
             break;
         }
         }
-        if (box.inlineContent && box.linesShift != box.shift) {
-            // Lines and what stands on them keep places from the border box.
-            const Unit by = box.shift - box.linesShift;
-            for (Line &line : box.inlineContent->lines) line.top += by;
-            for (const InlineItem &item : box.inlineContent->items) {
-                BlockBox *inner = item.box ? item.box->asBlock() : nullptr;
-                if (inner && item.type != ItemType::Positioned) inner->gap += by;
-            }
-            box.linesShift = box.shift;
-        }
+        Engine::shiftLines(box);
         box.height = height;
         mEngine.finishOverflow(box);
     }
     for (TableRow &row : mTable.rows) mEngine.finishOverflow(*row.box);
     for (std::size_t r = 0; r < mTable.rows.size(); ++r)
         if (r + 1 == mTable.rows.size() || mTable.rows[r + 1].section != mTable.rows[r].section) mEngine.finishOverflow(*mTable.rows[r].section);
+    const BlockBox *before = nullptr; // a box may stand for several columns
     for (TableColumn &column : mTable.columns) {
         if (!column.box) continue;
-        column.box->x = column.left;
+        const bool same = column.box == before;
+        before = column.box;
+        const Unit start = same ? std::min(column.box->x, column.left) : column.left;
+        const Unit end = std::max(same ? column.box->x + column.box->width : column.left, column.left + column.width);
+        column.box->x = start;
         column.box->gap = mTable.gridTop + mTable.border.top + mTable.spacingY;
-        column.box->width = column.width;
+        column.box->width = end - start;
         column.box->height = std::max(Unit(), y - mTable.spacingY - column.box->gap);
         column.box->needsLayout = false;
     }
     // A group covers its columns; columns stand in it.
+    before = nullptr;
     for (TableColumn &column : mTable.columns) {
         BlockBox *group = column.box && column.box->parent() ? column.box->parent()->asBlock() : nullptr;
         if (!group || group->kind() != BoxKind::TableColumn) continue;
@@ -257,7 +265,8 @@ void TableLayout::placeRows(Unit top)
         group->width = std::max(first ? Unit() : group->width, column.left + column.width - group->x);
         group->height = column.box->height;
         group->needsLayout = group->childNeedsLayout = false;
-        column.box->x = column.left - group->x;
+        if (column.box != before) column.box->x = column.box->x - group->x;
+        before = column.box;
         column.box->gap = {};
     }
 }
