@@ -1,63 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "benchmarks/ArticlePage.h"
+#include "benchmarks/LoadedPage.h"
 #include "engine/changes/EditScope.h"
-#include "engine/surface/HTMLEditor.h"
-#include "engine/surface/LoadedDocument.h"
 
-#include <QApplication>
-#include <QFile>
 #include <benchmark/benchmark.h>
 
 // What a user waits for, on pages of four sizes. Each figure includes the layout that a question about a box would force.
 
 namespace {
 
-constexpr int kilobyte = 1024;
-
-double residentMegabytes()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QFile::ReadOnly)) return 0;
-    return file.readAll().split(' ').value(1).toDouble() * 4096 / 1048576;
-}
-
-struct Loaded {
-    surface::HTMLEditor editor;
-    explicit Loaded(const QString &page)
-    {
-        editor.resize(1000, 800);
-        editor.show();
-        load(page);
-    }
-    void load(const QString &page)
-    {
-        editor.setDocumentText(page);
-        while (editor.isLoading()) QApplication::processEvents();
-        editor.loaded()->tree().pageSize();
-    }
-    /// The caret into the middle of the page.
-    void toMiddle()
-    {
-        dom::Document &document = *editor.document();
-        dom::Element *at = document.elementAt(document.elementCount() / 2);
-        while (at && !at->is("p")) at = document.elementAt(uint32_t(at->sourceIndex()) + 1);
-        dom::Node *text = at->firstChild();
-        while (text && !text->isText()) text = text->next(at);
-        editor.loaded()->selection().setCaret({text, text->nodeValue().size() > 20 ? 20u : 1u});
-    }
-};
-
 void load(benchmark::State &state)
 {
     const QString page = articlePage(state.range(0) * kilobyte);
-    Loaded loaded(QStringLiteral(" "));
+    LoadedPage loaded(QStringLiteral(" "));
     for (auto _ : state) loaded.load(page);
     state.counters["MB resident"] = residentMegabytes();
 }
 
 void keystroke(benchmark::State &state)
 {
-    Loaded loaded(articlePage(state.range(0) * kilobyte));
+    LoadedPage loaded(articlePage(state.range(0) * kilobyte));
     loaded.toMiddle();
     for (auto _ : state) {
         {
@@ -70,7 +31,7 @@ void keystroke(benchmark::State &state)
 
 void undoKeystroke(benchmark::State &state)
 {
-    Loaded loaded(articlePage(state.range(0) * kilobyte));
+    LoadedPage loaded(articlePage(state.range(0) * kilobyte));
     loaded.toMiddle();
     QByteArray last;
     loaded.editor.tracker()->onRecord = [&last](const QByteArray &record) { last = record; };
@@ -87,13 +48,13 @@ void undoKeystroke(benchmark::State &state)
 
 void serialise(benchmark::State &state)
 {
-    Loaded loaded(articlePage(state.range(0) * kilobyte));
+    LoadedPage loaded(articlePage(state.range(0) * kilobyte));
     for (auto _ : state) benchmark::DoNotOptimize(loaded.editor.document()->documentElement()->outerHTML());
 }
 
 void setAttribute(benchmark::State &state)
 {
-    Loaded loaded(articlePage(state.range(0) * kilobyte));
+    LoadedPage loaded(articlePage(state.range(0) * kilobyte));
     dom::Element *element = loaded.editor.document()->elementAt(loaded.editor.document()->elementCount() / 2);
     int n = 0;
     for (auto _ : state) element->setAttribute(QStringLiteral("title"), QString::number(++n));
