@@ -111,6 +111,7 @@ void BoxBuilder::dissolve(Box &box)
             parent->asBlock()->flow.remove(*block);
             block->inSumTree = false;
         }
+        if (BlockBox *outer = parent->asBlock(); block && outer && outer->rare) std::erase(outer->rare->dirty, block);
         parent->unlinkChild(&box);
     }
     if (block && box.node() && box.pseudo == Pseudo::None && boxOf(*box.node()) == &box) {
@@ -184,11 +185,9 @@ bool BoxBuilder::rebuildAround(BlockBox &block, dom::ParentNode &parent, dom::No
     collect(block.styleRef(), from ? from->nextSibling() : parent.firstChild(), to, list);
     fillBlock(block, wrapTableParts(list, block), right, true);
     for (Box *box = left ? left->next() : block.firstChild(); box && box != right; box = box->next()) mTree.markDirty(*box);
-    // The neighbours' margins meet others now.
+    // The neighbours' margins meet others now. The block itself isn't marked: it would look at all its children.
     if (left) mTree.markDirty(*left);
     if (right) mTree.markDirty(*right);
-    mTree.markDirty(block);
-    if (!left && !right) block.needsLayout = true;
     sweep();
     return true;
 }

@@ -222,6 +222,7 @@ void Engine::layoutInFlow(BlockBox &box, const Constraint &constraint, FloatArea
 void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, const Constraint &column, FloatArea area,
                         Unit runningSum)
 {
+    ++mWork.childrenPlaced;
     const Constraint constraint = spansColumns(child) ? Constraint{parent.contentWidth(), column.height} : column;
     if (child.layoutWidth != constraint.width) child.flowValid = false;
     updateFlowMemo(child, constraint.width);

@@ -36,6 +36,7 @@ struct Constraint {
 /// How much was done, for tests that count work rather than time.
 struct WorkCounters {
     uint64_t boxesLaidOut = 0;
+    uint64_t childrenPlaced = 0; ///< of flows, clean ones too
     uint64_t linesBroken = 0;
     uint64_t boxesBuilt = 0;
 };

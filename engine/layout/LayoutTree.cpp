@@ -177,7 +177,9 @@ void LayoutTree::aboutToRemove(dom::Node &node)
             return;
         }
         mRecount = mRecount || counts(box->style());
-        markDirty(*box->parent());
+        // What a block leaves behind concerns its neighbours, which are marked when the place is made anew.
+        const bool inFlow = box->isBlockBox() && box->asBlock()->inSumTree;
+        markDirty(inFlow ? *box : *box->parent());
         if (BlockBox *block = box->blockParent()) block->needsLayout = block->needsLayout || !box->isBlockBox();
         unhookTree(*box);
         unhook(*box);
@@ -338,9 +340,13 @@ void LayoutTree::markDirty(Box &box)
     block->needsLayout = true;
     block->flowValid = block->widthsValid = false;
     if (block->isTable()) static_cast<TableBox *>(block)->columnsValid = false;
-    if (knew) {
-        // Its parents know; a memo may have been filled since by a question about widths only within an update.
-        if (block->blockParent() && (block->blockParent()->needsLayout || block->blockParent()->childNeedsLayout)) return;
+    // Its parents may know; a memo may have been filled since by a question about widths only within an update. A box that
+    // has just been made is dirty without its parent's knowing which one it is.
+    if (BlockBox *parent = block->blockParent(); knew && parent) {
+        if (parent->needsLayout) return;
+        const auto *rare = parent->rare.get();
+        const bool listed = rare && (rare->allDirty || std::find(rare->dirty.begin(), rare->dirty.end(), block) != rare->dirty.end());
+        if (parent->childNeedsLayout && listed) return;
     }
     for (BlockBox *child = block, *parent = block->blockParent(); parent; child = parent, parent = parent->blockParent()) {
         auto &rare = parent->rareData();
