@@ -107,9 +107,12 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
              {6, "Cut()", commandCut},
              {7, "Copy()", commandCopy},
              {8, "Paste()", commandPaste},
-             {9, "Delete()", commandDelete}})
+             {9, "Delete()", commandDelete},
+             {128, "PasteRows()", commandPasteRows},
+             {129, "PasteCells()", commandPasteCells},
+             {130, "PasteNested()", commandPasteNested}})
         table.method(id, name, [command = command](S &s, Arguments &) { return Value(s.execCommand(command)); });
-    // What formats and pastes joins the surface with the engine's commands.
+    // What formats joins the surface with the engine's commands.
     for (const auto &[id, name] :
          std::initializer_list<std::pair<int, const char *>>{{13, "FillColor"},
                                                              {14, "ForeColor"},
@@ -130,9 +133,6 @@ void addCommands(InterfaceTable<HTMLEditor> &table)
                                                              {31, "Outdent"},
                                                              {32, "BulletedList"},
                                                              {33, "NumberedList"},
-                                                             {128, "PasteRows"},
-                                                             {129, "PasteCells"},
-                                                             {130, "PasteNested"},
                                                              {memberCommandMapping, "CommandMapping"}})
         table.missing(id, name);
 }

@@ -2,6 +2,7 @@
 #include "engine/editing/CommandTable.h"
 
 #include "engine/dom/Document.h"
+#include "engine/editing/CellPasting.h"
 
 namespace editing {
 
@@ -68,6 +69,21 @@ bool paste(const Context &c, const QString &)
     return c.editor.paste(c.clipboard->get());
 }
 
+bool canPasteTable(const Context &c, CellPasting::Way way)
+{
+    if (!c.clipboard || !c.clipboard->holdsSnippet()) return false;
+    const CellPasting pasting(c.editor, c.cells);
+    if (!pasting.isPlaceFor(way)) return false; // without a look at the clipboard
+    const int columns = c.clipboard->columns(c.editor.document());
+    return pasting.isPossible(way, columns, columns > 0 && c.clipboard->holdsWholeRows());
+}
+
+template <CellPasting::Way way> Command tablePaste(const char *name)
+{
+    return {name, [](const Context &c) { return canPasteTable(c, way); }, nullptr, nullptr,
+            [](const Context &c, const QString &) { return CellPasting(c.editor, c.cells).paste(way, c.clipboard->get()); }};
+}
+
 const Command table[] = {
     {"insertText", nullptr, nullptr, nullptr,
      [](const Context &c, const QString &text) { return c.editor.insertText(text); }},
@@ -82,6 +98,9 @@ const Command table[] = {
     {"copy", canCopy, nullptr, nullptr, copy},
     {"cut", canCut, nullptr, nullptr, cut},
     {"paste", canPaste, nullptr, nullptr, paste},
+    tablePaste<CellPasting::Way::Rows>("pasteRows"),
+    tablePaste<CellPasting::Way::Cells>("pasteCells"),
+    tablePaste<CellPasting::Way::Nested>("pasteNested"),
     {"undo", canUndo, nullptr, nullptr, undo},
     {"redo", canRedo, nullptr, nullptr, redo},
 };

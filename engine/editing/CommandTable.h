@@ -20,6 +20,10 @@ public:
     virtual Snippet get() const = 0;
     /// Whether `get` gives something.
     virtual bool holdsSnippet() const = 0;
+    /// How many columns the table has that is all it holds, else 0. Asked often.
+    virtual int columns(dom::Document &document) const { return Pasting::columnsOf(document, get().html); }
+    /// Whether that is of rows from end to end.
+    virtual bool holdsWholeRows() const { return get().wholeRows; }
 };
 
 /// What a command works with: the editor, and undo and redo as whoever keeps the history offers them (null: the
@@ -32,6 +36,7 @@ struct CommandContext
     std::function<bool()> canUndo;
     std::function<bool()> canRedo;
     Clipboard *clipboard = nullptr; ///< null: nothing can be copied or pasted
+    std::vector<base::Ref<dom::Element>> cells{}; ///< those that are selected as such, in document order
 };
 
 /// An engine command. Each row can be asked and run by itself; a null function means the plain answer.

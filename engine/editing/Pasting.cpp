@@ -3,9 +3,11 @@
 
 #include "engine/dom/Names.h"
 #include "engine/dom/RawTree.h"
+#include "engine/dom/TableGrid.h"
 #include "engine/html/Blocks.h"
 #include "engine/ranges/Rendering.h"
 
+#include <QRegularExpression>
 #include <QSet>
 
 namespace editing {
@@ -120,11 +122,40 @@ void dropOuterBlanks(DocumentFragment &content)
     }
 }
 
+/// Spreadsheets mark the rows without their table, and no parser takes rows by themselves.
+QString withTable(const QString &html)
+{
+    static const QRegularExpression part(QStringLiteral("^\\s*<(tr|td|th|tbody|thead|tfoot|col|colgroup)[\\s>]"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    return part.match(html).hasMatch() ? QLatin1String("<table>") + html + QLatin1String("</table>") : html;
+}
+
 } // namespace
+
+Element *Pasting::onlyTable(const DocumentFragment &content)
+{
+    Element *table = nullptr;
+    for (Node *node = content.firstChild(); node; node = node->nextSibling()) {
+        if (isBlankText(*node)) continue;
+        if (table || !node->asElement() || !node->asElement()->is(names::table)) return nullptr;
+        table = node->asElement();
+    }
+    return table;
+}
+
+int Pasting::columnsOf(Document &document, const QString &html)
+{
+    static const QRegularExpression part(QStringLiteral("<(table|tr|t[dh])[\\s>]"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    if (!part.match(html).hasMatch()) return 0; // most of what is copied
+    const Ref<DocumentFragment> content = read(document, html);
+    const Element *table = onlyTable(*content);
+    return table ? TableGrid(*table).columns() : 0;
+}
 
 Ref<DocumentFragment> Pasting::read(Document &document, const QString &given)
 {
-    QString html = fragmentOf(given);
+    QString html = withTable(fragmentOf(given));
     html.replace(QLatin1String("\r\n"), QLatin1String("\n"));
     Ref<DocumentFragment> content = document.markup->parseFragment(document, *document.body(), html);
     for (Node *node = content->next(content.get()); node;) {
@@ -176,6 +207,27 @@ QString Pasting::htmlOf(const QString &given)
     }
     if (paragraphs && open) out += QLatin1String("</p>");
     return out;
+}
+
+void Pasting::unwrapLists(DocumentFragment &content)
+{
+    std::vector<Ref<Element>> lists;
+    for (Node *node = content.firstChild(); node; node = node->nextSibling()) {
+        if (isBlankText(*node)) continue;
+        Element *list = node->asElement();
+        if (!list || !ranges::isList(*list)) return;
+        for (const Node *item = list->firstChild(); item; item = item->nextSibling())
+            if (!isBlankText(*item) && !(item->asElement() && item->asElement()->is(names::li))) return;
+        lists.emplace_back(list);
+    }
+    for (const Ref<Element> &list : lists) {
+        while (Node *child = list->firstChild()) {
+            const Ref<Node> moved(child);
+            RawTree::remove(*child);
+            if (moved->isElement()) RawTree::insert(content, *moved, list.get());
+        }
+        RawTree::remove(*list);
+    }
 }
 
 void Pasting::flatten(DocumentFragment &content)

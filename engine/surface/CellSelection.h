@@ -86,36 +86,4 @@ private:
     bool mGoWithStep = false;
 };
 
-/// Where the cells of a table stand, spans counted.
-class TableGrid
-{
-public:
-    explicit TableGrid(const dom::Element &table);
-    struct Area
-    {
-        int left = 0, top = 0, right = 0, bottom = 0; ///< inclusive
-        bool meets(const Area &o) const
-        {
-            return left <= o.right && o.left <= right && top <= o.bottom && o.top <= bottom;
-        }
-        Area united(const Area &o) const;
-        friend bool operator==(const Area &, const Area &) = default;
-    };
-    struct Place
-    {
-        dom::Element *cell;
-        Area area;
-    };
-    const std::vector<Place> &places() const { return mPlaces; }
-    /// Null for a cell of another table.
-    const Place *find(const dom::Element &cell) const;
-    dom::Element *at(int column, int row) const;
-    /// Grown until no cell reaches over its edge.
-    Area closed(Area area) const;
-    std::vector<dom::Element *> cellsIn(const Area &area) const;
-
-private:
-    std::vector<Place> mPlaces;
-};
-
 } // namespace surface

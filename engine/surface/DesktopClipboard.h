@@ -5,6 +5,7 @@
 
 #include <QClipboard>
 #include <memory>
+#include <optional>
 
 class QMimeData;
 
@@ -16,9 +17,14 @@ class DesktopClipboard final : public editing::Clipboard
 {
 public:
     explicit DesktopClipboard(QClipboard::Mode mode = QClipboard::Clipboard) : mMode(mode) {}
+    ~DesktopClipboard() override;
+    DesktopClipboard(const DesktopClipboard &) = delete;
+    DesktopClipboard &operator=(const DesktopClipboard &) = delete;
     void put(const editing::Snippet &snippet) override;
     editing::Snippet get() const override;
     bool holdsSnippet() const override;
+    int columns(dom::Document &document) const override;
+    bool holdsWholeRows() const override;
 
     static bool hasPrimarySelection();
     static std::unique_ptr<QMimeData> mimeOf(const editing::Snippet &snippet);
@@ -26,6 +32,8 @@ public:
 
 private:
     QClipboard::Mode mMode;
+    mutable QMetaObject::Connection mWatch; ///< made at the first question
+    mutable std::optional<int> mColumns;    ///< of what it holds now
 };
 
 } // namespace surface

@@ -178,6 +178,7 @@ private:
     bool execOnText(const QString &name, const QString &value);
     CommandState queryOnText(const QString &name);
     bool clipboardKey(const QKeyEvent &event);
+    bool pasteAsFits();
     bool pasteAtPoint(QPoint client);
     void offerSelection();
     // With cells selected, these work on the cells.

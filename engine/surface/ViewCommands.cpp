@@ -20,7 +20,8 @@ struct Number {
 };
 /// Commands that hosts know by a number.
 const Number numbers[] = {{15, "copy"}, {16, "cut"},        {17, "delete"}, {26, "paste"},
-                          {29, "redo"}, {31, "selectAll"}, {43, "undo"}};
+                          {29, "redo"}, {31, "selectAll"}, {43, "undo"},   {50000, "pasteRows"},
+                          {50001, "pasteCells"}, {50002, "pasteNested"}};
 
 const editing::Command *findCommand(const QString &name)
 {
@@ -38,13 +39,16 @@ bool View::hasCommand(const QString &name) const
 
 editing::CommandContext View::commandContext()
 {
-    return {mLoaded->editor(), {}, {}, {}, {}, mClipboard};
+    return {mLoaded->editor(), {}, {}, {}, {}, mClipboard, mCells.cells()};
 }
 
 bool View::execOnText(const QString &name, const QString &value)
 {
     const editing::Command *command = findCommand(name);
     if (!command || !mLoaded) return false;
+    // Cells that are written over stay selected.
+    const bool overCells = QLatin1String(command->name) == QLatin1String("pasteCells");
+    const QScopedValueRollback<bool> selecting(mSelectingCells, mSelectingCells || overCells);
     const bool done = editing::CommandTable::run(*command, commandContext(), value);
     if (mLoaded) edited();
     return done;
@@ -114,8 +118,20 @@ bool View::clipboardKey(const QKeyEvent &event)
     if (event.matches(QKeySequence::Copy)) return execNamed(QStringLiteral("copy"), {});
     const bool cuts = event.matches(QKeySequence::Cut);
     if (!cuts && !event.matches(QKeySequence::Paste)) return false;
-    if (!mWidget.isReadOnly()) execNamed(cuts ? QStringLiteral("cut") : QStringLiteral("paste"), {});
+    if (mWidget.isReadOnly()) return true;
+    if (cuts)
+        execNamed(QStringLiteral("cut"), {});
+    else
+        pasteAsFits();
     return true;
+}
+
+/// A table goes into the table of the caret the way in which it can.
+bool View::pasteAsFits()
+{
+    for (const char *way : {"pasteRows", "pasteCells", "pasteNested"})
+        if (queryNamed(QLatin1String(way)).enabled) return execNamed(QLatin1String(way), {});
+    return execNamed(QStringLiteral("paste"), {});
 }
 
 void View::offerSelection()
@@ -166,6 +182,20 @@ static dom::Element *rowOf(const dom::Element &cell)
     return cell.parentElement();
 }
 
+/// The rows that are selected from end to end; none if another cell is selected too.
+static std::vector<base::Ref<dom::Element>> wholeRows(const std::vector<base::Ref<dom::Element>> &cells)
+{
+    std::vector<base::Ref<dom::Element>> rows;
+    for (const auto &cell : cells) {
+        dom::Element *row = rowOf(*cell);
+        if (!rows.empty() && rows.back() == row) continue;
+        for (dom::Element *other : dom::table::cells(*row))
+            if (std::find(cells.begin(), cells.end(), other) == cells.end()) return {};
+        rows.emplace_back(row);
+    }
+    return rows;
+}
+
 editing::Snippet View::copied() const
 {
     if (mCells.isEmpty()) return mLoaded->editor().copied();
@@ -190,21 +220,8 @@ editing::Snippet View::copied() const
     snippet.html += QLatin1String("</TBODY>");
     html::Serializer::writeEndTag(*table, snippet.html);
     snippet.text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    snippet.wholeRows = !wholeRows(cells).empty();
     return snippet;
-}
-
-/// The rows that are selected from end to end; none if another cell is selected too.
-static std::vector<base::Ref<dom::Element>> wholeRows(const std::vector<base::Ref<dom::Element>> &cells)
-{
-    std::vector<base::Ref<dom::Element>> rows;
-    for (const auto &cell : cells) {
-        dom::Element *row = rowOf(*cell);
-        if (!rows.empty() && rows.back() == row) continue;
-        for (dom::Element *other : dom::table::cells(*row))
-            if (std::find(cells.begin(), cells.end(), other) == cells.end()) return {};
-        rows.emplace_back(row);
-    }
-    return rows;
 }
 
 bool View::runOnCells(CellCommand command)
