@@ -74,6 +74,13 @@ bool Editor::paste(const Snippet &snippet)
     return true;
 }
 
+/// Whether it stands in a list's item, in no other block.
+bool Operation::isInItem(const Position &p) const
+{
+    const Element *item = mContent.container(p);
+    return mEdits.leavesList(*item);
+}
+
 bool Operation::paste(DocumentFragment &content, Span span)
 {
     RangeKeeper &keeper = mSelection.keeper();
@@ -83,7 +90,9 @@ bool Operation::paste(DocumentFragment &content, Span span)
     if (!span.isEmpty()) at = mContent.normalised(mRemoval.remove(span));
     if (isTableStructure(*mContent.container(at))) return false;
     RangeEdits edits(mEditor, const_cast<Element &>(mContent.limit()));
+    if (isInItem(at)) Pasting::unwrapLists(content);
     if (edits.bringsBlocks(content)) {
+        if (mContent.isLineEmpty(at)) dropPlaceholderBreak(at);
         if (edits.takesBlocks(at, content)) {
             mSelection.setCaret(edits.insertBlocks(at, content));
             finish(mSelection.focus(), Line::Goes);

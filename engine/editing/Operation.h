@@ -60,6 +60,7 @@ private:
     void closeHalf(dom::Element &half, const ranges::Position &line);
 
     ranges::Position withinCharacter(const ranges::Position &p, const ranges::Position &start) const;
+    bool isInItem(const ranges::Position &p) const;
     bool joinOver(const ranges::Position &p, bool forward);
     bool leaveListAtStart(const ranges::Position &p);
     ranges::Position edgeOfTable(dom::Element &table, bool first) const;

@@ -29,6 +29,20 @@ bool isOneParagraph(const Element &e)
            e.is(names::h4) || e.is(names::h5) || e.is(names::h6);
 }
 
+bool isItem(const Node &node)
+{
+    const Element *e = node.asElement();
+    return e && (e->is(names::li) || e->is(names::dt) || e->is(names::dd));
+}
+
+/// Only they can take the place of one.
+bool bringsItems(const DocumentFragment &content)
+{
+    for (const Node *child = content.firstChild(); child; child = child->nextSibling())
+        if (child->isElement() && !isItem(*child)) return false;
+    return true;
+}
+
 } // namespace
 
 Element &RangeEdits::hostOf(const TextRange &range)
@@ -268,10 +282,7 @@ Element *RangeEdits::parentFor(const Position &p, const DocumentFragment &conten
 {
     const MarkupServices *markup = mEditor.document().markup;
     for (Element *at = mContent.container(p); at; at = at->parentElement()) {
-        bool all = !isTableStructure(*at) && !isOneParagraph(*at);
-        for (const Node *child = content.firstChild(); all && child; child = child->nextSibling())
-            all = !child->asElement() || markup->canStandIn(*at, *child);
-        if (all) return at;
+        if (!isTableStructure(*at) && !isOneParagraph(*at) && markup->canStandIn(*at, content)) return at;
         if (isCell(*at) || at == &mContent.limit() || isTableStructure(*at)) break;
     }
     return nullptr;
@@ -283,16 +294,16 @@ Position RangeEdits::insertBlocks(const Taken &taken, DocumentFragment &content)
     LivePosition place(keeper, taken.place);
     Ref<Element> emptied;
     Element *whole = taken.whole.get();
-    if (whole && whole->isConnected() && !isCell(*whole) && !mEdits.isFixed(*whole) && mContent.isEmpty(*whole))
+    if (whole && whole->isConnected() && !isCell(*whole) && !mEdits.isFixed(*whole) && mContent.isEmpty(*whole) &&
+        (!isItem(*whole) || bringsItems(content)))
         emptied = Ref<Element>(whole);
     if (emptied) place = Position::before(*emptied);
     Element *parent = nullptr;
     if (emptied) {
         Element *around = emptied->parentElement();
         const MarkupServices *markup = mEditor.document().markup;
-        for (const Node *child = content.firstChild(); child; child = child->nextSibling())
-            if (child->isElement() && !markup->canStandIn(*around, *child))
-                throw Error(base::errors::notPossible, QStringLiteral("The HTML can't stand here."));
+        if (!markup->canStandIn(*around, content))
+            throw Error(base::errors::notPossible, QStringLiteral("The HTML can't stand here."));
         parent = around;
     } else {
         parent = parentFor(place, content);
