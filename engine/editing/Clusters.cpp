@@ -36,7 +36,8 @@ bool isPicture(char32_t c)
         break;
     }
     const bool skin = c >= 0x1F3FB && c <= 0x1F3FF, tag = c >= 0xE0020 && c <= 0xE007F;
-    const bool mathematical = (c >= 0x2190 && c <= 0x21FF) || (c >= 0x25A0 && c <= 0x25FF) || c == 0x2640 || c == 0x2642;
+    const bool mathematical =
+        (c >= 0x2190 && c <= 0x21FF) || (c >= 0x25A0 && c <= 0x25FF) || c == 0x2640 || c == 0x2642;
     return skin || tag || mathematical || QChar::category(c) == QChar::Symbol_Other;
 }
 

@@ -16,7 +16,7 @@ bool Operation::removeSpan(const Span &span)
     Style style = styleBehind(span.start);
     LivePosition left(mSelection.keeper(), mRemoval.remove(span));
     finish(left, noLine && isBetweenBlocks(left) ? Line::Goes : Line::Stays);
-    rememberStyle(std::move(style));
+    rememberStyle(mSelection.focus(), std::move(style));
     return true;
 }
 
@@ -61,7 +61,7 @@ bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
         if (mContent.isFinalBreak(next)) mTracker.remove(*next.node);
     }
     finish(caret);
-    rememberStyle(std::move(style));
+    rememberStyle(mSelection.focus(), std::move(style));
     return true;
 }
 
@@ -143,6 +143,11 @@ bool Operation::joinOver(const Position &p, bool forward)
             mSelection.setControl({Ref<Element>(&element)});
             return true;
         }
+        // An empty item is a place for what comes from outside of its list.
+        if (!forward && element.is(names::li) && isBlankBlock(element) && !element.parentElement()->contains(*here)) {
+            const Position start = Position::startOf(element);
+            return blankHere ? removeHere(mContent.normalised(start)) : removeSpan({start, p});
+        }
         const Position beyond = forward ? Position::after(element) : Position::before(element);
         if (isBlankBlock(element)) {
             if (mContent.takesCaretEmpty(element) || !mContent.isEmpty(element)) return takeAway(element, p);
@@ -151,6 +156,10 @@ bool Operation::joinOver(const Position &p, bool forward)
         }
         item = pastBlanks(item.far);
     }
+    // `<br>` in no block of its own, in front of one: an empty line, which goes like an empty block.
+    if (!forward && mContent.isFinalBreak(item) && mContent.pastBlanksBefore(item.far).isLineEdge() && !blankHere &&
+        mContent.container(item.far)->isAncestorOf(*here))
+        return takeAway(*item.element(), p);
     Position other = mContent.normalised(item.near);
     if (!forward && mContent.isFinalBreak(item)) other = item.far;
     if (blankHere) return removeHere(mContent.normalised(other));

@@ -47,7 +47,7 @@ private:
     Style styleAround(const ranges::Position &p, const dom::Element &block) const;
     Style comingStyle(const ranges::Position &p) const;
     Style styleBehind(const ranges::Position &p) const;
-    void rememberStyle(Style style);
+    void rememberStyle(const ranges::Position &caret, Style style, uint64_t records = Editor::unsettled);
     bool carriesOn(const dom::Element &element) const;
     ranges::Position placeInStyle(const ranges::Position &p, const Style &style);
     void dropPlaceholderBreak(const ranges::Position &caret);

@@ -29,6 +29,21 @@ bool isOneLiner(const Element &e)
     return e.is(names::caption) || e.is(names::legend) || e.is(names::summary) || e.is(names::address);
 }
 
+bool isItem(const Element &e)
+{
+    return e.is(names::li) || e.is(names::dt) || e.is(names::dd);
+}
+
+/// Whether it is all that an item holds, but for blanks.
+bool fillsItem(const Element &e)
+{
+    const Element *item = e.parentElement();
+    if (!item || !isItem(*item)) return false;
+    for (const Node *child = item->firstChild(); child; child = child->nextSibling())
+        if (child != &e && !(child->isText() && child->nodeValue().trimmed().isEmpty())) return false;
+    return true;
+}
+
 } // namespace
 
 bool Operation::isBlankBlock(const Element &block) const
@@ -77,11 +92,15 @@ bool Operation::lineBreakAt(const Position &p)
 bool Operation::breakLine(const Span &span)
 {
     Position p = span.start;
+    Style style;
     if (!span.isEmpty()) {
         mBlanks.note(span.start, span.end);
+        style = styleBehind(span.start);
         p = mContent.normalised(mRemoval.remove(span));
     }
-    return lineBreakAt(p);
+    if (!lineBreakAt(p)) return false;
+    if (!style.empty()) rememberStyle(mSelection.focus(), std::move(style));
+    return true;
 }
 
 /// Whether `p` stands within an inline part that is edited by itself: two of it wouldn't be what the page means.
@@ -104,7 +123,7 @@ Element *Operation::blockToSplit(const Position &p)
     const bool isLimit = around == &mContent.limit();
     if (isWithinPart(p)) return nullptr;
     if (isOneLiner(*around) || (isLimit && !mContent.isBlock(*around))) return nullptr;
-    if (!isLimit && splits(*around)) return around;
+    if (!isLimit && (splits(*around) || (around->is(names::div) && fillsItem(*around)))) return around;
     if (isList(*around)) return &mEdits.wrapRun(*around, p, "li");
     if (!TreeEdits::canHoldParagraph(*around)) return nullptr;
     return &mEdits.wrapRun(*around, p, "p");
@@ -116,7 +135,9 @@ bool Operation::breakParagraph(const Span &span)
     LivePosition at(keeper, span.start);
     if (!span.isEmpty()) {
         mBlanks.note(span.start, span.end);
+        Style style = styleBehind(span.start);
         at = mContent.normalised(mRemoval.remove(span));
+        rememberStyle(at, std::move(style), mTracker.recordCount());
     }
     if (preserves(at)) return lineFeed(at);
     Element *around = mContent.container(at);
@@ -160,15 +181,17 @@ bool Operation::split(Element &block, const Position &given)
 
     const bool afterHeading = atEnd && isHeading(block);
     Style style;
+    bool comes = false;
     if (!afterHeading) {
         style = comingStyle(given);
-        if (style.empty()) style = styleAround(given, block);
+        comes = !style.empty();
+        if (!comes) style = styleAround(given, block);
         std::erase_if(style, [this](const Ref<Element> &element) { return !carriesOn(*element); });
     }
 
     Ref<Element> second(&mEdits.splitBlock(block, p, afterHeading ? "p" : nullptr));
     Element *item = block.parentElement();
-    if (item->is(names::li) && item != &mContent.limit() && item->firstElementChild() == &block) {
+    if (isItem(*item) && item != &mContent.limit() && item->firstElementChild() == &block) {
         // `<li><p>a|b</p></li>`: a paragraph that is an item's only one stands for the item.
         Node *more = second->nextElementSibling();
         if (!more) mEdits.splitBlock(*item, Position::before(*second));
@@ -178,10 +201,10 @@ bool Operation::split(Element &block, const Position &given)
     else if (afterBreak && !lineHeld)
         mEdits.showLine(mContent.pastBlanksBefore(Position::endOf(block)).near);
     closeHalf(*second, Position::startOf(*second));
-    const bool takesStyle = second->isHeldOpen();
+    const bool takesStyle = comes || second->isHeldOpen();
     mBlanks.mend();
     mSelection.setCaret(mContent.normalised(Position::startOf(*second)));
-    if (takesStyle) rememberStyle(std::move(style));
+    if (takesStyle) rememberStyle(mSelection.focus(), std::move(style));
     return true;
 }
 

@@ -29,9 +29,12 @@ Node *branch(const Node &top, Node *below)
 
 Span Removal::fitted(const Span &span) const
 {
-    const Position start = mContent.normalised(span.start, Content::Between::RangeStart);
+    Position start = mContent.normalised(span.start, Content::Between::RangeStart);
     const Position end = mContent.normalised(span.end, Content::Between::RangeEnd);
     if (end <= start) return {start, start};
+    // `a<br>^</p><p>|b`: the break only ends the line; beside what is joined it would add one.
+    if (const Item before = mContent.pastBlanksBefore(start); before.isBreak() && mContent.isFinalBreak(before))
+        if (mContent.container(start) != mContent.container(end)) start = before.far;
     return {start, end};
 }
 

@@ -31,8 +31,7 @@ Position Operation::roomForText(const Position &p)
     const bool empty = mContent.isEmpty(*around);
     const bool list = isList(*around);
     if (isTableStructure(*around) || around->is(names::dl)) return {};
-    if (list || ((around->is(names::body) || !empty) && TreeEdits::canHoldParagraph(*around)))
-    {
+    if (list || ((around->is(names::body) || !empty) && TreeEdits::canHoldParagraph(*around))) {
         const bool inField = mContent.emptyField(p) != nullptr;
         Element &made = mEdits.wrapRun(*around, p, list ? "li" : "p");
         return inField ? p : Position::startOf(made);
@@ -67,7 +66,8 @@ void Operation::rememberTypedBlank(const Position &caret)
 {
     const Item typed = mContent.before(caret);
     mEditor.mTypedBlank = {};
-    if (typed.isCharacter() && typed.unit() == noBreakSpace) mEditor.mTypedBlank = {typed.node->id(), Editor::unsettled};
+    if (typed.isCharacter() && typed.unit() == noBreakSpace)
+        mEditor.mTypedBlank = {typed.node->id(), Editor::unsettled};
 }
 
 /// Whether the element is a style that further text takes on. A link ends with its line and with its text; what a host
@@ -103,13 +103,11 @@ Operation::Style Operation::comingStyle(const Position &p) const
     return comes ? coming.elements : Style();
 }
 
-/// For what is typed at the caret as it stands.
-void Operation::rememberStyle(Style style)
+/// For what is typed at the caret, until there are other records than so many; else than the one that is under way.
+void Operation::rememberStyle(const Position &caret, Style style, uint64_t records)
 {
     mEditor.mComingStyle = {};
-    if (style.empty() || !mSelection.isCaret()) return;
-    const Position &caret = mSelection.focus();
-    mEditor.mComingStyle = {Ref<Node>(caret.node), caret.offset, Editor::unsettled, std::move(style)};
+    if (!style.empty()) mEditor.mComingStyle = {Ref<Node>(caret.node), caret.offset, records, std::move(style)};
 }
 
 /// A place beside `p` that has the style: in those of its elements that are still there, in copies of the others.
