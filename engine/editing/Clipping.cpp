@@ -110,6 +110,17 @@ bool Operation::paste(DocumentFragment &content, Span span)
     return true;
 }
 
+void Operation::empty(const std::vector<Ref<Element>> &cells, bool typesNow)
+{
+    const Position first = Position::startOf(*cells.front());
+    Style style = comingStyle(first);
+    if (style.empty()) style = styleBehind(first);
+    for (const auto &cell : cells)
+        mEdits.holdOpen(*cell);
+    mSelection.setCaret(first);
+    rememberStyle(first, std::move(style), typesNow ? mTracker.recordCount() : Editor::unsettled);
+}
+
 bool Editor::emptyCells(const std::vector<Ref<Element>> &cells, const QString &text)
 {
     std::vector<Ref<Element>> mine;
@@ -119,9 +130,7 @@ bool Editor::emptyCells(const std::vector<Ref<Element>> &cells, const QString &t
     const Position first = Position::startOf(*mine.front());
     Operation operation(*this, *editingHost(*mine.front()));
     ChangeTracker::Step step(mTracker, text.isEmpty() ? Kind::Command : Kind::TextIn);
-    for (const auto &cell : mine)
-        operation.empty(*cell);
-    mSelection.setCaret(first);
+    operation.empty(mine, !text.isEmpty());
     if (!text.isEmpty() && !operation.type(text, {first, first})) return false;
     step.done();
     settleMemories();

@@ -25,7 +25,8 @@ public:
     // Each is the whole of an operation but for the step around it. They set the selection.
     bool type(const QString &text, ranges::Span span);
     bool paste(dom::DocumentFragment &content, ranges::Span span);
-    void empty(dom::Element &cell) { mEdits.holdOpen(cell); }
+    /// Empties the cells; what is typed next in the first has the style of what it held. The caret goes there.
+    void empty(const std::vector<base::Ref<dom::Element>> &cells, bool typesNow);
     bool breakParagraph(const ranges::Span &span);
     bool breakLine(const ranges::Span &span);
     bool removeSpan(const ranges::Span &span);
