@@ -77,7 +77,8 @@ ElementRole EditableRegions::RoleOf(const IHTMLElement &e)
     const bool isWidget = name == QLatin1String(contentWidget);
     const bool isWrapper = holds("lxedit") || holds("qsedit");
     if (isSpan) {
-        return isNamedOrMarked(e) || isWidget || isWrapper || holds("widgetproperty") ? ElementRole::Field : ElementRole::None;
+        if (isWidget) return ElementRole::InlineWidget;
+        return isNamedOrMarked(e) || isWrapper || holds("widgetproperty") ? ElementRole::Field : ElementRole::None;
     }
     if (isWidget && hasTag(&e, "DIV")) return ElementRole::Widget;
     return isWrapper ? ElementRole::Frame : ElementRole::None;

@@ -32,6 +32,16 @@ Position Operation::withinCharacter(const Position &p, const Position &start) co
 
 bool Operation::removeFrom(const Position &p, bool forward, Unit unit)
 {
+    if (unit != Unit::ToBlockEdge) {
+        const Item item = forward ? mContent.visibleAfter(p) : mContent.visibleBefore(p);
+        Element *widget = item.isEdge() ? nullptr : mContent.widgetAround(item.node);
+        if (widget && widget != mContent.widgetAround(p.node.get())) {
+            if (widget->contains(*p.node)) return false; // of a part of it only the part is edited
+            // As beside the one that is a block: the next key takes what is selected.
+            mSelection.setControl({Ref<Element>(widget)});
+            return true;
+        }
+    }
     Position other;
     switch (unit) {
     case Unit::Character:

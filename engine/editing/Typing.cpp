@@ -50,8 +50,8 @@ Position Operation::placeForText(const Span &span) const
     const Item previous = mContent.before(span.start), next = mContent.after(span.start);
     // The caret of a field's first letter stands in front of that one, and text comes there too.
     if (next.isCharacter() && next.near == span.start) return next.near;
-    if (previous.isCharacter()) return previous.near;
-    if (next.isCharacter()) return next.near;
+    if (previous.isCharacter()) return mContent.besideText(previous, true, span.start);
+    if (next.isCharacter()) return mContent.besideText(next, false, span.start);
     return span.start;
 }
 

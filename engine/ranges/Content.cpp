@@ -238,7 +238,40 @@ Element *Content::emptyField(const Position &p) const
     return field;
 }
 
-Position Content::settled(const Position &p) const
+bool Content::isPart(const Element &element) const
+{
+    const Role role = mRendering.roleOf(element);
+    if (role == Role::Field || role == Role::Frame) return true;
+    const QString *own = element.attribute(names::contenteditable);
+    return own && own->compare(u"false", Qt::CaseInsensitive) != 0;
+}
+
+Element *Content::widgetAround(const Node *node) const
+{
+    Element *widget = nullptr;
+    for (const Node *at = node; at && at != mLimit.get(); at = at->parentNode()) {
+        const Element *element = at->asElement();
+        if (!element) continue;
+        if (mRendering.isWidget(*element))
+            widget = const_cast<Element *>(element);
+        else if (isPart(*element))
+            break;
+    }
+    return widget;
+}
+
+Position Content::besideText(const Item &item, bool inFront, const Position &told) const
+{
+    Element *field = item.node == told.node ? nullptr : fieldAround(item.node);
+    if (!field || field->contains(*told.node)) return item.near;
+    while (Element *outer = fieldAround(field->parentNode())) {
+        if (outer->contains(*told.node)) break;
+        field = outer;
+    }
+    return inFront ? Position::after(*field) : Position::before(*field);
+}
+
+Position Content::settled(const Position &p, Between between) const
 {
     const Item previous = before(p), next = after(p);
     if (previous.isCharacter() && next.isCharacter() && previous.node != next.node) {
@@ -246,8 +279,9 @@ Position Content::settled(const Position &p) const
         const Element *here = fieldAround(p.node.get());
         if (fieldAround(previous.node) != here && fieldAround(next.node) == here) return next.near;
     }
-    if (previous.isCharacter()) return previous.near;
-    if (next.isCharacter()) return next.near;
+    const bool isCaret = between == Between::Caret;
+    if (previous.isCharacter()) return isCaret ? besideText(previous, true, p) : previous.near;
+    if (next.isCharacter()) return isCaret ? besideText(next, false, p) : next.near;
     if (previous.isBreak() || (previous.isObject() && !previous.block)) return previous.near;
     if (next.isBreak() || (next.isObject() && !next.block)) return next.near;
     return p;
@@ -272,18 +306,18 @@ Position Content::normalised(const Position &given, Between between) const
             p = past.near;
         } else if (!back.isLineEdge()) {
             // In front of the whole run, of which nothing shows at a line's end.
-            return back.near;
+            return between == Between::Caret ? besideText(back, true, p) : back.near;
         } else {
-            if (!past.isEdge() || !back.isEdge()) return settled(past.isEdge() ? back.near : past.near);
+            if (!past.isEdge() || !back.isEdge()) return settled(past.isEdge() ? back.near : past.near, between);
             p = back.near;
             if (p.element() && isEmpty(*container(p)) && takesCaretEmpty(*container(p))) return p;
         }
     } else if (isCollapsible(previous) && (next.isLineEdge())) {
         const Item back = pastBlanksBefore(p);
-        if (!back.isLineEdge()) return back.near;
+        if (!back.isLineEdge()) return between == Between::Caret ? besideText(back, true, p) : back.near;
     }
     const Item right = pastBlanksAfter(p), left = pastBlanksBefore(p);
-    if (!right.isEdge() || !left.isEdge()) return settled(p);
+    if (!right.isEdge() || !left.isEdge()) return settled(p, between);
     // Between two edges: an empty block, or a place between blocks.
     Element *around = container(p);
     if (around && isEmpty(*around) && !isTableStructure(*around)) return {around, p.node == around ? p.offset : 0};
@@ -298,7 +332,7 @@ Position Content::normalised(const Position &given, Between between) const
                 item.far = forward ? Position::after(block) : Position::before(block); // nobody sees it
             }
             item = forward ? pastBlanksAfter(item.far) : pastBlanksBefore(item.far);
-            if (!item.isEdge()) return settled(item.near);
+            if (!item.isEdge()) return settled(item.near, between);
         }
     }
     return p;

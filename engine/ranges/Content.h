@@ -87,12 +87,19 @@ public:
     /// The place at which a caret for `p` stands: out of objects and undisplayed nodes, out of white space that doesn't
     /// show, behind the character in front of it, else in front of the one behind it, else beside the object. Between
     /// blocks it is the start of the one that follows, else the end of the one before; where there is none either, `p`
-    /// itself.
+    /// itself. What was outside of a field stays outside.
     /// A range's start looks forward only, and its end backward only; they stay where no text takes them.
     enum class Between : uint8_t { Caret, RangeStart, RangeEnd };
     Position normalised(const Position &p, Between between = Between::Caret) const;
     /// The innermost field around a node, within its block; null for none.
     dom::Element *fieldAround(dom::Node *node) const;
+    /// The outermost widget around a node, if no part of it that is edited by itself (a field, a frame, one that says so)
+    /// lies between; null for none.
+    dom::Element *widgetAround(const dom::Node *node) const;
+    /// Whether it is edited by itself within a widget.
+    bool isPart(const dom::Element &element) const;
+    /// The place of a character that stands in front of `told` or behind it, or beside the field that has it alone.
+    Position besideText(const Item &item, bool inFront, const Position &told) const;
     /// The field around `p` that holds nothing: a caret stays in it.
     dom::Element *emptyField(const Position &p) const;
     /// Whether a caret can stand there and be seen.
@@ -102,7 +109,7 @@ private:
     Item look(const Position &p, bool forward) const;
     bool isSkipped(const dom::Node &node) const;
     Position outOfObjects(const Position &p) const;
-    Position settled(const Position &p) const;
+    Position settled(const Position &p, Between between) const;
     const Rendering &mRendering;
     Ref<const dom::Element> mLimit;
 };

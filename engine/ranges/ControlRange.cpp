@@ -58,7 +58,7 @@ void ControlRange::add(Element *element)
     const Element *body = page().document().body();
     if (&element->document() != &page().document() || !body || !body->contains(*element))
         throw Error(base::errors::invalidCall, QStringLiteral("The element isn't in the range's document."));
-    if (!isSelectableObject(*element) && page().index().rendering().roleOf(*element) != Role::Widget)
+    if (!isSelectableObject(*element) && !page().index().rendering().isWidget(*element))
         throw Error(base::errors::invalidCall, QStringLiteral("The element can't be selected as an object."));
     for (const Ref<Element> &there : mElements)
         if (there.get() == element) return;

@@ -9,8 +9,8 @@
 
 namespace ranges {
 
-/// Which elements were chosen on either side of the steps that a document went through, so that playing a step the other
-/// way can choose them again. Elements are named by their ids: one that went and came back may be another object.
+/// Which elements were chosen on either side of the steps that a document went through, so that playing a step the
+/// other way can choose them again. Elements are named by their ids: one that went and came back may be another object.
 class ElementMemory
 {
 public:

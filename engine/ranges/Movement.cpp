@@ -122,6 +122,63 @@ Position Movement::crossEdges(Item item, const Position &from, bool forward) con
     }
 }
 
+Position Movement::outOfField(const Position &from, bool forward) const
+{
+    Element *field = mContent.fieldAround(from.node.get());
+    if (!field || !(forward ? mContent.visibleAfter(from) : mContent.visibleBefore(from)).isLineEdge()) return {};
+    while (Element *outer = mContent.fieldAround(field->parentNode()))
+        field = outer;
+    const Position place = forward ? Position::after(*field) : Position::before(*field);
+    return mContent.isCaretPlace(place) ? place : Position();
+}
+
+/// From outside of the widget, or from a part of it, to its next part, else out of it.
+Position Movement::pastWidget(Element &widget, const Position &from, bool forward) const
+{
+    Node *part = nullptr;
+    for (Node *node = widget.firstChild(); node;) {
+        const bool isPart = node->isElement() && mContent.isPart(*node->asElement());
+        if (isPart && (forward ? from < Position::startOf(*node) : Position::endOf(*node) < from)) {
+            part = node;
+            if (forward) break; // else the last one in front of it
+        }
+        node = isPart ? node->nextSkippingChildren(&widget) : node->next(&widget);
+    }
+    if (part) return mContent.normalised(forward ? Position::startOf(*part) : Position::endOf(*part));
+    const Position beyond = forward ? Position::after(widget) : Position::before(widget);
+    const bool isBlock = mContent.isBlock(widget);
+    return mContent.normalised(beyond, !isBlock  ? Content::Between::Caret
+                                       : forward ? Content::Between::RangeStart
+                                                 : Content::Between::RangeEnd);
+}
+
+/// Where a move that came to the near edge of the widget stops outside of it; null where it began there.
+Position Movement::inFrontOf(Element &widget, const Position &from, const Position &at, bool forward) const
+{
+    if (mContent.isBlock(widget)) return {};
+    const auto isInside = [&widget](const Item &item) { return item.node && widget.contains(*item.node); };
+    const Item passed = forward ? mContent.visibleBefore(at) : mContent.visibleAfter(at);
+    const Item next = forward ? mContent.visibleAfter(from) : mContent.visibleBefore(from);
+    if (isInside(passed) || isInside(next)) return {};
+    return mContent.normalised(forward ? Position::before(widget) : Position::after(widget));
+}
+
+Position Movement::pastWidgets(const Position &from, const Position &to) const
+{
+    if (!to || to == from) return to;
+    const bool forward = from < to;
+    const Element *start = mContent.widgetAround(from.node.get());
+    Position at = to;
+    for (Element *widget = mContent.widgetAround(at.node.get()); widget && widget != start;
+         widget = mContent.widgetAround(at.node.get())) {
+        if (const Position front = inFrontOf(*widget, from, at, forward)) return front;
+        const Position next = pastWidget(*widget, from, forward);
+        if (!mContent.isCaretPlace(next) || (forward ? !(at < next) : !(next < at))) return from;
+        at = next;
+    }
+    return at;
+}
+
 Movement::Stretch Movement::stretch(const Position &from, bool forward, int units) const
 {
     Stretch result;

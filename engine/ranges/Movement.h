@@ -26,6 +26,12 @@ public:
     Position nextWord(const Position &p) const;
     /// The start of the word, or of the one before.
     Position previousWord(const Position &p) const;
+    /// Where a key that moves a caret from `from` to `to` lets it stand: widgets are passed as one thing, but for their
+    /// parts that are edited by themselves.
+    Position pastWidgets(const Position &from, const Position &to) const;
+    /// The place outside of the field at whose end, respectively start, `from` stands, where that begins or ends a line;
+    /// null for none.
+    Position outOfField(const Position &from, bool forward) const;
     Position startOfBlock(const Position &p) const;
     Position endOfBlock(const Position &p) const;
     Position startOfDocument() const;
@@ -39,6 +45,8 @@ public:
 private:
     Position step(const Position &p, bool forward) const;
     Position crossEdges(Item item, const Position &from, bool forward) const;
+    Position pastWidget(dom::Element &widget, const Position &from, bool forward) const;
+    Position inFrontOf(dom::Element &widget, const Position &from, const Position &at, bool forward) const;
     Position beforeFinalBreak(const Item &item) const;
     Position pastCharacter(const Item &item, bool forward) const;
     struct Stretch

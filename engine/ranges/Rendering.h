@@ -9,9 +9,10 @@ namespace ranges {
 /// What a page means with an element beyond what HTML says of it.
 enum class Role : uint8_t {
     None,
-    Field,  ///< an inline place for a value: it stays when it is emptied, and takes text again
-    Frame,  ///< it stands around a part of the page: nothing is joined over its edge, nothing beside it takes it away
-    Widget, ///< a frame that goes as one thing when what is beside it is deleted
+    Field,        ///< an inline place for a value: it stays when it is emptied, and takes text again
+    InlineWidget, ///< a field that is selected, passed and taken away as one thing
+    Frame,        ///< it stands around a part of the page: nothing is joined over its edge, nothing beside it takes it away
+    Widget,       ///< a frame that is selected, passed and taken away as one thing
 };
 
 /// What positions need to know of how content is shown. The one of this folder goes by HTML alone; whoever computes
@@ -30,8 +31,17 @@ public:
     virtual void refresh() const {}
     /// By HTML alone: a SPAN with a name, or one that says whether it can be edited, is a field.
     virtual Role roleOf(const dom::Element &element) const;
-    bool isField(const dom::Element &element) const { return roleOf(element) == Role::Field; }
+    bool isField(const dom::Element &element) const
+    {
+        const Role role = roleOf(element);
+        return role == Role::Field || role == Role::InlineWidget;
+    }
     bool isFrame(const dom::Element &element) const { return roleOf(element) >= Role::Frame; }
+    bool isWidget(const dom::Element &element) const
+    {
+        const Role role = roleOf(element);
+        return role == Role::InlineWidget || role == Role::Widget;
+    }
 
     static const Rendering &byHtml();
 };

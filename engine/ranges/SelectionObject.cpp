@@ -125,8 +125,8 @@ SavedSelection SelectionObject::savedSelection() const
 {
     SavedSelection saved;
     if (anchor()) {
-        saved = {SavedSelection::Type::Text, anchor().node->id(), anchor().offset, focus().node->id(),
-                 focus().offset, {}};
+        saved = {SavedSelection::Type::Text, anchor().node->id(), anchor().offset,
+                 focus().node->id(),         focus().offset,      {}};
     } else if (const auto there = elements(); !there.empty()) {
         saved.type = SavedSelection::Type::Control;
         saved.anchor = there.front()->id();

@@ -162,8 +162,10 @@ private:
     ranges::Span spanAt(const ranges::Position &at, DragSelect::Unit unit);
     void selectUnit(DragSelect::Unit unit, const ranges::Position &at);
     dom::Element *fixedPart(dom::Node &node) const;
+    dom::Element *wholePart(dom::Node &node) const;
     dom::Element *spanToSelect(dom::Node &node) const;
     ranges::Position withinPart(const ranges::Position &anchor, const ranges::Position &focus) const;
+    ranges::Position besideWidget(const ranges::Position &anchor, const ranges::Position &focus) const;
     void updateCursor(QPoint client);
     QRectF imageBox(const dom::Element &image);
     QPointF toImage(const dom::Element &image, QPointF client);

@@ -168,6 +168,10 @@ bool View::moveByKey(const QKeyEvent &event)
     case Qt::Key_PageDown: to = lineMove(from, page); break;
     default: return false;
     }
+    if (to && (event.key() == Qt::Key_Left || event.key() == Qt::Key_Right) && !ctrl &&
+        (extend == Extend::Yes || !selection.isRange()))
+        if (const Position beside = movement.outOfField(from, event.key() == Qt::Key_Right)) to = beside;
+    if (to && content.contains(from)) to = movement.pastWidgets(from, to);
     // A part that can be edited in a page that can't keeps its caret.
     if (to && &content.limit() != mLoaded->document().body() && !content.contains(to))
         to = to < from ? movement.startOfDocument() : movement.endOfDocument();
@@ -211,7 +215,7 @@ void View::mousePressed(const QMouseEvent &event)
     if (!position) return;
     mCells.clear();
     ranges::SelectionObject &selection = mLoaded->selection();
-    if (dom::Element *fixed = fixedPart(*position.node)) {
+    if (dom::Element *fixed = wholePart(*position.node)) {
         // On it, it is selected as one thing; beside it the caret comes to that side.
         if (mPressed && fixed->contains(*mPressed)) return selection.setControl({base::Ref(fixed)});
         const QRect box = elementRect(*fixed);
@@ -233,7 +237,7 @@ void View::mousePressed(const QMouseEvent &event)
     }
     mSpanToSelect = extends ? nullptr : spanToSelect(*position.node);
     if (extends && selection.type() == ranges::SelectionObject::Type::Text)
-        moveTo(withinPart(selection.anchor(), position), Extend::Yes);
+        moveTo(besideWidget(selection.anchor(), withinPart(selection.anchor(), position)), Extend::Yes);
     else
         moveTo(position, Extend::No);
     mAtPress = selection.span();
@@ -247,6 +251,15 @@ dom::Element *View::fixedPart(dom::Node &node) const
     for (dom::Element *at = node.isElement() ? node.asElement() : node.parentElement(); at; at = at->parentElement())
         if (at->parentElement() && at->parentElement()->isContentEditable() && !at->isContentEditable()) fixed = at;
     return fixed;
+}
+
+/// The outermost part around a node that is selected as one thing: a widget too.
+dom::Element *View::wholePart(dom::Node &node) const
+{
+    if (dom::Element *fixed = fixedPart(node)) return fixed;
+    const Position at = Position::startOf(node);
+    if (!ranges::editingHost(node)) return nullptr;
+    return Movement::contentFor(at, mLoaded->editor().rendering()).widgetAround(&node);
 }
 
 /// The editable span that a click at the node selects: of a page that is read, if the caret isn't in it already.
@@ -271,6 +284,16 @@ Position View::withinPart(const Position &anchor, const Position &focus) const
                           : content.normalised(Position::endOf(*part), Content::Between::RangeEnd);
 }
 
+/// A selection takes in a widget as a whole, or not at all.
+Position View::besideWidget(const Position &anchor, const Position &focus) const
+{
+    if (!anchor || !focus) return focus;
+    const Content content = Movement::contentFor(focus, mLoaded->editor().rendering());
+    dom::Element *widget = content.widgetAround(focus.node.get());
+    if (!widget || widget == content.widgetAround(anchor.node.get())) return focus;
+    return focus < anchor ? Position::before(*widget) : Position::after(*widget);
+}
+
 void View::mouseDoubleClicked(const QMouseEvent &event)
 {
     if (event.button() != Qt::LeftButton) return;
@@ -279,7 +302,7 @@ void View::mouseDoubleClicked(const QMouseEvent &event)
     mClickTimer.start();
     mLastClick = event.position().toPoint();
     const Position position = positionAt(toDocument(event.position()));
-    if (position && !fixedPart(*position.node)) selectUnit(DragSelect::Unit::Word, position);
+    if (position && !wholePart(*position.node)) selectUnit(DragSelect::Unit::Word, position);
 }
 
 ranges::Span View::spanAt(const Position &at, DragSelect::Unit unit)
@@ -303,7 +326,7 @@ DragSelect::Page View::pageForDrag()
     return {[this](QPointF client, DragSelect::Unit unit) { return spanAt(positionAt(toDocument(client)), unit); },
             [this](const Position &anchor, const Position &wished) {
                 ranges::SelectionObject &selection = mLoaded->selection();
-                const Position focus = withinPart(anchor, wished);
+                const Position focus = besideWidget(anchor, withinPart(anchor, wished));
                 if (!(selection.anchor() == anchor) || !(selection.focus() == focus)) selection.set(anchor, focus);
             },
             [this] { return mWidget.viewport()->rect(); },
