@@ -45,6 +45,7 @@ public:
     void ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel);
     void ed_NavigateComplete();
     void ed_CellSelectionChanged();
+    void ed_AreaCreated(IHTMLElement *Area);
     void ed_CommandStateChange(int Command, bool Enable);
 
     base::Timer timChange;
@@ -52,6 +53,7 @@ public:
 private:
     std::unique_ptr<base::Timer> mRefreshToolsTimer; ///< there from its start until it has fired
     void restartChangeTimer();
+    void askForLink(IHTMLElement &Area);
     void raiseSpansWithin(IHTMLElement *Element);
 
     ControlState &mState;

@@ -153,6 +153,10 @@ void Vellum5::wireChildren()
         EditScope scope;
         mParts->events.ed_CellSelectionChanged();
     });
+    connect(p.ed, &HTMLEditor::areaCreated, this, [&p](IHTMLElement *Area) {
+        EditScope scope;
+        p.events.ed_AreaCreated(Area);
+    });
     connect(p.ed, &HTMLEditor::undoRequested, this, [this] {
         if (!Locked()) Undo();
     });

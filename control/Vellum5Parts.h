@@ -50,6 +50,15 @@ public:
     void raiseHyperlinkClick(const QString &href) override { Q_EMIT mControl.HyperlinkClick(href); }
     void raiseEditableSpanChanged(IHTMLElement *Span) override { Q_EMIT mControl.EditableSpanChanged(Span); }
     void raiseCellSelectionChanged() override { Q_EMIT mControl.CellSelectionChanged(); }
+    void raiseInsertHyperLinkRequest(const QString &SelectedText, QString &Link, bool &Handled) override
+    {
+        Q_EMIT mControl.InsertHyperLinkRequest(SelectedText, Link, Handled);
+    }
+    void raiseInsertHyperLinkRequestEx(const QString &SelectedText, QString &Link, QString &Target,
+                                       bool &Handled) override
+    {
+        Q_EMIT mControl.InsertHyperLinkRequestEx(SelectedText, Link, Target, Handled);
+    }
     void raiseElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault) override
     {
         Q_EMIT mControl.ElementEvent(EventId, EventInfo, CancelDefault);

@@ -53,6 +53,10 @@ public:
     virtual void raiseHyperlinkClick(const QString &href) = 0;
     virtual void raiseEditableSpanChanged(IHTMLElement *Span) = 0;
     virtual void raiseCellSelectionChanged() = 0;
+    /// Both ask for a link, as the HTML of an anchor; the second for its target too.
+    virtual void raiseInsertHyperLinkRequest(const QString &SelectedText, QString &Link, bool &Handled) = 0;
+    virtual void raiseInsertHyperLinkRequestEx(const QString &SelectedText, QString &Link, QString &Target,
+                                               bool &Handled) = 0;
     virtual void raiseElementEvent(int EventId, dom::EventObject *EventInfo, bool &CancelDefault) = 0;
 
     /// The control's fields, for the report of a concern that fails on the control's behalf.
