@@ -182,6 +182,30 @@ static TextPosition beside(const BlockBox &block, Point local)
     return {parent, node->index() + (behind ? 1 : 0)};
 }
 
+/// The innermost box around a block, itself at first, in which the point lies; at most BODY. Of a table the rows and
+/// sections are only its shape: between the cells lies the table.
+Box *Queries::holderOf(BlockBox &block, QPointF point) const
+{
+    const dom::Element *body = mTree.document().body();
+    BlockBox *holder = &block;
+    const auto isHolder = [&](const BlockBox &box) {
+        if (box.element() == body || !box.blockParent()) return true;
+        return (!box.isTablePart() || box.isCell()) && holds(box, localPoint(box, point));
+    };
+    while (!isHolder(*holder))
+        holder = holder->blockParent();
+    Box *start = holder;
+    for (BlockBox *up = holder; up; up = up->blockParent()) {
+        if (!up->item) continue;
+        // Beside its items a container is hit itself, though the caret goes into one of them.
+        const Point inner = localPoint(*up, point);
+        const bool inside = inner.x.raw >= 0 && inner.y.raw >= 0 && inner.x < std::max(up->width, up->overflowRight) &&
+                            inner.y < std::max(up->height, up->overflowBottom);
+        if (!inside) start = up->blockParent();
+    }
+    return start;
+}
+
 Hit Queries::hitTest(QPointF point)
 {
     mTree.update();
@@ -191,17 +215,7 @@ Hit Queries::hitTest(QPointF point)
     BlockBox *block = hitMoved(point, local);
     if (!block) block = hitBlock(root, pointOf(point), local);
     if (!block) return hit;
-    Box *start = block;
-    if (standsApart(*block) && !holds(*block, local) && block->parent()) start = block->parent();
-    for (BlockBox *up = block; up; up = up->blockParent()) {
-        if (!up->item) continue;
-        // Beside its items a container is hit itself, though the caret goes into one of them.
-        const Point inner = localPoint(*up, point);
-        const bool inside = inner.x.raw >= 0 && inner.y.raw >= 0 && inner.x < std::max(up->width, up->overflowRight) &&
-                            inner.y < std::max(up->height, up->overflowBottom);
-        if (!inside) start = up->blockParent();
-    }
-    for (Box *up = start; up && !hit.element; up = up->parent()) hit.element = up->element();
+    for (Box *up = holderOf(*block, point); up && !hit.element; up = up->parent()) hit.element = up->element();
     if (!hit.element) hit.element = mTree.document().documentElement();
     if (!block->inlineContent || block->inlineContent->lines.empty()) {
         hit.position = beside(*block, local);
@@ -216,11 +230,11 @@ Hit Queries::hitTest(QPointF point)
     if (local.y >= line.top && local.y < line.bottom())
         for (const Fragment *f = block->inlineContent->begin(line); f != block->inlineContent->end(line); ++f) {
             if (local.x < f->x || local.x >= f->x + f->width) continue;
-            for (Box *up = f->box; up && up != block; up = up->parent())
-                if (up->element()) {
-                    hit.element = up->element();
-                    break;
-                }
+            // What is written beyond the block's edge is still the block's.
+            Box *up = f->box;
+            while (up && !up->element())
+                up = up->parent();
+            if (up) hit.element = up->element();
         }
     return hit;
 }

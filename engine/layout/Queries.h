@@ -79,6 +79,7 @@ private:
     static BlockBox *itemAt(const BlockBox &box, Point point);
     Point intoChild(const BlockBox &child, Point point) const;
     BlockBox *hitMoved(QPointF point, Point &local);
+    Box *holderOf(BlockBox &block, QPointF point) const;
     std::vector<QRectF> rectsOf(const dom::Element &element, bool transformed);
     std::function<QRectF(const Rect &)> placing(const BlockBox &block) const;
     BlockBox *hitPositioned(BlockBox &box, Point point, Point &local);

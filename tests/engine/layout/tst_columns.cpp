@@ -153,8 +153,10 @@ private Q_SLOTS:
         dom::Node *last = page.byId("p4").firstChild();
         const layout::TextPosition below = page.queries.lineBelow({last, 2}, page.queries.caretRect({last, 2}).left());
         QCOMPARE(below.node, page.byId("p5").firstChild());
-        // Beside a short column the nearest line is meant.
-        QCOMPARE(page.queries.hitTest({500, 300}).element, &page.byId("p9"));
+        // Beside a short column the nearest line is meant, though the point lies in what is around it.
+        const layout::Hit beside = page.queries.hitTest({500, 300});
+        QCOMPARE(beside.position.node, page.byId("p9").firstChild());
+        QCOMPARE(beside.element, page.byId("p9").document().body());
     }
     void rightToLeftBeginsAtTheRight()
     {
