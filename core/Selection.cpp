@@ -33,6 +33,12 @@ bool equalForms(const QString &a, const QString &b)
     return normalForm(a).compare(normalForm(b), Qt::CaseInsensitive) == 0;
 }
 
+/// In a page that is read a part that can be edited is no content of its own.
+bool isReplaceable(const IHTMLElement &e)
+{
+    return e.parentElement() && e.parentElement()->isContentEditable();
+}
+
 bool hasTag(const IHTMLElement *e, const char *tag)
 {
     return e && e->tagName() == QLatin1String(tag);
@@ -195,6 +201,10 @@ void Selection::replaceControl(IHTMLControlRange &range, const QString &Text)
 {
     const Element first = range.item(0);
     if (!first) return;
+    for (const Element &item : range.elements())
+        if (!isReplaceable(*item))
+            throw base::Error(base::errors::notPossible,
+                              QStringLiteral("The selection doesn't lie in a part that can be edited."));
     const auto around = ranges::createTextRange(*mHost.mDoc());
     around->moveToElementText(first.get());
     const auto items = range.elements();
