@@ -37,6 +37,7 @@ HTMLEditor::HTMLEditor(QWidget *parent) : QAbstractScrollArea(parent), mView(std
     setFrameShape(QFrame::NoFrame);
     setAttribute(Qt::WA_InputMethodEnabled);
     viewport()->setMouseTracking(true);
+    viewport()->setAcceptDrops(true);
     viewport()->setCursor(Qt::IBeamCursor);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
 }

@@ -5,6 +5,7 @@
 #include "engine/surface/View.h"
 
 #include <QContextMenuEvent>
+#include <QDragEnterEvent>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QWheelEvent>
@@ -195,6 +196,34 @@ void HTMLEditor::contextMenuEvent(QContextMenuEvent *event)
     bool handled = false;
     Q_EMIT showContextMenu(0, at.x(), at.y(), mView->elementAt(at), handled);
     event->accept();
+}
+
+// What comes from elsewhere is copied: this program can't know what the other would lose.
+
+void HTMLEditor::dragEnterEvent(QDragEnterEvent *event)
+{
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(mLoaded && View::canTake(*event->mimeData()));
+}
+
+void HTMLEditor::dragMoveEvent(QDragMoveEvent *event)
+{
+    changes::EditScope scope;
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(mLoaded && mView->dragOver(event->position().toPoint(), *event->mimeData()));
+}
+
+void HTMLEditor::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    mView->dragLeaves();
+    event->accept();
+}
+
+void HTMLEditor::dropEvent(QDropEvent *event)
+{
+    changes::EditScope scope;
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(mLoaded && mView->drop(event->position().toPoint(), *event->mimeData()));
 }
 
 void HTMLEditor::focusInEvent(QFocusEvent *event)

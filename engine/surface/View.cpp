@@ -55,6 +55,8 @@ void View::documentGone()
     mArea = nullptr;
     mHotSpots.giveUp();
     mPressed = nullptr;
+    mMoving = Moving::No;
+    mPressPlace = mDropPlace = {};
     mDrag.end();
     mGoalX = -1;
 }
@@ -218,6 +220,8 @@ void View::paint(const QPaintEvent &event)
     addHighlights(*mLoaded, mWidget.palette(), mWidget.hasFocus(), options);
     const bool composing = !mComposition.isEmpty() && showsCaret();
     if (mCaretOn && showsCaret() && !composing) options.caret = caretBox();
+    if (mDropPlace && mDropPlace.node->isConnected())
+        options.caret = mLoaded->queries().caretRect({mDropPlace.node.get(), mDropPlace.clipped().offset});
     painter.scale(mZoom, mZoom);
     paint::Painter(mLoaded->tree(), options).paint(painter);
     painter.translate(-options.scroll);

@@ -22,6 +22,7 @@
 #include <memory>
 
 class QKeyEvent;
+class QMimeData;
 class QMouseEvent;
 class QPaintEvent;
 class QPainter;
@@ -89,6 +90,13 @@ public:
     void mouseReleased(const QMouseEvent &event, bool goesOn);
     void mouseDoubleClicked(const QMouseEvent &event);
     void mouseMoved(const QMouseEvent &event);
+    // Drags from elsewhere: text, HTML and files with text, over what can be edited.
+    static bool canTake(const QMimeData &data);
+    /// Shows where it would come to; false where nothing can be dropped.
+    bool dragOver(QPoint client, const QMimeData &data);
+    void dragLeaves();
+    /// One step; false where nothing was taken.
+    bool drop(QPoint client, const QMimeData &data);
     /// The next press starts a new row of clicks.
     void forgetClicks() { mClicks = 0; }
     void inputMethod(const QInputMethodEvent &event);
@@ -167,6 +175,15 @@ private:
     ranges::Position withinPart(const ranges::Position &anchor, const ranges::Position &focus) const;
     ranges::Position besideWidget(const ranges::Position &anchor, const ranges::Position &focus) const;
     void updateCursor(QPoint client);
+    ranges::Position dropPlaceAt(QPoint client);
+    bool isInSelection(const ranges::Position &place) const;
+    void showDropPlace(const ranges::Position &place);
+    bool pressOnSelection(const QMouseEvent &event, const ranges::Position &at, bool inside);
+    void pressObject(dom::Element &object);
+    bool dragSelection(const QMouseEvent &event);
+    bool releaseSelection(const QMouseEvent &event);
+    bool stopDragging();
+    void moveSelection(const ranges::Position &to, bool copies);
     QRectF imageBox(const dom::Element &image);
     QPointF toImage(const dom::Element &image, QPointF client);
     void areaDrawn();
@@ -214,6 +231,10 @@ private:
     enum class Edge : uint8_t { None, Left, Top };
     Edge mEdge = Edge::None; ///< of a table, along which rows or columns are drawn
     base::Ref<dom::Element> mEdgeCell;
+    enum class Moving : uint8_t { No, Perhaps, Yes };
+    Moving mMoving = Moving::No;  ///< what is selected is dragged
+    ranges::Position mPressPlace; ///< where the caret comes if it isn't; null for objects
+    ranges::Position mDropPlace;  ///< shown while something is dragged over the page
     bool mSelectingCells = false; ///< the text selection moves because of the cells
     base::Ref<dom::Element> mArea;
     HotSpotTool mHotSpots;

@@ -61,6 +61,7 @@ bool View::wantsKey(const QKeyEvent &event) const
 bool View::keyPressed(const QKeyEvent &event)
 {
     if (!mLoaded) return false;
+    if (event.key() == Qt::Key_Escape && stopDragging()) return true;
     if (hotSpotKey(event) || clipboardKey(event)) return true;
     if (editByKey(event)) {
         mGoalX = -1;
@@ -200,6 +201,7 @@ dom::Element *View::anchorOf(dom::Element *element) const
 void View::mousePressed(const QMouseEvent &event)
 {
     mGoalX = -1;
+    stopDragging();
     mPressedAnchor = anchorOf(elementAt(event.position().toPoint()));
     const QPoint at = event.position().toPoint();
     if (event.button() == Qt::MiddleButton) pasteAtPoint(at);
@@ -211,13 +213,15 @@ void View::mousePressed(const QMouseEvent &event)
     mLastClick = at;
     if (pressOnImage(at) || selectFromEdge(at)) return;
     mPressed = elementAt(at);
-    Position position = positionAt(toDocument(event.position()));
+    bool inside = false;
+    Position position = positionAt(toDocument(event.position()), &inside);
     if (!position) return;
     mCells.clear();
+    if (pressOnSelection(event, position, inside)) return;
     ranges::SelectionObject &selection = mLoaded->selection();
     if (dom::Element *fixed = wholePart(*position.node)) {
         // On it, it is selected as one thing; beside it the caret comes to that side.
-        if (mPressed && fixed->contains(*mPressed)) return selection.setControl({base::Ref(fixed)});
+        if (mPressed && fixed->contains(*mPressed)) return pressObject(*fixed);
         const QRect box = elementRect(*fixed);
         const bool behind = at.y() > box.bottom() || (at.y() >= box.top() && at.x() > box.center().x());
         const Content content = Movement::contentFor(Position::before(*fixed), mLoaded->editor().rendering());
@@ -227,7 +231,7 @@ void View::mousePressed(const QMouseEvent &event)
     dom::Element *const object = mPressed ? mPressed->asElement() : nullptr;
     const bool isMeant = object && ranges::isSelectableObject(*object) && !object->is(dom::names::table) &&
                          object->parentElement() && object->parentElement()->isContentEditable();
-    if (isMeant && !(event.modifiers() & Qt::ShiftModifier)) return selection.setControl({base::Ref(object)});
+    if (isMeant && !(event.modifiers() & Qt::ShiftModifier)) return pressObject(*object);
     if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     const bool extends = event.modifiers() & Qt::ShiftModifier;
     // Text that is only read leaves the caret where something can be written. A drag selects it.
@@ -342,6 +346,7 @@ DragSelect::Page View::pageForDrag()
 void View::mouseMoved(const QMouseEvent &event)
 {
     if (moveOnImage(event.position().toPoint())) return;
+    if (dragSelection(event)) return;
     if (event.buttons() & Qt::LeftButton && dragAlongEdge(event.position().toPoint())) return;
     if (mDrag.isActive() && event.buttons() & Qt::LeftButton) {
         if (!dragCells(event.position().toPoint())) mDrag.moveTo(event.position());
@@ -366,6 +371,7 @@ void View::mouseReleased(const QMouseEvent &event, bool goesOn)
 {
     mEdge = Edge::None;
     if (event.button() == Qt::LeftButton && releaseOnImage(event.position().toPoint())) return;
+    if (releaseSelection(event)) return;
     const ranges::Span now = mLoaded->selection().span(), pressed = std::exchange(mAtPress, {});
     const bool clicked = mDrag.isActive() && pressed.start && now.start == pressed.start && now.end == pressed.end;
     if (mDrag.isActive() && !clicked) offerSelection();
