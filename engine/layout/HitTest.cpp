@@ -82,7 +82,7 @@ BlockBox *Queries::hitBlock(BlockBox &box, Point point, Point &local)
             if (cell.row + cell.rowSpan <= uint32_t(row - table.rows.data())) continue;
             const Point at = cell.box->position() + cell.box->container()->position() + cell.box->container()->container()->position();
             const Point inner = point - at - cell.box->shownOffset();
-            if (inner.x.raw >= 0 && inner.x < cell.box->width + table.spacingX) return hitBlock(*cell.box, inner, local);
+            if (inner.x.raw >= 0 && inner.x < cell.box->width) return hitBlock(*cell.box, inner, local);
             // Between the cells the nearest one is meant; beside the table none is.
             const int64_t away = inner.x.raw < 0 ? -int64_t(inner.x.raw) : int64_t(inner.x.raw) - cell.box->width.raw;
             if (!holds(box, point) || away >= least) continue;

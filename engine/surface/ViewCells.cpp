@@ -29,7 +29,12 @@ bool View::dragCells(QPoint client)
 {
     dom::Element *over = elementAt(client);
     if (!mPressed || !mPressed->isConnected() || !over) return false;
-    const auto [from, to] = CellSelection::cellsOfOneTable(mPressed.get(), over);
+    // Between the cells the one is meant into which the caret would go.
+    const auto isTable = [](const dom::Node &node) { return node.isElement() && node.asElement()->is(dom::names::table); };
+    const ranges::Position place = isTable(*over) ? positionAt(toDocument(client)) : ranges::Position();
+    const ranges::Position &anchor = mLoaded->selection().anchor();
+    dom::Node *const began = isTable(*mPressed) && anchor ? anchor.node.get() : mPressed.get();
+    const auto [from, to] = CellSelection::cellsOfOneTable(began, place ? place.node.get() : over);
     if (!from) {
         mCells.clear();
         return false;
