@@ -161,7 +161,11 @@ private:
                 alignText(true);
             if (equals(attribute(names::valign), "bottom")) put("caption-side", "bottom");
         }
-        if (name == names::legend) alignText(false);
+        if (name == names::legend) {
+            const QString *align = attribute(names::align);
+            if (equals(align, "center") || equals(align, "right")) put("margin-left", "auto");
+            if (equals(align, "center")) put("margin-right", "auto");
+        }
         if (name == names::pre) length("width", names::width, false);
         if (name == names::textarea && equals(attribute(wrapAttribute), "off")) put("white-space", "pre");
     }

@@ -92,6 +92,7 @@ button { white-space: normal }
 input[type=checkbox], input[type=radio] { margin: 3px 3px 3px 4px; padding: 0; border: 0; box-sizing: border-box;
     width: 13px; height: 13px; cursor: default; background-color: transparent }
 input[type=radio] { margin: 3px 3px 0 5px }
+input[type=range] { margin: 2px }
 input[type=hidden] { display: none }
 input[type=image] { padding: 0; border: 0; background-color: transparent; cursor: pointer }
 select option { display: none }

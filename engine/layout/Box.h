@@ -176,6 +176,7 @@ struct MarkerData {
     Unit x, baseline, width; ///< from the list item's border box
     bool inside = false;
     bool image = false;
+    Size imageSize;
 };
 
 /// What a flex or grid container keeps of an item, and a containing block of a positioned box.
@@ -260,6 +261,7 @@ public:
         std::vector<BlockBox *> positioned; ///< boxes whose containing block this is
         std::vector<BlockBox *> dirty;      ///< children that need layout
         std::unique_ptr<MarkerData> marker;
+        QString picture; ///< address of the image that generated content shows
         std::unique_ptr<ItemData> item;
         std::optional<Unit> firstBaseline, lastBaseline; ///< of a flex or grid container
         std::unique_ptr<ColumnSet> columns;
@@ -299,6 +301,7 @@ public:
     Point relativeOffset() const;
     /// That, and what stickiness adds where the page is scrolled to now. Layout never asks for it.
     Point shownOffset() const;
+    QString picture() const { return rare ? rare->picture : QString(); }
     const ColumnSet *columns() const { return rare ? rare->columns.get() : nullptr; }
     BlockBox *containingBlock() const; ///< of an absolutely positioned one
 

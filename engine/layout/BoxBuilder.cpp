@@ -309,6 +309,12 @@ void BoxBuilder::addInsideMarker(BlockBox &box, List &list)
     if (!box.isListItem) return;
     makeMarker(mTree, box);
     if (!box.rare || !box.rare->marker || !box.rare->marker->inside) return;
+    if (box.rare->marker->image) {
+        BlockBox *picture = generatedPicture(mTree, box.style().text().listStyleImage.text, box.styleRef());
+        picture->pseudo = Pseudo::Marker;
+        list.push_back(picture);
+        return;
+    }
     auto *text = new TextBox(nullptr, box.styleRef());
     text->generated = box.rare->marker->text;
     text->generated.replace(QLatin1Char(' '), QChar(0xA0)); // it neither collapses nor breaks

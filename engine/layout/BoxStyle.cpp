@@ -41,7 +41,8 @@ Unit lineHeightOf(const ComputedStyle &style)
     const css::LineHeight &height = style.text().lineHeight;
     switch (height.kind) {
     case css::LineHeight::Kind::Number:
-        return Unit::from(double(height.value) * style.font().size);
+        // COMPAT: reckoned in single precision, of a font size in whole 64ths of a pixel.
+        return Unit::from(double(float(height.value) * float(Unit::round(double(style.font().size)).toDouble())));
     case css::LineHeight::Kind::Fixed:
         return Unit::round(double(height.value)); // lengths and percentages to the nearest unit, numbers towards zero
     default:
@@ -198,6 +199,13 @@ Unit borderBox(const BlockBox &box, double length, Unit frame)
     return box.style().box().boxSizing == css::BoxSizing::BorderBox ? std::max(value, frame) : value + frame;
 }
 
+// COMPAT: in quirks mode a cell's height holds its edges.
+Unit heightBox(const BlockBox &box, double length)
+{
+    const bool holds = box.isCell() && box.element() && box.element()->document().isQuirks();
+    return holds ? std::max(Unit::from(length), box.frame().vertical()) : borderBox(box, length, box.frame().vertical());
+}
+
 Unit widthFrame(const BlockBox &box) { return box.frame().horizontal(); }
 
 } // namespace
@@ -249,12 +257,12 @@ std::optional<Unit> usedHeight(const BlockBox &box, const Constraint &constraint
     if (box.anonymous) return {};
     const css::Length &height = box.style().box().height;
     if (!height.isDefinite() || (height.hasPercent() && !constraint.hasHeight())) return {};
-    return borderBox(box, height.resolve(constraint.height.toDouble()), box.frame().vertical());
+    return heightBox(box, height.resolve(constraint.height.toDouble()));
 }
 std::optional<Unit> fixedHeight(const BlockBox &box)
 {
     if (box.anonymous || !box.style().box().height.isFixed()) return {};
-    return borderBox(box, double(box.style().box().height.px), box.frame().vertical());
+    return heightBox(box, double(box.style().box().height.px));
 }
 Unit clampedHeight(const BlockBox &box, Unit height, const Constraint &constraint)
 {

@@ -28,6 +28,13 @@ bool collapsesWithLast(const BlockBox &box)
     return isBlockContainer(box) && !box.formattingRoot && !box.border.bottom && !box.padding.bottom && heightIsAuto(box);
 }
 
+// A block without content that is as high as a line: one that is held open, an item with its marker beside it.
+bool keepsLine(const BlockBox &box)
+{
+    if (!box.element() || box.firstChild()) return false;
+    return box.element()->isHeldOpen() || (box.rare && box.rare->marker && !box.rare->marker->inside);
+}
+
 } // namespace
 
 void Engine::resolveEdges(BlockBox &box, Unit containingWidth)
@@ -100,7 +107,7 @@ void Engine::updateFlowMemo(BlockBox &box, Unit containingWidth)
             empty = false;
             break;
         }
-        if (empty && box.element() && box.element()->isHeldOpen()) empty = false;
+        if (empty && keepsLine(box)) empty = false;
     }
     if (!empty || !open || box.border.bottom || box.padding.bottom || hasMinimumHeight(box)) return;
     if (!heightIsAuto(box) && !heightIsZero(box)) return;
@@ -234,12 +241,14 @@ void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, con
     if (!joins) top += strut.sum();
     const Unit contentTop = parent.contentTop();
     const Unit originY = area.origin.y + contentTop;
+    bool cleared = false;
     if (area.context && !area.context->empty()) {
         if (const auto side = clearOf(child)) {
             const Unit clear = area.context->clearance(*side) - originY;
             if (clear > top) {
                 top = clear;
                 state.atTop = false;
+                cleared = true;
             }
         }
         if (avoidsFloats(child) && area.context->activeBelow(originY + top)) {
@@ -268,7 +277,13 @@ void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, con
     }
     child.gap = top - runningSum;
     if (child.collapsesThrough) {
-        if (!joins) state.strut = strut;
+        if (cleared) { // what follows stands below the floats, too
+            state.y = top;
+            state.strut = {};
+            state.strut.add(child.marginBottom);
+        } else if (!joins) {
+            state.strut = strut;
+        }
         return;
     }
     state.y = top + child.height;
@@ -407,7 +422,7 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
             }
         }
         if (columns) {
-            state.y = cutIntoColumns(box, *columns, state.y, columnRoom(box, constraint));
+            state.y = cutIntoColumns(box, *columns, state.y + state.strut.sum(), columnRoom(box, constraint));
             state.strut = {};
             state.atTop = false;
         }
@@ -452,12 +467,16 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     } else if (!joinsTop && !(state.atTop && !box.formattingRoot && false)) {
         if (!(quirkyBottomIgnored(*this, box) && state.strut.sum().raw > 0)) content += state.strut.sum();
     }
-    if (box.element() && box.element()->isHeldOpen() && !box.inlineContent && !box.firstChild())
+    if (keepsLine(box) && !box.inlineContent)
         content = std::max(content, lineHeightOf(box.style()));
     Unit height = content + frame.vertical();
     if (box.item) box.itemData().natural = height;
     if (const auto given = usedHeight(box, constraint)) height = *given;
-    if (!box.heightForced) height = clampedHeight(box, height, constraint);
+    if (!box.heightForced) {
+        const Unit clamped = clampedHeight(box, height, constraint);
+        if (clamped > height) below = {}; // COMPAT: a margin ends in the room that a least height adds
+        height = clamped;
+    }
     if (box.isCell() && usedHeight(box, constraint)) height = std::max(height, content + frame.vertical());
     height = quirkHeight(*this, box, height);
     if (box.isCell()) box.shift = {};

@@ -168,7 +168,9 @@ int16_t FontFace::learnPair(int first, int second) const
 }
 
 Font::Font(const FontFace &face, double pixels, std::vector<const FontFace *> rest)
-    : mFace(face), mRest(std::move(rest)), mSize(pixels), mScale(pixels / face.unitsPerEm())
+    : mFace(face), mRest(std::move(rest)), mSize(pixels),
+      // COMPAT: glyphs are scaled to whole 64ths of a pixel, cut off; at 14.4 px a line would be a pixel longer.
+      mScaledSize(std::floor(pixels * 64) / 64), mScale(mScaledSize / face.unitsPerEm())
 {
     mAscent = Unit::px(int(std::lround(face.ascent() * mScale)));
     mDescent = Unit::px(int(std::lround(face.descent() * mScale)));
@@ -187,8 +189,7 @@ const FontFace &Font::faceFor(char32_t character) const
             break;
         }
     }
-    const QFont &own = mFace.shapingFont();
-    if (!found) found = FontCache::instance().fallback(character, own.weight(), own.italic());
+    if (!found) found = FontCache::instance().fallback(character);
     if (!found) found = &mFace;
     mFallback.insert(character, found);
     return *found;
@@ -255,7 +256,7 @@ const Font &FontCache::font(const QStringList &families, double pixels, int weig
     return *font;
 }
 
-const FontFace *FontCache::fallback(char32_t character, int weight, bool italic)
+const FontFace *FontCache::fallback(char32_t character)
 {
     auto it = mFallbackFamilies.find(character);
     if (it == mFallbackFamilies.end()) {
@@ -272,7 +273,7 @@ const FontFace *FontCache::fallback(char32_t character, int weight, bool italic)
         }
         it = mFallbackFamilies.insert(character, found);
     }
-    return it->isEmpty() ? nullptr : &face(*it, weight, italic);
+    return it->isEmpty() ? nullptr : &face(*it, 400, false);
 }
 
 css::FontUnits measureFont(const css::FontGroup &group)

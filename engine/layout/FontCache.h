@@ -96,7 +96,8 @@ public:
 
     const FontFace &face() const { return mFace; }
     double size() const { return mSize; }
-    double scale() const { return mScale; } ///< pixels a font unit
+    double scaledSize() const { return mScaledSize; } ///< what advances are taken at
+    double scale() const { return mScale; }           ///< pixels a font unit
     Unit ascent() const { return mAscent; }
     Unit descent() const { return mDescent; }
     Unit height() const { return mAscent + mDescent; }
@@ -111,6 +112,7 @@ private:
     const FontFace &mFace;
     std::vector<const FontFace *> mRest; // the list's other families
     double mSize;
+    double mScaledSize;
     double mScale;
     Unit mAscent, mDescent, mLineGap;
     mutable QHash<char32_t, const FontFace *> mFallback;
@@ -128,7 +130,9 @@ public:
     const FontFace &face(const QString &family, int weight, bool italic);
     /// The installed family that answers to the name; "" for none.
     QString resolveFamily(const QString &name) const;
-    const FontFace *fallback(char32_t character, int weight, bool italic);
+    /// A face of the machine that has the character. COMPAT: the regular one, whatever the text's weight and slant: painting
+    /// makes up for them.
+    const FontFace *fallback(char32_t character);
 
 private:
     FontCache();

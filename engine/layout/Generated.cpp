@@ -155,12 +155,28 @@ Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const 
     box->positioned = decision.positioned;
     box->formattingRoot = decision.formattingRoot;
     if (BlockBox *block = box->asBlock()) tree.boxMade(*block);
-    const QString text = generatedText(tree, element, pseudo, *style);
-    if (!text.isEmpty()) {
-        auto *child = new TextBox(nullptr, style);
-        child->generated = text;
-        box->insertChild(child, nullptr);
+    TextBox *text = nullptr;
+    for (const css::ContentItem &item : style->rare().content) {
+        if (item.kind == css::ContentItem::Kind::Url) {
+            box->insertChild(generatedPicture(tree, item.text, style), nullptr);
+            text = nullptr;
+            continue;
+        }
+        const QString part = itemText(tree, element, pseudo, item, *style);
+        if (part.isEmpty()) continue;
+        if (!text) box->insertChild(text = new TextBox(nullptr, style), nullptr);
+        text->generated += part;
     }
+    return box;
+}
+
+BlockBox *generatedPicture(LayoutTree &tree, const QString &url, const StyleRef &style)
+{
+    auto *box = new BlockBox(BoxKind::Replaced, nullptr, style);
+    box->anonymous = box->inlineLevel = true;
+    box->rareData().picture = url;
+    tree.notePicture(url);
+    tree.boxMade(*box);
     return box;
 }
 
@@ -248,6 +264,7 @@ bool isBulletType(css::ListStyleType type)
 void makeMarker(LayoutTree &tree, BlockBox &item)
 {
     const css::TextGroup &text = item.style().text();
+    if (text.listStyleImage.kind == css::Image::Kind::Url) tree.notePicture(text.listStyleImage.text);
     const bool image = text.listStyleImage.kind == css::Image::Kind::Url && tree.images() &&
                        !tree.images()->imageSize(text.listStyleImage.text).isEmpty();
     if (text.listStyleType == css::ListStyleType::None && !image && text.listStyleString.isNull()) {
@@ -256,6 +273,10 @@ void makeMarker(LayoutTree &tree, BlockBox &item)
     }
     auto marker = std::make_unique<MarkerData>();
     marker->image = image;
+    if (image) {
+        const QSize size = tree.images()->imageSize(text.listStyleImage.text);
+        marker->imageSize = {Unit::px(size.width()), Unit::px(size.height())};
+    }
     if (!text.listStyleString.isNull())
         marker->text = text.listStyleString;
     else if (isBulletType(text.listStyleType))
@@ -283,6 +304,7 @@ Unit markerWidth(const BlockBox &item, const MarkerData &marker)
 {
     const css::ComputedStyle &style = item.style();
     const Font &font = fontOf(style);
+    if (marker.image) return marker.imageSize.width + Unit::px(7);
     if (isBulletType(style.text().listStyleType) && style.text().listStyleString.isNull()) {
         // The disc's size and its distance from the text grow with the font.
         const int ascent = font.ascent().rounded();

@@ -22,6 +22,9 @@ bool showsCounters(const css::ComputedStyle &style);
 /// The box with its text and images as children.
 Box *generatedBox(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const StyleRef &style);
 
+/// An inline box that shows an image.
+BlockBox *generatedPicture(LayoutTree &tree, const QString &url, const StyleRef &style);
+
 /// Gives a list item its marker, outside as data, inside as a first inline child.
 void makeMarker(LayoutTree &tree, BlockBox &item);
 /// Items that come or go in front of this one change its number: it is counted when it is shown. Outside markers only.

@@ -144,6 +144,7 @@ void InlineCollector::run()
     if (mBlock.element() && mBlock.element()->isHeldOpen()) mContent.hasContent = true;
     splitByDirection();
     classify();
+    kernAcross();
     mContent.text.squeeze();
     mContent.itemsValid = true;
 }
@@ -296,6 +297,28 @@ void InlineCollector::splitByDirection()
 }
 
 // Cuts text that the font's tables don't cover out of what they do, and shapes it.
+// Letters of one font kern across the ends of elements, where no edge stands between.
+void InlineCollector::kernAcross()
+{
+    InlineItem *before = nullptr;
+    for (InlineItem &item : mContent.items) {
+        if (item.type == ItemType::Open || item.type == ItemType::Close) {
+            if (hasInlineEdges(static_cast<const InlineBox &>(*item.box))) before = nullptr;
+            continue;
+        }
+        const bool simple = item.type == ItemType::Text && item.simple && item.end > item.start;
+        if (simple && before && before->end == item.start) {
+            const Font &font = fontOf(item.box->style());
+            const int first = FontFace::tableIndex(mContent.text[before->end - 1].unicode()), second = FontFace::tableIndex(mContent.text[item.start].unicode());
+            if (&font == &fontOf(before->box->style()) && first >= 0 && second >= 0) {
+                const int16_t kerning = font.face().kerning(first, second);
+                if (kerning != FontFace::ligature) before->tail = float(kerning * font.scale());
+            }
+        }
+        before = simple ? &item : nullptr;
+    }
+}
+
 void InlineCollector::classify()
 {
     std::vector<InlineItem> cut;

@@ -18,6 +18,7 @@ struct InlineItem {
     Box *box = nullptr;
     uint32_t start = 0, end = 0; ///< in the collapsed text
     int32_t shaped = -1;         ///< index of its shaping, for text that isn't simple
+    float tail = 0;              ///< kerning with the first character of the text behind it, pixels
 };
 
 enum class FragmentType : uint8_t { Text, Box, Atomic };
@@ -103,6 +104,7 @@ private:
     void close(InlineBox &box);
     void dropTrailingBlank();
     void splitByDirection();
+    void kernAcross();
     void classify();
 
     BlockBox &mBlock;

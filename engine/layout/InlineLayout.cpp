@@ -73,7 +73,7 @@ bool InlineLayout::moveDown(Unit &y)
 
 void InlineLayout::textLine(FlowState &state)
 {
-    const bool real = mContent.hasContent;
+    const bool real = mReal = mContent.hasContent && !(mContent.hasBlocks && stretchIsEmpty());
     if (real && state.strut != MarginStrut{}) {
         state.y += state.strut.sum();
         state.strut = {};
@@ -128,6 +128,19 @@ void InlineLayout::clearBehindBreak(FlowState &state)
     const auto side = clearOf(lineBreak);
     if (!side) return;
     state.y = std::max(state.y, mArea.context->clearance(*side) - mArea.origin.y - mBlock.contentTop());
+}
+
+// Beside a block there may be nothing but ends and beginnings of elements: that makes no line.
+bool InlineLayout::stretchIsEmpty() const
+{
+    for (uint32_t i = mItem; i < mContent.items.size(); ++i) {
+        const InlineItem &item = mContent.items[i];
+        if (item.type == ItemType::Block) break;
+        if (item.type == ItemType::Text || item.type == ItemType::Break || item.type == ItemType::Atomic) return false;
+        const bool tag = item.type == ItemType::Open || item.type == ItemType::Close;
+        if (tag && hasInlineEdges(static_cast<const InlineBox &>(*item.box))) return false;
+    }
+    return true;
 }
 
 void InlineLayout::blockLine(FlowState &state)
@@ -188,8 +201,8 @@ Unit InlineLayout::widthOf(const InlineItem &item, uint32_t start, uint32_t end)
         return Unit::ceil(std::abs(double(shaped.edges[end - item.start]) - shaped.edges[start - item.start]));
     }
     const css::ComputedStyle &style = item.box->style();
-    return Unit::ceil(std::max(0.0, TextShaper::simpleWidth(QStringView(mContent.text).mid(start, end - start), fontOf(style),
-                                                           spacingOf(style))));
+    const double tail = end == item.end ? double(item.tail) : 0;
+    return Unit::ceil(std::max(0.0, tail + TextShaper::simpleWidth(QStringView(mContent.text).mid(start, end - start), fontOf(style), spacingOf(style))));
 }
 
 uint32_t InlineLayout::visibleEnd(const InlineItem &item, uint32_t start, uint32_t end) const
@@ -397,7 +410,7 @@ bool InlineLayout::addText()
             if (at > mPieces.back().start) extend(at);
             const Unit stop = Unit::from(tabWidthOf(style));
             Unit tab = stop.raw > 0 ? stop - Unit::fromRaw(mUsed.raw % stop.raw) : Unit();
-            if (tab.raw < stop.raw / 8) tab += stop;
+            if (tab.toDouble() < fontOf(style).zeroWidth() / 2) tab += stop; // CSS Text 3, 4.2
             if (mPieces.back().end == mPieces.back().start) mPieces.pop_back();
             mPieces.push_back({mItem, at, at + 1, tab, tab, {}, 0, false, item.level});
             mUsed += tab;
@@ -415,7 +428,8 @@ bool InlineLayout::addText()
         Unit hyphen;
         if (wraps && visible > at && mContent.text[visible - 1] == QChar(0xAD)) hyphen = Unit::ceil(fontOf(style).face().advance(fontOf(style).face().glyph('-')) * fontOf(style).scale());
         // A word that a rounded sum says is too long is measured with all in front of it.
-        const bool tooLong = wraps && before + word + hyphen > room() && visible > at &&
+        // Text that doesn't wrap goes to the next line as a whole, if there was a place to break in front of it.
+        const bool tooLong = (wraps || mCandidate.set || mNarrowed) && before + word + hyphen > room() && visible > at &&
                              before + widthOf(item, start, visible) + hyphen > room();
         if (tooLong) {
             if (mCandidate.set) {
@@ -428,7 +442,7 @@ bool InlineLayout::addText()
                 mStuck = true;
                 return false;
             }
-            if (breaksWords(style)) {
+            if (wraps && breaksWords(style)) {
                 const uint32_t cut = fittingEnd(item, at, end, mRight - mLeft - before);
                 extend(cut);
                 mOffset = cut;

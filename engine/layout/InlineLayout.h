@@ -90,6 +90,7 @@ private:
     void emitLine(Unit top);
     void setAtomic(Fragment &fragment, Unit lineTop);
     void blockLine(FlowState &state);
+    bool stretchIsEmpty() const;
     void clearBehindBreak(FlowState &state);
     void textLine(FlowState &state);
     void resolveSpan(Unit y, Unit height);
@@ -116,6 +117,7 @@ private:
     Unit mUsed;
     std::vector<Piece> mPieces;
     Place mCandidate;
+    bool mReal = true; ///< this line has anything in it
     bool mForced = false, mStuck = false, mFirstLine = true, mAtBlock = false;
     std::vector<State> mStates, mClosed;
     std::vector<int> mStack; // indexes of open states

@@ -75,6 +75,12 @@ void LayoutTree::setImageSource(ImageSource *images)
 void LayoutTree::imageChanged(const QString &url)
 {
     if (!mRoot) return;
+    if (mPictures.contains(url)) { // markers and generated content that show it: they may be anywhere
+        dropAll();
+        return;
+    }
+    for (dom::Element *element : mDocument.elementsNamed(dom::names::object))
+        if (Box *box = boxOf(*element); box && mDocument.resolve(element->attributeValue("data")) == url) markDirty(*box);
     for (dom::Element *element : mDocument.elementsNamed(dom::names::img)) {
         Box *box = boxOf(*element);
         if (!box || mDocument.resolve(element->attributeValue("src")) != url) continue;

@@ -35,6 +35,8 @@ public:
     ImageSource *images() const { return mImages; }
     /// An image of that resolved URL has come, or gone: boxes that show it are laid out again.
     void imageChanged(const QString &url);
+    /// Markers or generated content show it, once it is there.
+    void notePicture(const QString &url) { mPictures.insert(url); }
 
     bool needsUpdate() const;
     void update();
@@ -92,6 +94,7 @@ private:
     dom::Document &mDocument;
     StyleSource &mStyles;
     ImageSource *mImages = nullptr;
+    QSet<QString> mPictures;
     QSize mViewport{1000, 800};
     std::unique_ptr<BlockBox> mRoot;
     std::vector<Pending> mPending;

@@ -24,7 +24,13 @@ void InlineLayout::trimEnd()
         const css::ComputedStyle &style = item.box->style();
         const uint32_t visible = visibleEnd(item, it->start, it->end);
         if (visible == it->end) break;
-        const Unit width = widthOf(item, it->start, visible);
+        Unit width = widthOf(item, it->start, visible);
+        if (!collapsesBlanks(style) && (mForced || isLastLine())) { // at such an end they hang only where there is no room
+            Unit others;
+            for (const Piece &piece : mPieces)
+                if (&piece != &*it) others += piece.width;
+            width = std::max(width, std::min(it->width, mRight - mLeft - others));
+        }
         it->hanging = it->width - width;
         if (collapsesBlanks(style)) it->end = visible;
         it->width = width;
@@ -130,7 +136,7 @@ void InlineLayout::openStates()
     mStates.push_back(root);
     mStack.push_back(0);
     const bool heldOpen = mContent.items.empty();
-    if (mContent.hasContent && (!mEngine.lineHeightQuirk() || heldOpen)) count(mStates[0]);
+    if (mReal && (!mEngine.lineHeightQuirk() || heldOpen)) count(mStates[0]);
     for (InlineBox *box : mOpen) pushState(*box);
 }
 
@@ -163,7 +169,12 @@ void InlineLayout::measureAtomic(const Piece &piece, const State &parent)
     state.descent = height - state.ascent;
     state.textAscent = state.ascent;
     state.textDescent = state.descent;
-    align(state, parent);
+    if (box.anonymous) { // a picture in generated text: its element is aligned already
+        state.group = parent.group;
+        state.baseline = parent.baseline;
+    } else {
+        align(state, parent);
+    }
     markMeasured();
     mGroups[std::size_t(state.group)].add(state.baseline - state.ascent, state.baseline + state.descent);
     mPlaced.push_back({std::size_t(&piece - mPieces.data()), state.baseline - state.ascent, height, state.group, 0});
@@ -173,7 +184,10 @@ void InlineLayout::measure()
 {
     trimEnd();
     openStates();
-    if (!mContent.hasContent) mGroups[0] = {};
+    if (!mReal) mGroups[0] = {};
+    // A picture in front of an item stands on its first line.
+    const MarkerData *marker = mFirstLine && mBlock.rare ? mBlock.rare->marker.get() : nullptr;
+    if (marker && marker->image && !marker->inside && mReal) mGroups[0].add(-marker->imageSize.height, Unit());
     for (const Piece &piece : mPieces) {
         const InlineItem &item = mContent.items[piece.item];
         switch (item.type) {
@@ -197,10 +211,10 @@ void InlineLayout::measure()
     }
     Group &line = mGroups[0];
     if (line.empty()) line.top = line.bottom = Unit();
-    if (!mContent.hasContent) line = {Unit(), Unit(), Unit(), false, false};
+    if (!mReal) line = {Unit(), Unit(), Unit(), false, false};
     for (std::size_t i = 1; i < mGroups.size(); ++i) {
         const Group &group = mGroups[i];
-        if (group.empty() || !mContent.hasContent) continue;
+        if (group.empty() || !mReal) continue;
         const Unit height = group.bottom - group.top;
         if (group.atTop)
             line.bottom = std::max(line.bottom, line.top + height);
@@ -337,7 +351,7 @@ void InlineLayout::emitLine(Unit top)
         const Edges frame = inlineFrame(*state.box, mInner.width);
         fragment.y = line.baseline + state.baseline + mGroups[std::size_t(state.group)].shift - state.textAscent - frame.top;
         fragment.height = state.textAscent + state.textDescent + frame.vertical();
-        if (!mContent.hasContent) fragment.y = fragment.height = {}; // a line without content has no height at all
+        if (!mReal) fragment.y = fragment.height = {}; // a line without content has no height at all
         fragment.first = first;
         mContent.fragments.push_back(fragment);
         mStack.push_back(int(nextState++));

@@ -56,6 +56,7 @@ private:
     Cut within(BlockBox &box, Unit origin, Unit start, Unit limit, int depth);
     Cut inLines(BlockBox &box, Unit origin, Unit start, Unit limit);
     std::optional<Cut> forcedIn(BlockBox &box, Unit origin, Unit start, int depth);
+    static Unit endOf(const BlockBox &box, Unit origin);
     static Cut none() { return {Unit::max(), Unit::max()}; }
 
     BlockBox &mContainer;
@@ -75,7 +76,10 @@ Cutter::Cut Cutter::inLines(BlockBox &box, Unit origin, Unit start, Unit limit)
     const auto &text = box.style().text();
     if (count - at < text.widows) at = count - text.widows;
     const bool begins = first == 0; // the block begins in this column, too
-    if (begins && at < text.orphans) at = 0;
+    // At the head of a column there is nowhere else to go: what must stay together sticks out.
+    const bool atHead = begins && origin - start <= std::max(Unit(), box.marginTop) && !box.previousInFlow();
+    if (begins && at < text.orphans) at = atHead ? text.orphans : 0;
+    if (at >= count) return none();
     if (!begins && at <= first) at = after - lines.begin();
     if (at <= 0) return {origin + lines.front().top, origin + lines.front().top};
     const Unit top = origin + lines[std::size_t(at)].top;
@@ -136,6 +140,12 @@ Cutter::Cut Cutter::cut(Unit start, Unit limit, Unit end)
     return {end, end};
 }
 
+// A margin stays in front of a break that somebody asked for.
+Unit Cutter::endOf(const BlockBox &box, Unit origin)
+{
+    return origin + box.top() + box.height + std::max(Unit(), box.marginBottom);
+}
+
 std::optional<Cutter::Cut> Cutter::forcedIn(BlockBox &box, Unit origin, Unit start, int depth)
 {
     if (box.flow.empty() || depth > 500 || !box.flow.total().breaks) return {};
@@ -147,11 +157,11 @@ std::optional<Cutter::Cut> Cutter::forcedIn(BlockBox &box, Unit origin, Unit sta
         if (child->forcedBreaks) {
             const Unit top = origin + child->top(), bottom = top + child->height;
             const BlockBox *last = child->previousInFlow();
-            if (breaksBefore(*child) && last && top > start) return Cut{origin + last->top() + last->height, top - std::max(Unit(), child->marginTop)};
+            if (breaksBefore(*child) && last && top > start) return Cut{endOf(*last, origin), top - std::max(Unit(), child->marginTop)};
             if (!isWhole(*child))
                 if (const auto inside = forcedIn(*child, top, start, depth + 1)) return inside;
             const BlockBox *next = child->nextInFlow();
-            if (breaksAfter(*child) && next && bottom > start) return Cut{bottom, origin + next->top() - std::max(Unit(), next->marginTop)};
+            if (breaksAfter(*child) && next && bottom > start) return Cut{endOf(*child, origin), origin + next->top() - std::max(Unit(), next->marginTop)};
         }
         const uint32_t passed = box.flow.sumBefore(*child).breaks + child->forcedBreaks;
         child = box.flow.find([&](const FlowSum &sum) { return sum.breaks > passed; }, &before);
@@ -180,7 +190,7 @@ public:
             if (int(result.size()) >= most) return {};
             const Unit limit = at + height;
             Cutter::Cut cut = mCutter.cut(at, limit, mTo);
-            if (const auto forced = mCutter.forced(at, mTo); forced && forced->end <= cut.end) cut = *forced;
+            if (const auto forced = mCutter.forced(at, mTo); forced && forced->next <= cut.next) cut = *forced;
             result.push_back(cut);
             if (cut.next <= at) break;
             at = cut.next;
@@ -190,7 +200,8 @@ public:
     /// The least height at which the columns hold everything.
     Unit balanced()
     {
-        Unit low = (mTo - mFrom) / std::max(1, mSet.count * 2), high = mTo - mFrom;
+        // COMPAT: margins count here, those too that vanish where a column ends.
+        Unit low = (mTo - mFrom) / std::max(1, mSet.count) - Unit::fromRaw(1), high = mTo - mFrom;
         // Forced ends make columns of their own, and may make more than there are.
         if (!columns(high, mSet.count)) {
             const auto all = columns(high, mostPieces);
@@ -223,7 +234,7 @@ public:
         std::vector<Cutter::Cut> result;
         for (Unit at = mFrom; at < mTo && int(result.size()) < mSet.count; at = result.back().next) {
             Cutter::Cut cut = mCutter.cut(at, at + height, mTo);
-            if (const auto forced = mCutter.forced(at, mTo); forced && forced->end <= cut.end) cut = *forced;
+            if (const auto forced = mCutter.forced(at, mTo); forced && forced->next <= cut.next) cut = *forced;
             if (cut.next <= at) cut = {mTo, mTo};
             result.push_back(cut);
         }
@@ -333,13 +344,24 @@ Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optiona
     Unit from = top;
     for (BlockBox *spanner = nextSpanner(box.flow.empty() ? nullptr : box.flow.at(0)); spanner; spanner = nextSpanner(spanner->nextInFlow())) {
         const Unit at = spanner->top();
-        const BlockBox *before = spanner->previousInFlow();
-        if (before && !spansColumns(*before)) addRow(from, before->top() + before->height, false);
-        // A spanner's margins are its own: they stay above and below it.
-        y += before ? std::max(Unit(), at - std::max(from, before->top() + before->height)) : at - from;
+        // A spanner's margins are its own: those of the columns stay in their row, and neither collapses with the other.
+        const BlockBox *before = spanner->previousInFlow(), *behind = spanner->nextInFlow();
+        if (before && !spansColumns(*before)) {
+            addRow(from, std::min(at, before->top() + before->height + std::max(Unit(), before->bottomStrut.sum())), false);
+            y += std::max(Unit(), spanner->marginTop);
+        } else {
+            y += at - from;
+        }
         set.pieces.push_back({at, at + spanner->height, {Unit(), y - at}, left, left + box.contentWidth(), true, true, y + spanner->height});
         y += spanner->height;
         from = at + spanner->height;
+        if (!behind) {
+            y += bottom - from;
+            from = bottom;
+        } else if (!spansColumns(*behind)) {
+            y += std::max(Unit(), spanner->marginBottom);
+            from = std::max(from, behind->top() - std::max(Unit(), behind->topStrut.sum()));
+        }
     }
     addRow(from, bottom, true);
     // Pieces meet, so that every place of the strip has one.

@@ -129,7 +129,7 @@ void addText(LineSums &sums, const InlineContent &content, const InlineItem &ite
     const BreakFinder::Words words = wordBreakOf(style);
     const auto width = [&](uint32_t from, uint32_t to) {
         if (to <= from) return Unit();
-        if (item.simple) return Unit::ceil(TextShaper::simpleWidth(QStringView(content.text).mid(from, to - from), font, spacing));
+        if (item.simple) return Unit::ceil((to == item.end ? double(item.tail) : 0) + TextShaper::simpleWidth(QStringView(content.text).mid(from, to - from), font, spacing));
         const ShapedText &shaped = content.shapes[std::size_t(item.shaped)];
         return Unit::ceil(std::abs(double(shaped.edges[to - item.start]) - shaped.edges[from - item.start]));
     };

@@ -95,7 +95,7 @@ Natural selectSize(const BlockBox &box, const dom::Element &element)
     }
     // COMPAT: a row of a list has a least height and a pixel below; one that opens has room for its arrow.
     if (isListBox(element)) {
-        const double row = std::max(lineOf(box), std::floor(box.style().font().size * 1.2)) + 1;
+        const double row = std::max(lineOf(box), std::round(double(box.style().font().size) * 1.2)) + 1;
         return {widest + 4, row * attributeNumber(element, "size", 4), false, false};
     }
     return {std::ceil(widest) + 20, fontOf(box.style()).height().toDouble() + 2, false, false};
@@ -140,6 +140,12 @@ Natural svgSize(const BlockBox &box, const dom::Element &element, const Constrai
     return {*width, *height, true, false};
 }
 
+Natural pictureSize(ImageSource *images, const QString &url)
+{
+    const QSize size = images ? images->imageSize(url) : QSize();
+    return size.isEmpty() ? Natural{} : Natural{double(size.width()), double(size.height()), true, false};
+}
+
 Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSource *images, const Constraint &constraint)
 {
     if (element.space() == dom::Namespace::Svg) return svgSize(box, element, constraint);
@@ -159,6 +165,10 @@ Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSourc
     }
     if (element.is(progress)) return {10 * box.style().font().size, box.style().font().size, false, true};
     if (element.name() == dom::Atom("meter")) return {5 * box.style().font().size, box.style().font().size, false, true};
+    if (element.is(object)) {
+        const QString data = element.attributeValue("data");
+        if (const Natural picture = pictureSize(images, data.isEmpty() ? data : element.document().resolve(data)); picture.hasRatio) return picture;
+    }
     if (element.is(audio)) return {300, 54, false, false};
     return {300, 150, element.is(canvas) || element.is(video), false};
 }
@@ -175,7 +185,7 @@ bool Engine::hasRatio(const BlockBox &box) const
 Size Engine::replacedSize(BlockBox &box, const Constraint &constraint, std::optional<Unit> forced)
 {
     const dom::Element *element = box.element();
-    const Natural natural = element ? naturalSize(box, *element, mImages, constraint) : Natural{};
+    const Natural natural = element ? naturalSize(box, *element, mImages, constraint) : pictureSize(mImages, box.picture());
     const Edges frame = natural.borderBox ? Edges{} : box.frame();
     const bool unknown = constraint.width >= unknownWidth && widthIsPercent(box); // of nothing: as if it weren't said
     const std::optional<Unit> givenWidth = forced ? forced : unknown ? std::nullopt : usedWidth(box, constraint.width);
@@ -224,6 +234,9 @@ std::optional<Unit> atomicBaseline(const Engine &engine, const BlockBox &box)
     }
     const dom::Element *element = box.element();
     if (!element) return {};
+    // A picture that isn't there is its text, and stands on the line like text.
+    if (element->is(img) && !element->attributeValue("alt").isEmpty() && !engine.hasRatio(box))
+        return box.border.top + box.padding.top + fontOf(box.style()).ascent();
     const QString kind = element->is(input) ? element->attributeValue("type").toLower() : QString();
     // Boxes and sliders stand on the line, without what their margin is below; a colour's patch does, in its frame.
     if (kind == QLatin1String("checkbox") || kind == QLatin1String("radio") || kind == QLatin1String("range")) return box.height;

@@ -159,7 +159,7 @@ ShapedText TextShaper::shapeComplex(QStringView text, const Font &font, Spacing 
             stretches.back().to = next;
         } else {
             const bool blank = c == ' ' || c == 0xA0;
-            const FontFace *face = blank && !stretches.empty() ? stretches.back().face : &font.faceFor(c);
+            const FontFace *face = &font.faceFor(c); // blanks are the font's own, whatever stands around them
             const qsizetype length = stretches.empty() ? 0 : i - stretches.back().from;
             const bool apart = i > 0 && (text[i - 1] == QLatin1Char(' ') || (c >= 0x2E80 && c < 0xA000 && text[i - 1].unicode() >= 0x2E80 && text[i - 1].unicode() < 0xA000));
             if (stretches.empty() || stretches.back().face != face || (length > enough && apart && !blank) || length > longest)
@@ -175,6 +175,12 @@ ShapedText TextShaper::shapeComplex(QStringView text, const Font &font, Spacing 
     double x = 0;
     for (std::size_t n = 0; n < stretches.size(); ++n) {
         const Stretch &stretch = stretches[rightToLeft ? stretches.size() - 1 - n : n];
+        const auto own = text.mid(stretch.from, stretch.to - stretch.from);
+        if (stretch.face == &font.face() && std::all_of(own.begin(), own.end(), [](QChar c) { return c == QLatin1Char(' '); })) {
+            for (qsizetype i = 0; i < own.size(); ++i) result.edges[std::size_t(stretch.from + i)] = float(x + font.spaceWidth() * double(rightToLeft ? own.size() - i : i));
+            x += font.spaceWidth() * double(own.size());
+            continue;
+        }
         ShapedText part;
         double advance = 0;
         QString piece = text.mid(stretch.from, stretch.to - stretch.from).toString();
@@ -183,7 +189,7 @@ ShapedText TextShaper::shapeComplex(QStringView text, const Font &font, Spacing 
                 c = QLatin1Char(' ');
             else if (c == QChar(0xAD) || c == QChar(0x2060))
                 c = QChar(0x200B); // fonts may give a soft hyphen a width
-        shapeStretch(piece, *stretch.face, font.size() / shapingSize, rightToLeft, x, part, advance);
+        shapeStretch(piece, *stretch.face, font.scaledSize() / shapingSize, rightToLeft, x, part, advance);
         for (std::size_t i = 0; i < part.edges.size(); ++i) result.edges[std::size_t(stretch.from) + i] = part.edges[i];
         for (auto &span : part.spans) result.spans.push_back(std::move(span));
         x += advance;

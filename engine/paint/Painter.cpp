@@ -461,6 +461,31 @@ void Painter::paintFragment(const BlockBox &box, const Line &line, const Fragmen
     paintOutline(style, rect);
 }
 
+namespace {
+
+// Faces that stand in for missing characters are regular ones: what they lack in weight and slant is made up for here.
+void drawGlyphs(QPainter &painter, const Font &font, const GlyphSpan &span, QPointF baseline, double shift)
+{
+    QGlyphRun run;
+    run.setRawFont(span.face->rawAt(font.size()));
+    run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
+    QList<QPointF> positions;
+    positions.reserve(qsizetype(span.positions.size()));
+    for (const QPointF &at : span.positions) positions.append({at.x() + shift, at.y()});
+    run.setPositions(positions);
+    if (span.face == &font.face()) return painter.drawGlyphRun(baseline, run);
+    const QFont &wanted = font.face().shapingFont(), &own = span.face->shapingFont();
+    const bool slants = wanted.italic() && !own.italic(), thickens = wanted.weight() >= QFont::DemiBold && own.weight() < QFont::DemiBold;
+    painter.save();
+    painter.translate(baseline);
+    if (slants) painter.shear(-0.25, 0);
+    painter.drawGlyphRun({}, run);
+    if (thickens) painter.drawGlyphRun({font.size() / 28, 0}, run);
+    painter.restore();
+}
+
+} // namespace
+
 void Painter::paintGlyphs(const InlineContent &content, const Fragment &fragment, QPointF baseline, const QColor &color)
 {
     const InlineItem &item = content.items[fragment.item];
@@ -468,14 +493,7 @@ void Painter::paintGlyphs(const InlineContent &content, const Fragment &fragment
     const Font &font = fontOf(style);
     mPainter->setPen(color);
     const auto draw = [&](const GlyphSpan &span, double shift) {
-        QGlyphRun run;
-        run.setRawFont(span.face->rawAt(font.size()));
-        run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
-        QList<QPointF> positions;
-        positions.reserve(qsizetype(span.positions.size()));
-        for (const QPointF &at : span.positions) positions.append({at.x() + shift, at.y()});
-        run.setPositions(positions);
-        mPainter->drawGlyphRun(baseline, run);
+        drawGlyphs(*mPainter, font, span, baseline, shift);
     };
     if (!item.simple) {
         const ShapedText &shaped = content.shapes[std::size_t(item.shaped)];
@@ -566,6 +584,11 @@ void Painter::paintMarker(BlockBox &box, Point origin)
     const QPointF baseline((origin.x + marker.x).toDouble(), (origin.y + marker.baseline).toDouble());
     const QColor color = QColor::fromRgba(style.color());
     const auto type = style.text().listStyleType;
+    if (marker.image) {
+        const QSizeF size(marker.imageSize.width.toDouble(), marker.imageSize.height.toDouble());
+        paintPicture(style.text().listStyleImage.text, style.rare(), QRectF(baseline - QPointF(isRightToLeft(style) ? -7 : 0, size.height()), size));
+        return;
+    }
     if (style.text().listStyleString.isNull() && (type == css::ListStyleType::Disc || type == css::ListStyleType::Circle || type == css::ListStyleType::Square)) {
         const int ascent = font.ascent().rounded();
         const double size = (ascent * 2 / 3 + 1) / 2;
@@ -583,13 +606,7 @@ void Painter::paintMarker(BlockBox &box, Point origin)
     }
     const ShapedText shaped = TextShaper::shape(marker.text, font, {});
     mPainter->setPen(color);
-    for (const GlyphSpan &span : shaped.spans) {
-        QGlyphRun run;
-        run.setRawFont(span.face->rawAt(font.size()));
-        run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
-        run.setPositions(QList<QPointF>(span.positions.begin(), span.positions.end()));
-        mPainter->drawGlyphRun(baseline, run);
-    }
+    for (const GlyphSpan &span : shaped.spans) drawGlyphs(*mPainter, font, span, baseline, 0);
 }
 
 } // namespace paint

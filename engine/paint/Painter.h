@@ -74,6 +74,7 @@ private:
     void paintCollapsed(const layout::BlockBox &table, layout::Point origin);
     void paintOutline(const css::ComputedStyle &style, const QRectF &rect);
     void paintReplaced(const layout::BlockBox &box, layout::Point origin);
+    bool paintPicture(const QString &url, const css::RareGroup &rare, const QRectF &content);
     bool paintImage(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);
     void paintInlineSvg(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);
     void paintPlaceholder(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content);

@@ -48,8 +48,12 @@ QString titleOf(const dom::Element &element)
 void Painter::paintReplaced(const BlockBox &box, Point origin)
 {
     const dom::Element *element = box.element();
-    if (!element || box.style().text().visibility != css::Visibility::Visible) return;
+    if (box.style().text().visibility != css::Visibility::Visible) return;
     const Edges frame = box.frame();
+    if (!element) {
+        paintPicture(box.picture(), {}, Rect{origin.x, origin.y, box.width, box.height}.toRectF());
+        return;
+    }
     const QRectF content = snapped(Rect{origin.x + frame.left, origin.y + frame.top, box.width - frame.horizontal(), box.height - frame.vertical()}.toRectF());
     if (!content.intersects(mClip)) return;
     mPainter->save();
@@ -59,7 +63,7 @@ void Painter::paintReplaced(const BlockBox &box, Point origin)
         mPainter->setClipPath(RoundedBox(border, box.style().surround()).inset(frame).path(), Qt::IntersectClip);
         mPainter->setRenderHint(QPainter::Antialiasing, false);
     }
-    const bool image = isImage(*element);
+    const bool image = isImage(*element) || element->is(dom::names::object);
     const bool control = element->is(dom::names::input) || element->is(dom::names::select) || element->is(dom::names::textarea) || element->is(dom::names::progress) ||
                          element->name() == dom::Atom("meter");
     if (element->space() == dom::Namespace::Svg)
@@ -73,14 +77,18 @@ void Painter::paintReplaced(const BlockBox &box, Point origin)
 
 bool Painter::paintImage(const dom::Element &element, const css::ComputedStyle &style, const QRectF &content)
 {
+    const QString src = element.attributeValue(element.is(dom::names::object) ? "data" : "src");
+    return !src.isEmpty() && paintPicture(mTree.document().resolve(src), style.rare(), content);
+}
+
+bool Painter::paintPicture(const QString &url, const css::RareGroup &rare, const QRectF &content)
+{
     ImageSource *images = mTree.images();
-    const QString src = element.attributeValue("src");
-    if (!images || src.isEmpty()) return false;
-    const QString url = mTree.document().resolve(src);
+    if (!images || url.isEmpty()) return false;
     const bool vector = images->isVector(url);
     const QPixmap pixmap = vector ? QPixmap() : images->imagePixmap(url);
     if (!vector && pixmap.isNull()) return false;
-    const QRectF target = fitted(style.rare(), vector ? QSizeF(images->imageSize(url)) : pixmap.size() / pixmap.devicePixelRatio(), content);
+    const QRectF target = fitted(rare, vector ? QSizeF(images->imageSize(url)) : pixmap.size() / pixmap.devicePixelRatio(), content);
     if (!content.contains(target)) mPainter->setClipRect(content, Qt::IntersectClip);
     mPainter->setRenderHint(QPainter::SmoothPixmapTransform);
     if (vector)

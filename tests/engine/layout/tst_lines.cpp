@@ -45,6 +45,38 @@ class LinesTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void lettersKernAcrossTheEndsOfElements()
+    {
+        Page page("<style>div{font:32px 'Liberation Serif';width:max-content}</style><div id=whole>AVAV</div>"
+                  "<div id=parts>A<i style='font-style:normal'>V</i><u>AV</u></div>"
+                  "<div id=apart>A<i style='font-style:normal;padding:0 1px'>V</i>AV</div>"
+                  "<div id=unkerned>A<i style='font-style:normal'>\u200B</i>V</div><div id=kerned>AV</div>");
+        const auto width = [&](const char *id) { return page.queries.borderBox(page.byId(id)).width(); };
+        QVERIFY2(width("kerned") < width("unkerned") - 1, "These letters don't kern: nothing is tested");
+        QVERIFY(std::abs(width("parts") - width("whole")) < 0.1);
+        QVERIFY(width("apart") > width("whole") + 2); // an edge keeps letters apart
+    }
+    void glyphsAreScaledToWhole64thsOfAPixel()
+    {
+        Page page("<span id=a style='font-size:14.4px'>" + QString(100, 'x') + "</span>");
+        QVERIFY(std::abs(page.queries.borderBox(page.byId("a")).width() - 100 * 14.390625 * 1229 / 2048) < 0.03);
+    }
+    void aLineHeightIsTakenOfARoundedFontSize()
+    {
+        Page page("<div id=a style='font-size:13.28px;line-height:1.3'>x</div>");
+        QCOMPARE(page.queries.borderBox(page.byId("a")).height(), 17.265625); // 13.28125 times 1.3, cut off to 64ths
+    }
+    void blanksThatAreKeptTakeRoomAtAForcedEnd()
+    {
+        Page page("<div style='white-space:pre-wrap'><span id=a>ab  <br></span><span id=b>ab  </span></div>");
+        QVERIFY(std::abs(page.queries.borderBox(page.byId("a")).width() - mono(4)) < 0.03);
+        QVERIFY(std::abs(page.queries.borderBox(page.byId("b")).width() - mono(4)) < 0.03);
+    }
+    void aTabIsAtLeastHalfACharacterWide()
+    {
+        Page page("<pre style='margin:0;font:inherit'>abcdefg\t<b id=a>x</b></pre>"); // one character short of the first stop
+        QVERIFY(std::abs(page.queries.borderBox(page.byId("a")).x() - mono(8)) < 0.05);
+    }
     void linesBreak_data()
     {
         QTest::addColumn<int>("room");
