@@ -250,11 +250,14 @@ EncodedText encodeFileText(const QString &text, const FileFormat &format)
 {
     EncodedText result;
     result.format = format;
+    if (format.byteOrderMark && format.encoding.isEmpty()) result.format.encoding = QStringLiteral("UTF-8");
     QString content = withLineEnds(clean(text), format);
     const bool isTwoByte = format.encoding.startsWith(QLatin1String("UTF-16"));
     if (!format.byteOrderMark && !isTwoByte) {
         const auto declared = declaredEncoding(content);
-        if (declared && *declared != format.encoding) {
+        if (format.encoding.isEmpty()) {
+            result.format.encoding = declared.value_or(QStringLiteral("UTF-8"));
+        } else if (declared && *declared != format.encoding) {
             result.format.encoding = *declared;
             result.message = tr("The file has been saved as %1, which its text declares.").arg(*declared);
         }

@@ -13,8 +13,9 @@ enum class LineEnds { Lf, CrLf, Cr };
 
 struct FileFormat
 {
-    /// Canonical name: "UTF-8", "UTF-16LE", "windows-1252", "Shift_JIS" …
-    QString encoding = QStringLiteral("UTF-8");
+    /// Canonical name: "UTF-8", "UTF-16LE", "windows-1252", "Shift_JIS" …; "" for a text that has never been a file's: it
+    /// gets the one that it declares, or UTF-8.
+    QString encoding;
     bool byteOrderMark = false;
     /// Those of the file; of a file that mixes them, the ones that it has most of.
     LineEnds lineEnds = LineEnds::Lf;

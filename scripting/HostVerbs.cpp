@@ -57,6 +57,8 @@ Value fromVariant(const QVariant &value)
 
 void makeNew(Interpreter &in, Words &words)
 {
+    // The control whose event is being handled would go while it still works.
+    if (in.isInHandler()) throw ScriptError(QStringLiteral("not within an event's handler"));
     if (words.command().line.trimmed() == QLatin1String("fresh")) return in.host().makeControl(nullptr);
     PropertyBag bag;
     while (!words.atEnd()) {

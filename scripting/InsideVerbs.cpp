@@ -59,8 +59,9 @@ void steps(Interpreter &in, Words &words, bool isUndo)
     for (; done < limit; ++done) {
         const bool is = isUndo ? in.control().UndoEnabled() : in.control().RedoEnabled();
         if (!is && all) break;
+        const std::size_t reports = in.reportCount();
         isUndo ? in.control().Undo() : in.control().Redo();
-        if (!is) break;
+        if (!is || in.reportCount() != reports) break;
     }
     in.print(QString::number(done));
 }

@@ -123,6 +123,8 @@ int Interpreter::run(const QString &text, const QString &name)
         } catch (const std::exception &error) {
             failure = QString::fromUtf8(error.what());
         }
+        // What went wrong in a handler or a box came first.
+        if (const QString first = takePendingFailure(); !first.isNull()) failure = first + QStringLiteral("; ") + failure;
         const QByteArray bytes = mOutput.toUtf8(); // a NUL doesn't end it
         std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stdout);
         std::fflush(stdout);
@@ -175,6 +177,11 @@ void Interpreter::execute(const Command &command)
 
 void Interpreter::runInHandler(const QString &command, const Event &event)
 {
+    // What raises its own event would never end.
+    constexpr int mostHandlers = 20;
+    if (mHandlers >= mostHandlers)
+        return failLater(QStringLiteral("handlers of events raise each other without end: %1").arg(event.name));
+    ++mHandlers;
     const Event *outer = std::exchange(mEvent, &event);
     const bool waited = std::exchange(waits, false); // what is posted waits until the handler has ended
     QString failure;
@@ -189,6 +196,7 @@ void Interpreter::runInHandler(const QString &command, const Event &event)
     }
     waits = waited;
     mEvent = outer;
+    --mHandlers;
     if (!failure.isNull()) failLater(failure);
 }
 

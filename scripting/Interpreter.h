@@ -74,6 +74,7 @@ public:
     /// Makes the command under way fail once it is over: for what goes wrong in a handler, through which nothing can be
     /// raised. The first one counts.
     void failLater(const QString &message);
+    bool isInHandler() const { return mHandlers > 0; }
     /// Null if nothing failed so.
     QString takePendingFailure() { return std::exchange(mPendingFailure, QString()); }
     Forms &forms() { return *mForms; }
@@ -87,6 +88,7 @@ public:
     QStringList takeBoxes() { return std::exchange(mBoxes, {}); }
     void queueAnswer(const QString &button) { mAnswers << button; }
     std::vector<support::FailureReport> takeReports() { return std::exchange(mReports, {}); }
+    std::size_t reportCount() const { return mReports.size(); }
     QStringList takeDebugLines() { return std::exchange(mDebug, {}); }
 
     bool clipboardOpen = false; ///< the command before set a form of the clipboard, to which another one is added
@@ -119,6 +121,7 @@ private:
     std::vector<support::FailureReport> mReports;
     QStringList mDebug;
     int mDepth = 0;
+    int mHandlers = 0; ///< handlers of events within each other
 
     friend void runInSecond(Interpreter &, Words &);
 };

@@ -93,7 +93,7 @@ void fails(Interpreter &in, Words &words)
     } catch (const std::exception &error) {
         text = QString::fromUtf8(error.what());
     }
-    in.takePendingFailure();
+    if (const QString first = in.takePendingFailure(); !first.isNull()) text = first + QStringLiteral("; ") + text;
     if (!failed) throw ScriptError(QStringLiteral("it didn't fail"));
     in.output() = before;
     in.print(text);

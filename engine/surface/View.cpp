@@ -305,8 +305,10 @@ void View::edited()
 }
 
 /// Told behind the records of what is under way: who asks then whether there is something to undo gets the new answer.
+/// Not for arrow keys: one that is held down would have all states asked for at each place that the caret passes.
 void View::commandStatesChanged()
 {
+    if (mArrowKey) return;
     changes::EditScope::whenTold(this, [this] { Q_EMIT mWidget.commandStateChange(-1, true); });
 }
 

@@ -155,6 +155,7 @@ private:
     void updateScrollBars();
     void edited();
     void commandStatesChanged();
+    bool mArrowKey = false; ///< one is being handled; whoever cares about states waits for its end and a pause
     void selectionMoved();
     void ensureVisible(const QRectF &document);
     void showCaret();

@@ -7,6 +7,7 @@
 #include "engine/surface/LoadedDocument.h"
 #include "engine/surface/View.h"
 
+#include <QScopedValueRollback>
 #include <QApplication>
 #include <QGuiApplication>
 #include <QInputMethod>
@@ -61,6 +62,9 @@ bool View::wantsKey(const QKeyEvent &event) const
 bool View::keyPressed(const QKeyEvent &event)
 {
     if (!mLoaded) return false;
+    const bool isArrow = event.key() == Qt::Key_Left || event.key() == Qt::Key_Right || event.key() == Qt::Key_Up ||
+                         event.key() == Qt::Key_Down;
+    const QScopedValueRollback<bool> quiet(mArrowKey, isArrow);
     if (event.key() == Qt::Key_Escape && stopDragging()) return true;
     if (hotSpotKey(event) || clipboardKey(event)) return true;
     if (editByKey(event)) {
