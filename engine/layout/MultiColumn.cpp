@@ -180,7 +180,8 @@ std::optional<Cutter::Cut> Cutter::forced(Unit start, Unit end)
 class Row
 {
 public:
-    Row(BlockBox &box, const ColumnSet &set, Unit from, Unit to) : mCutter(box), mSet(set), mFrom(from), mTo(to) {}
+    /// The last `margin` of it is one that needs no room.
+    Row(BlockBox &box, const ColumnSet &set, Unit from, Unit to, Unit margin = {}) : mCutter(box), mSet(set), mFrom(from), mTo(to), mMargin(margin) {}
 
     /// The columns of that height; nothing where there are more than `most`.
     std::optional<std::vector<Cutter::Cut>> columns(Unit height, int most)
@@ -222,7 +223,7 @@ public:
     {
         Unit most, at = mFrom;
         for (const Cutter::Cut &cut : columns) {
-            most = std::max(most, cut.end - at);
+            most = std::max(most, std::min(cut.end, std::max(at, mTo - mMargin)) - at);
             at = cut.next;
         }
         return most;
@@ -244,7 +245,7 @@ public:
 private:
     Cutter mCutter;
     const ColumnSet &mSet;
-    Unit mFrom, mTo;
+    Unit mFrom, mTo, mMargin;
 };
 
 BlockBox *nextSpanner(BlockBox *child)
@@ -311,15 +312,15 @@ uint32_t forcedBreaksOf(const BlockBox &box)
     return count;
 }
 
-Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optional<Unit> limit)
+Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, Unit lastMargin, std::optional<Unit> limit)
 {
     const Unit top = box.contentTop(), left = box.contentLeft();
-    const Unit bottom = top + stripHeight;
+    const Unit bottom = top + stripHeight + lastMargin;
     const bool rightToLeft = isRightToLeft(box.style()), fillsInTurn = box.style().rare().columnFillAuto;
     Unit y = top; // where the next row is shown
-    const auto addRow = [&](Unit from, Unit to, bool last) {
+    const auto addRow = [&](Unit from, Unit to, Unit margin, bool last) {
         if (to <= from) return;
-        Row row(box, set, from, to);
+        Row row(box, set, from, to, margin);
         const std::optional<Unit> room = limit ? std::optional<Unit>(std::max(Unit::px(1), top + *limit - y)) : std::nullopt;
         Unit height;
         if (fillsInTurn && last)
@@ -347,7 +348,8 @@ Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optiona
         // A spanner's margins are its own: those of the columns stay in their row, and neither collapses with the other.
         const BlockBox *before = spanner->previousInFlow(), *behind = spanner->nextInFlow();
         if (before && !spansColumns(*before)) {
-            addRow(from, std::min(at, before->top() + before->height + std::max(Unit(), before->bottomStrut.sum())), false);
+            const Unit margin = std::max(Unit(), before->bottomStrut.sum());
+            addRow(from, std::min(at, before->top() + before->height + margin), margin, false);
             y += std::max(Unit(), spanner->marginTop);
         } else {
             y += at - from;
@@ -363,7 +365,7 @@ Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optiona
             from = std::max(from, behind->top() - std::max(Unit(), behind->topStrut.sum()));
         }
     }
-    addRow(from, bottom, true);
+    addRow(from, bottom, std::max(Unit(), lastMargin), true);
     // Pieces meet, so that every place of the strip has one.
     for (std::size_t i = 0; i + 1 < set.pieces.size(); ++i) set.pieces[i].to = set.pieces[i + 1].from;
     if (set.pieces.empty()) set.pieces.push_back({top, bottom, {}, left, left + set.width, false, true, bottom});

@@ -16,7 +16,7 @@ bool spansColumns(const BlockBox &child);
 uint32_t forcedBreaksOf(const BlockBox &box);
 /// Cuts the strip that was laid out in the container; `stripHeight` is its content's. `limit` is the height that there is
 /// for the content, nothing where it is as high as it must. Answers the content's height.
-Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, std::optional<Unit> limit);
+Unit cutIntoColumns(BlockBox &box, ColumnSet set, Unit stripHeight, Unit lastMargin, std::optional<Unit> limit);
 /// How high a row of columns may be that begins so far below the content's top, and where the next one begins.
 struct ColumnRoom {
     Unit height, next;

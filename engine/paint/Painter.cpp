@@ -357,26 +357,6 @@ void Painter::paintChildren(BlockBox &box, Point origin, Phase phase)
     }
 }
 
-// Backgrounds of sections and rows lie under those of the cells.
-void Painter::paintTableParts(BlockBox &box, Point origin)
-{
-    auto &table = static_cast<TableBox &>(box);
-    const BlockBox *section = nullptr;
-    for (const TableRow &row : table.rows) {
-        const double top = (origin.y + row.top).toDouble();
-        if (row.section != section) {
-            section = row.section;
-            if (!section->anonymous) {
-                const Point at = origin + section->position();
-                paintBackground(section->style(), Rect{at.x, at.y, section->width, section->height}.toRectF(), {}, {});
-            }
-        }
-        if (row.box->anonymous || top > mClip.bottom() || top + row.height.toDouble() < mClip.top()) continue;
-        const Point at = origin + section->position() + row.box->position();
-        paintBackground(row.box->style(), Rect{at.x, at.y, row.box->width, row.box->height}.toRectF(), {}, {});
-    }
-}
-
 void Painter::paintDecoration(const BlockBox &box, Point origin)
 {
     if (box.anonymous || (box.isTablePart() && !box.isCell())) return;

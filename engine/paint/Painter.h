@@ -82,6 +82,7 @@ private:
     static bool hasNativeFrame(const layout::BlockBox &box);
     void paintNativeFrame(const layout::BlockBox &box, const QRectF &rect);
     void paintControl(const layout::BlockBox &box, const QRectF &content);
+    void paintListBox(const layout::BlockBox &box, const QRectF &content);
     void clipToPadding(const layout::BlockBox &box, layout::Point origin);
     template <class Draw> void paintGroup(double opacity, const QRectF &extent, Draw draw);
     bool meetsClip(const layout::BlockBox &box, layout::Point origin) const;

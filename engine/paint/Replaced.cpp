@@ -197,17 +197,61 @@ void Painter::paintGauge(const dom::Element &element, const QString &kind, const
         mPainter->drawEllipse(QRectF(at, y - knob / 2, knob, knob));
         return;
     }
+    const QRectF bar(frame.left(), frame.center().y() - frame.height() / 4, frame.width(), frame.height() / 2);
     mPainter->setBrush(QColor(0xef, 0xef, 0xef));
-    mPainter->drawRoundedRect(frame, 3, 3);
+    mPainter->drawRoundedRect(bar, 3, 3);
     if (!hasValue && element.is(dom::names::progress)) { // nobody knows how far: a piece in the middle
         mPainter->setBrush(accent);
-        mPainter->drawRoundedRect(QRectF(frame.left() + frame.width() * 0.3, frame.top(), frame.width() * 0.3, frame.height()), 3, 3);
+        mPainter->drawRoundedRect(QRectF(bar.left() + bar.width() * 0.3, bar.top(), bar.width() * 0.3, bar.height()), 3, 3);
         return;
     }
     if (part <= 0) return;
     mPainter->setPen(Qt::NoPen);
     mPainter->setBrush(element.is(dom::names::progress) ? accent : QColor(0x10, 0x7c, 0x10));
-    mPainter->drawRoundedRect(QRectF(frame.left(), frame.top(), frame.width() * part, frame.height()), 3, 3);
+    mPainter->drawRoundedRect(QRectF(bar.left(), bar.top(), bar.width() * part, bar.height()), 3, 3);
+}
+
+namespace {
+
+QString labelOf(const dom::Element &option)
+{
+    if (const QString label = option.attributeValue("label"); !label.isEmpty()) return label;
+    QString text;
+    for (const dom::Node *node = option.firstChild(); node; node = node->next(&option))
+        if (node->isText()) text += node->nodeValue();
+    return text.simplified();
+}
+
+std::vector<const dom::Element *> optionsOf(const dom::Element &select)
+{
+    std::vector<const dom::Element *> options;
+    for (dom::Node *node = select.firstChild(); node; node = node->next(&select))
+        if (const dom::Element *each = node->asElement(); each && each->is(dom::names::option)) options.push_back(each);
+    return options;
+}
+
+} // namespace
+
+// A list shows its options one below the other, those that are chosen on a ground of their own.
+void Painter::paintListBox(const BlockBox &box, const QRectF &content)
+{
+    const Font &font = fontOf(box.style());
+    const double height = std::max(font.lineSpacing().toDouble(), std::round(double(box.style().font().size) * 1.2)) + 1;
+    mPainter->setClipRect(content, Qt::IntersectClip);
+    double y = content.top();
+    for (const dom::Element *option : optionsOf(*box.element())) {
+        if (option->hasAttribute("selected")) mPainter->fillRect(QRectF(content.left(), y, content.width(), height), QColor(0xce, 0xce, 0xce));
+        mPainter->setPen(QColor::fromRgba(box.style().color()));
+        for (const GlyphSpan &span : TextShaper::shape(labelOf(*option), font, {}).spans) {
+            QGlyphRun run;
+            run.setRawFont(span.face->rawAt(font.size()));
+            run.setGlyphIndexes(QList<quint32>(span.glyphs.begin(), span.glyphs.end()));
+            run.setPositions(QList<QPointF>(span.positions.begin(), span.positions.end()));
+            mPainter->drawGlyphRun(QPointF(content.left() + 2, y + font.ascent().toDouble()), run);
+        }
+        y += height;
+        if (y > content.bottom()) break;
+    }
 }
 
 void Painter::paintControl(const BlockBox &box, const QRectF &content)
@@ -221,6 +265,11 @@ void Painter::paintControl(const BlockBox &box, const QRectF &content)
     const QRectF frame = content.adjusted(0.5, 0.5, -0.5, -0.5);
     if (element.is(dom::names::progress) || element.name() == dom::Atom("meter") || kind == QLatin1String("range") || kind == QLatin1String("color")) {
         paintGauge(element, kind, frame);
+        mPainter->restore();
+        return;
+    }
+    if (element.is(dom::names::select) && (element.hasAttribute("multiple") || element.attributeValue("size").toInt() > 1)) {
+        paintListBox(box, content);
         mPainter->restore();
         return;
     }
@@ -262,13 +311,11 @@ void Painter::paintControl(const BlockBox &box, const QRectF &content)
     if (kind == QLatin1String("password")) label = QString(label.size(), QChar(0x2022));
     if (element.is(dom::names::select) || element.is(dom::names::textarea)) {
         label.clear();
-        for (dom::Node *node = element.firstChild(); node; node = node->next(&element)) {
-            if (!node->isText()) continue;
-            const QString text = element.is(dom::names::select) ? node->nodeValue().simplified() : node->nodeValue();
-            if (text.isEmpty()) continue;
-            label = text;
-            break;
-        }
+        const auto options = optionsOf(element);
+        const auto chosen = std::find_if(options.begin(), options.end(), [](const dom::Element *each) { return each->hasAttribute("selected"); });
+        if (!options.empty()) label = labelOf(chosen == options.end() ? *options.front() : **chosen);
+        for (dom::Node *node = element.is(dom::names::textarea) ? element.firstChild() : nullptr; node; node = node->next(&element))
+            if (node->isText()) label += node->nodeValue();
     }
     const Font &font = fontOf(box.style());
     const QRectF area = element.is(dom::names::select) ? content.adjusted(4, 0, -18, 0) : content;
