@@ -345,7 +345,12 @@ bool shrinksToFit(const BlockBox &box)
     if (kind == css::Length::Kind::FitContent || kind == css::Length::Kind::MinContent || kind == css::Length::Kind::MaxContent) return true;
     return box.element() && !box.style().box().width.isDefinite() && (box.element()->is(dom::names::legend) || box.element()->is(dom::names::button));
 }
-bool centresContent(const BlockBox &box) { return !box.anonymous && box.kind() == BoxKind::Block && !box.hasItems() && box.element() && box.element()->is(dom::names::button); }
+bool centresContent(const BlockBox &box)
+{
+    return !box.anonymous && box.kind() == BoxKind::Block && !box.hasItems() && box.element() &&
+           box.element()->is(dom::names::button);
+}
+
 bool isFrameLegend(const BlockBox &box)
 {
     if (box.anonymous || !box.element() || !box.element()->is(dom::names::legend) || !box.inSumTree) return false;

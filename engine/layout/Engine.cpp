@@ -341,7 +341,6 @@ bool Engine::relayoutDirtyChildren(BlockBox &box, const Constraint &inner, Float
         if (!child->inSumTree) return false;
     std::vector<BlockBox *> dirty = box.rare->dirty;
     std::sort(dirty.begin(), dirty.end(), [&](BlockBox *a, BlockBox *b) { return box.flow.indexOf(*a) < box.flow.indexOf(*b); });
-    bool reachedEnd = false;
     for (BlockBox *start : dirty) {
         if (!start->needsLayout && !start->childNeedsLayout) continue; // done on the way from an earlier one
         BlockBox *before = start->previousInFlow();
@@ -367,12 +366,8 @@ bool Engine::relayoutDirtyChildren(BlockBox &box, const Constraint &inner, Float
             if (child->subtreeHasFloats && !child->formattingRoot) return false;
             if (passed && clean && old.height == now.height && !child->collapsesThrough) break;
         }
-        if (!child) {
-            reachedEnd = true;
-            box.flowEnd = {at.strut, sum - at.y, at.atTop};
-        }
+        if (!child) box.flowEnd = {at.strut, sum - at.y, at.atTop};
     }
-    (void)reachedEnd;
     state.strut = box.flowEnd.strut;
     state.atTop = box.flowEnd.atTop;
     state.y = Unit::fromRaw(box.flow.total().height) - box.flowEnd.lead;
@@ -546,9 +541,7 @@ void Engine::layoutIndependent(BlockBox &box, const Constraint &constraint, Unit
     } else if (const auto given = usedWidth(box, constraint.width)) {
         used = clampedWidth(box, *given, constraint.width);
     } else {
-        const PreferredWidths preferred = preferredWidths(box);
         const Unit room = available - box.marginLeft - box.marginRight;
-        (void)preferred;
         used = clampedWidth(box, contentWidthOf(box, room), constraint.width);
     }
     if (clean && used == box.width) return;

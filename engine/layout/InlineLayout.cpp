@@ -379,9 +379,7 @@ void InlineLayout::addFloat()
         return;
     }
     mEngine.placeFloat(mBlock, box, mLineTop, mInner, mArea);
-    const Unit left = mLeft;
     resolveSpan(mLineTop, Unit::fromRaw(1));
-    (void)left;
 }
 
 // Adds words as long as they fit. False: the line is full, and the next one's start is set.

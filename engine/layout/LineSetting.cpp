@@ -373,8 +373,7 @@ void InlineLayout::emitLine(Unit top)
         fragment.end = end;
     };
     const uint32_t startOffset = line.start;
-    for (InlineBox *box : mOpen) {
-        (void)box;
+    for (std::size_t i = 0; i < mOpen.size(); ++i) {
         beginBox(false, line.left);
         mContent.fragments.back().start = startOffset;
     }
