@@ -54,7 +54,7 @@ function setUp() {
             inner.body.contentEditable = 'true';
         }),
         toMiddle: () => {
-            const paragraphs = frame.contentDocument.querySelectorAll('p');
+            const paragraphs = [...frame.contentDocument.querySelectorAll('p')].filter(each => each.textContent.length > 20);
             const walker = frame.contentDocument.createTreeWalker(paragraphs[paragraphs.length >> 1], NodeFilter.SHOW_TEXT);
             const text = walker.nextNode();
             frame.contentDocument.body.focus();
