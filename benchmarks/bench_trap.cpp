@@ -35,6 +35,15 @@ struct Module
             benchmark::DoNotOptimize(first += second);
         });
     }
+    __attribute__((noinline)) void withLocalsInFront(int Number)
+    {
+        int first = 0, second = 2;
+        const auto variables = support::given(this, "Number", Number).locals("first", first, "second", second);
+        support::trap("Module", "withLocalsInFront", variables, [&] {
+            first = ++mValue;
+            benchmark::DoNotOptimize(first += second);
+        });
+    }
     __attribute__((noinline)) void nested()
     {
         support::trap("Module", "nested", this, [&] { trapped(); });
@@ -54,6 +63,13 @@ void callWithParameters(benchmark::State &state)
     for (auto _ : state) module.withParameters(text, 3, true);
 }
 
+void callWithLocalsInFront(benchmark::State &state)
+{
+    Module module;
+    for (auto _ : state)
+        module.withLocalsInFront(3);
+}
+
 /// For comparison: what one failure costs, with its report and no one who shows it.
 void failing(benchmark::State &state)
 {
@@ -71,6 +87,7 @@ BENCHMARK(call<&Module::trapped>)->Name("trap");
 BENCHMARK(call<&Module::withResult>)->Name("trap with a result");
 BENCHMARK(callWithParameters)->Name("trap with three parameters");
 BENCHMARK(call<&Module::withLocals>)->Name("trap with two locals");
+BENCHMARK(callWithLocalsInFront)->Name("trap with a parameter and two locals in front of it");
 BENCHMARK(call<&Module::nested>)->Name("trap within a trap");
 BENCHMARK(failing)->Name("a failure, reported")->Unit(benchmark::kMicrosecond);
 

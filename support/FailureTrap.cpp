@@ -75,17 +75,19 @@ void TrapFrame::forgetDumps()
 
 QString TrapFrame::makeDump()
 {
-    VariableDump members(VariableRole::Member), parameters(VariableRole::Parameter);
+    VariableDump locals(VariableRole::Local), members(VariableRole::Member), parameters(VariableRole::Parameter);
+    const auto addAll = [](VariableDump &dump, const detail::NamedVariable *variables, std::size_t count) {
+        for (const detail::NamedVariable *end = variables + count; variables != end; ++variables)
+            variables->dump(dump, variables->name, variables->value);
+    };
     try {
         if (mVariables.dumpMembers) mVariables.dumpMembers(mVariables.object, members);
     } catch (...) {
         // What was dumped before the failure stands.
     }
-    for (std::size_t i = 0; i < mVariables.parameterCount; ++i) {
-        const detail::NamedVariable &parameter = mVariables.parameters[i];
-        parameter.dump(parameters, parameter.name, parameter.value);
-    }
-    return wholeDump(mDumps ? mDumps->locals : QString(), members.text(),
+    addAll(locals, mVariables.locals, mVariables.localCount);
+    addAll(parameters, mVariables.parameters, mVariables.parameterCount);
+    return wholeDump(mDumps ? locals.text() + mDumps->locals : locals.text(), members.text(),
                      mDumps ? parameters.text() + mDumps->parameters : parameters.text());
 }
 

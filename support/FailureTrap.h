@@ -21,19 +21,19 @@
 ///     }
 ///     QString Vellum5::GetVisualHTML()
 ///     {
-///         return trap<QString>("Vellum5", "GetVisualHTML", this, [&](QString &Result) {
-///             int count = 0;
-///             Locals locals("count", count);
-///             ...
+///         int Count = 0;
+///         return trap<QString>("Vellum5", "GetVisualHTML", given(this).locals("Count", Count), [&](QString &Result) {
+///             Count = ...
 ///         });
 ///     }
 ///
 /// The third argument tells where the module's variables are: an object with `void dumpModuleVariables(VariableDump &)
 /// const`, a function `void (VariableDump &)` for a module of functions, or nullptr; `given` adds the procedure's
-/// parameters to it, so that a report shows them also where the procedure failed before its first statement. `Locals`
-/// is declared behind the variables that it names (and `Parameters`, for a parameter that the body has to prepare
-/// first): while the stack unwinds they still see them, and write their dump then. On the way where nothing fails a
-/// trap is a handful of stores, a guard one store a variable.
+/// parameters to it, and `locals` the local variables that stand in front of the trap, so that a report shows them also
+/// where the procedure failed before its first statement. Variables that can only live inside of the body have a
+/// `Locals` declared behind them (and `Parameters`, for a parameter that the body has to prepare first): while the
+/// stack unwinds it still sees them, and writes their dump then. On the way where nothing fails a trap is a handful of
+/// stores, a guard one store a variable.
 ///
 /// The line reported is that of the statement in the procedure that failed. Where a function that it called threw, the
 /// calls that led to the error tell it, as long as the program carries its line table; without one, the last line that
@@ -84,6 +84,8 @@ struct ModuleVariables
     DumpMembers dumpMembers = nullptr;
     const NamedVariable *parameters = nullptr;
     std::size_t parameterCount = 0;
+    const NamedVariable *locals = nullptr;
+    std::size_t localCount = 0;
 
     ModuleVariables(std::nullptr_t) {}
     ModuleVariables(ModuleDump function)
@@ -95,17 +97,29 @@ struct ModuleVariables
     ModuleVariables(const T *module) : object(module), dumpMembers(&dumpMembersOf<T>) {}
 };
 
-/// A procedure's parameters beside its module's variables.
-template <std::size_t count> struct Given
+/// A procedure's parameters and local variables beside its module's variables.
+template <std::size_t parameterCount, std::size_t localCount = 0> struct Given
 {
     ModuleVariables variables;
-    std::array<NamedVariable, count> parameters;
+    std::array<NamedVariable, parameterCount> parameters;
+    std::array<NamedVariable, localCount> localVariables = {};
 
     operator ModuleVariables() const
     {
         ModuleVariables all = variables;
         all.parameters = parameters.data();
-        all.parameterCount = count;
+        all.parameterCount = parameterCount;
+        all.locals = localVariables.data();
+        all.localCount = localCount;
+        return all;
+    }
+
+    /// Adds the procedure's local variables, by name and variable in turn. They stand in front of the trap, so that a
+    /// report shows them from the procedure's first moment on, and as they were when it failed.
+    template <class... Arguments> Given<parameterCount, sizeof...(Arguments) / 2> locals(Arguments &&...arguments) const
+    {
+        Given<parameterCount, sizeof...(Arguments) / 2> all{variables, parameters};
+        nameVariables(all.localVariables.data(), std::forward<Arguments>(arguments)...);
         return all;
     }
 };

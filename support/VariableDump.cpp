@@ -113,6 +113,24 @@ QString formatText(const QString &name, const DumpValue &value, int depth)
     return {};
 }
 
+/// The document model's classes under the names that hosts know them by.
+QString interfaceName(const QString &typeName)
+{
+    static const QHash<QString, QString> names = {
+        {QStringLiteral("AttributeNode"), QStringLiteral("IHTMLDOMAttribute")},
+        {QStringLiteral("ControlRange"), QStringLiteral("IHTMLControlRange")},
+        {QStringLiteral("Document"), QStringLiteral("IHTMLDocument2")},
+        {QStringLiteral("Element"), QStringLiteral("IHTMLElement")},
+        {QStringLiteral("ElementCollection"), QStringLiteral("IHTMLElementCollection")},
+        {QStringLiteral("EventObject"), QStringLiteral("IHTMLEventObj")},
+        {QStringLiteral("Node"), QStringLiteral("IHTMLDOMNode")},
+        {QStringLiteral("SelectionObject"), QStringLiteral("IHTMLSelectionObject")},
+        {QStringLiteral("StyleSheetObject"), QStringLiteral("IHTMLStyleSheet")},
+        {QStringLiteral("TextRange"), QStringLiteral("IHTMLTxtRange")},
+    };
+    return names.value(typeName, typeName);
+}
+
 QString demangled(const std::type_info &type)
 {
     int status = 0;
@@ -141,7 +159,7 @@ DumpValue DumpValue::array(int dimensions, std::vector<Bounds> bounds, std::vect
 
 DumpValue DumpValue::external(const QString &typeName, bool isNothing)
 {
-    DumpValue value(Kind::External, typeName);
+    DumpValue value(Kind::External, interfaceName(typeName));
     value.mIsNothing = isNothing;
     return value;
 }
@@ -174,6 +192,12 @@ QString shortTypeName(const std::type_info &type)
     if (arguments >= 0) name.truncate(arguments);
     name.remove(QLatin1Char('*')).remove(QLatin1String(" const"));
     return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1).trimmed();
+}
+
+QString className(const QMetaObject &type)
+{
+    const QString name = QString::fromLatin1(type.className());
+    return name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
 }
 
 bool isEngineType(const std::type_info &type)
@@ -223,6 +247,11 @@ DumpValue variantValue(const QVariant &value)
     }
     if (value.metaType().flags() & QMetaType::PointerToQObject) return pointerTo(value.value<QObject *>());
     if (value.canConvert<QString>()) return DumpValue::text(value.toString());
+    // A collection's items may be elements, counted references in the shape of a variant.
+    static const QLatin1String reference("base::Ref<");
+    const QString type = QString::fromLatin1(value.typeName());
+    if (type.startsWith(reference))
+        return DumpValue::external(type.mid(type.lastIndexOf(QLatin1Char(':')) + 1).chopped(1), false);
     return DumpValue::record(QString::fromLatin1(value.typeName()));
 }
 

@@ -105,6 +105,8 @@ QString FormatVariable(const QString &Name, const DumpValue &Value, int Depth = 
 namespace detail {
 /// Last part of a demangled type name, without pointer, const and namespaces.
 QString shortTypeName(const std::type_info &type);
+/// A class's name without its namespace.
+QString className(const QMetaObject &type);
 /// Is this a type of the document engine? (One whose outermost namespace is the engine's.)
 bool isEngineType(const std::type_info &type);
 /// A pointer that tells only its static type.
@@ -174,7 +176,7 @@ template <class T> DumpValue pointerTo(T *pointer)
             } else if constexpr (std::is_base_of_v<QMimeData, Bare>) {
                 if (pointer) return DumpValue::dataObject();
             } else if constexpr (std::is_base_of_v<QObject, Bare>) {
-                if (pointer) return DumpValue::object(QString::fromLatin1(pointer->metaObject()->className()));
+                if (pointer) return DumpValue::object(className(*pointer->metaObject()));
             } else if constexpr (std::is_polymorphic_v<Bare>) {
                 if (pointer) return DumpValue::object(shortTypeName(typeid(*pointer)));
             }

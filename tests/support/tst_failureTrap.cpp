@@ -79,6 +79,17 @@ public:
             throw base::Error(13, QStringLiteral("Type mismatch"));
         });
     }
+    void Counting(int &Limit)
+    {
+        int count = 0;
+        dom::Element *at = nullptr;
+        trap("Subject", "Counting", given(this, "Limit", Limit).locals("count", count, "at", at), [&] {
+            count = 7;
+            int further = 1;
+            Locals locals("further", further);
+            throw base::Error(6, QStringLiteral("Overflow"));
+        });
+    }
     QString HalfWay()
     {
         return trap<QString>("Subject", "HalfWay", this, [&](QString &Result) {
@@ -243,6 +254,25 @@ private Q_SLOTS:
         QVERIFY2(report.dump.endsWith("</GlobalVariables>\r\n</Variables>\r\n<Parameters>\r\n<Text>a{Null}b</Text>\r\n"
                                       "<Element>{Can't dump UDT parameters}</Element>\r\n</Parameters>"),
                  qPrintable(report.dump));
+    }
+
+    void localsInFrontOfATrapAreToldFromItsFirstMomentOn()
+    {
+        Subject subject;
+        int limit = 2;
+        base::faults::arm("Subject", "Counting", 5, "early");
+        subject.Counting(limit);
+        subject.Counting(limit);
+        QCOMPARE(mReports.size(), 2u);
+        const QString parameters = "<Parameters>\r\n<Limit>2</Limit>\r\n</Parameters>";
+        QVERIFY2(mReports[0].dump.startsWith("<Variables>\r\n<LocalVariables>\r\n<count>0</count>\r\n"
+                                             "<at>{Nothing}</at>\r\n</LocalVariables>\r\n"),
+                 qPrintable(mReports[0].dump));
+        QVERIFY(mReports[0].dump.endsWith(parameters));
+        QVERIFY2(mReports[1].dump.startsWith("<Variables>\r\n<LocalVariables>\r\n<count>7</count>\r\n"
+                                             "<at>{Nothing}</at>\r\n<further>1</further>\r\n</LocalVariables>\r\n"),
+                 qPrintable(mReports[1].dump));
+        QVERIFY(mReports[1].dump.endsWith(parameters));
     }
 
     void globalsComeInTheirOrder()
