@@ -21,6 +21,12 @@ constexpr qint64 typingPauseMs = 3000;
 // Date zero, 1899-12-30: no record has been seen yet.
 constexpr qint64 neverMs = -2209161600000;
 
+// Which class stands behind a document is the supplier's affair.
+support::DumpValue dumpedDocument(const IChangeDocument *document)
+{
+    return support::DumpValue::external(QStringLiteral("Document"), document == nullptr);
+}
+
 bool isTyping(int kind)
 {
     return kind == textIn || kind == textOut;
@@ -44,7 +50,8 @@ ChangeManager::~ChangeManager()
 
 void ChangeManager::Initialise(const std::shared_ptr<IChangeDocument> &Doc)
 {
-    trap(module, "Initialise", given(this, "Doc", Doc), [&] {
+    const support::DumpValue document = dumpedDocument(Doc.get());
+    trap(module, "Initialise", given(this, "Doc", document), [&] {
         Reset();
         if (!Doc) throw base::Error(base::errors::objectNotSet, QStringLiteral("There is no document to track."));
         mDoc = Doc;
@@ -155,14 +162,18 @@ bool ChangeManager::ChangesWait() const
 
 void ChangeManager::IHTMLChangeSink_Notify()
 {
-    trap(module, "IHTMLChangeSink_Notify", this, [&] {
+    Batch batch;
+    base::Ref<ChangeRecord> record;
+    const auto variables =
+        given(this).locals("AddedChanges", batch.AddedChanges, "Counter", batch.Counter, "IncrementChangeGroup",
+                           batch.IncrementChangeGroup, "ChangeRecord", record, "Length", batch.Length);
+    trap(module, "IHTMLChangeSink_Notify", variables, [&] {
         if (!mChangeLog || mTerminated) return;
         // Who is told of a change may drop the manager: it loads another document.
         const QPointer<ChangeManager> alive(this);
-        Batch batch;
         for (;;) {
-            const auto record = base::make<ChangeRecord>();
-            if (!readChange(*record)) break;
+            record = base::make<ChangeRecord>();
+            if (!readChange(*record, batch.Length)) break;
             if (isFiltered(*record)) continue;
             if (breaksGroup(record->Kind())) batch.IncrementChangeGroup = true;
             mLastKind = record->Kind();
@@ -172,8 +183,8 @@ void ChangeManager::IHTMLChangeSink_Notify()
         // After the records were stacked and before they are numbered: the whole batch gets the new number.
         if (batch.IncrementChangeGroup && !mFreezeChangeGroupID) ++mChangeGroupID;
         if (!mChangesArePrivate)
-            for (const auto &record : batch.AddedChanges)
-                record->setChangeGroupID(mChangeGroupID);
+            for (const auto &added : batch.AddedChanges)
+                added->setChangeGroupID(mChangeGroupID);
         if (mDeferredEndUndoBlock) {
             EndBlock();
             mDeferredEndUndoBlock = false;
@@ -184,9 +195,8 @@ void ChangeManager::IHTMLChangeSink_Notify()
 }
 
 /// False when nothing waits.
-bool ChangeManager::readChange(ChangeRecord &record)
+bool ChangeManager::readChange(ChangeRecord &record, int &Length)
 {
-    int Length = 0;
     mChangeLog->GetNextChange(nullptr, 0, Length);
     if (Length == 0) return false;
     QByteArray ChangeData(Length, Qt::Uninitialized);
@@ -255,13 +265,14 @@ void ChangeManager::AddToStack(ChangeRecords &Stack, const base::Ref<ChangeRecor
 {
     const auto parameters = given(this, "Stack", Stack, "ChangeRecord", Record, "ChangeGroupIsIncrementing",
                                   ChangeGroupIsIncrementing);
-    trap(module, "AddToStack", parameters, [&] {
-        const int count = Stack.Count();
-        if (count >= stackLimit && ChangeGroupIsIncrementing) {
-            const int oldest = Stack.Item(1)->ChangeGroupID();
+    int Count = 0, OldestGroupID = 0;
+    trap(module, "AddToStack", parameters.locals("Count", Count, "OldestGroupID", OldestGroupID), [&] {
+        Count = Stack.Count();
+        if (Count >= stackLimit && ChangeGroupIsIncrementing) {
+            OldestGroupID = Stack.Item(1)->ChangeGroupID();
             // A stack that is one single group isn't cut: the step would lose its beginning.
-            if (Stack.Item(count)->ChangeGroupID() != oldest)
-                for (int removed = 0; removed < count && Stack.Item(1)->ChangeGroupID() == oldest; ++removed)
+            if (Stack.Item(Count)->ChangeGroupID() != OldestGroupID)
+                for (int removed = 0; removed < Count && Stack.Item(1)->ChangeGroupID() == OldestGroupID; ++removed)
                     Stack.Remove(1);
         }
         Stack.Add(Record);
@@ -270,9 +281,11 @@ void ChangeManager::AddToStack(ChangeRecords &Stack, const base::Ref<ChangeRecor
 
 int ChangeManager::FirstChangeGroupID(const ChangeRecords &mChangeStack) const
 {
-    return trap(module, "FirstChangeGroupID", given(this, "mChangeStack", mChangeStack), [&] {
+    int i = 0;
+    const auto variables = given(this, "mChangeStack", mChangeStack).locals("i", i);
+    return trap(module, "FirstChangeGroupID", variables, [&] {
         if (mChangeStack.PublicCount() == 0) return 0;
-        for (int i = mChangeStack.Count(); i >= 1; --i)
+        for (i = mChangeStack.Count(); i >= 1; --i)
             if (const int group = mChangeStack.Item(i)->ChangeGroupID()) return group;
         return 0;
     });
@@ -282,9 +295,10 @@ int ChangeManager::FirstChangeGroupID(const ChangeRecords &mChangeStack) const
 bool ChangeManager::CheckForMore(const ChangeRecords &mChangeStack, int StartAt, int ID) const
 {
     const auto parameters = given(this, "mChangeStack", mChangeStack, "StartAt", StartAt, "ID", ID);
-    return trap(module, "CheckForMore", parameters, [&] {
+    int i = 0;
+    return trap(module, "CheckForMore", parameters.locals("i", i), [&] {
         if (mChangeStack.PublicCount() == 0) return false;
-        for (int i = StartAt; i >= 1; --i)
+        for (i = StartAt; i >= 1; --i)
             if (const int group = mChangeStack.Item(i)->ChangeGroupID()) return group == ID;
         return false;
     });
@@ -292,30 +306,34 @@ bool ChangeManager::CheckForMore(const ChangeRecords &mChangeStack, int StartAt,
 
 void ChangeManager::Undo()
 {
-    trap(module, "Undo", this, [&] { play(Direction::Undo); });
+    Step step;
+    trap(module, "Undo", given(this).locals("GroupID", step.GroupID, "ChangeRecord", step.record),
+         [&] { play(Direction::Undo, step); });
 }
 
 void ChangeManager::Redo()
 {
-    trap(module, "Redo", this, [&] { play(Direction::Redo); });
+    Step step;
+    trap(module, "Redo", given(this).locals("GroupID", step.GroupID, "ChangeRecord", step.record),
+         [&] { play(Direction::Redo, step); });
 }
 
 /// Private records above or inside the step go with it, those beneath it stay.
-void ChangeManager::play(Direction direction)
+void ChangeManager::play(Direction direction, Step &step)
 {
     const bool undo = direction == Direction::Undo;
     ChangeRecords &stack = undo ? *mUndoStack : *mRedoStack;
     if (stack.Count() == 0) return;
     // A record that can't be played is reported, and whoever answers the report may load another document.
     const QPointer<ChangeManager> alive(this);
-    const int GroupID = FirstChangeGroupID(stack);
+    step.GroupID = FirstChangeGroupID(stack);
     bool privateBelongs = false; // holds for a whole run of private records: the same one lies below all of them
     while (stack.Count() > 0) {
-        const base::Ref<ChangeRecord> record = stack.Item(stack.Count());
+        const base::Ref<ChangeRecord> record = step.record = stack.Item(stack.Count());
         const int group = record->ChangeGroupID();
-        if (group != 0 && group != GroupID) break;
+        if (group != 0 && group != step.GroupID) break;
         if (group == 0) {
-            if (!privateBelongs && !CheckForMore(stack, stack.Count(), GroupID)) break;
+            if (!privateBelongs && !CheckForMore(stack, stack.Count(), step.GroupID)) break;
             privateBelongs = true;
         } else {
             privateBelongs = false;

@@ -73,15 +73,27 @@ Q_SIGNALS:
 
 private:
     using Stack = std::unique_ptr<ChangeRecords>;
+    /// What one notification has read so far; a report of its failure shows it.
     struct Batch
     {
-        std::vector<base::Ref<ChangeRecord>> AddedChanges;
+        struct Records : std::vector<base::Ref<ChangeRecord>>
+        {
+            friend support::DumpValue toDumpValue(const Records &records) { return support::dumpCollection(records); }
+        };
+        Records AddedChanges;
         int Counter = 0;
         bool IncrementChangeGroup = false;
+        int Length = 0; ///< bytes of the record that is being read
+    };
+    /// How far an undo or redo has come.
+    struct Step
+    {
+        int GroupID = 0;
+        base::Ref<ChangeRecord> record;
     };
     enum class Direction { Undo, Redo };
 
-    bool readChange(ChangeRecord &record);
+    bool readChange(ChangeRecord &record, int &Length);
     bool isFiltered(const ChangeRecord &record);
     bool breaksGroup(int kind);
     void placeChange(const base::Ref<ChangeRecord> &record, Batch &batch);
@@ -90,7 +102,7 @@ private:
     void AddToStack(ChangeRecords &Stack, const base::Ref<ChangeRecord> &Record, bool ChangeGroupIsIncrementing);
     int FirstChangeGroupID(const ChangeRecords &mChangeStack) const;
     bool CheckForMore(const ChangeRecords &mChangeStack, int StartAt, int ID) const;
-    void play(Direction direction);
+    void play(Direction direction, Step &step);
     void ExecChange(const ChangeRecord &ChangeRecord, bool IsUndo);
     bool IsControlRange();
     void unregisterDirtyRange();
