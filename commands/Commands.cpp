@@ -8,10 +8,10 @@ void Commands::InternalRunCommand(const QString &CommandName, IHTMLElement *Spec
 {
     const auto parameters =
         support::given(&mHost, "CommandName", CommandName, "SpecificElement", SpecificElement);
-    support::trap("Vellum5", "InternalRunCommand", parameters, [&] {
+    bool Ignore = false;
+    support::trap("Vellum5", "InternalRunCommand", parameters.locals("Ignore", Ignore), [&] {
         // A host's handler may remove the element.
         const base::Ref<IHTMLElement> element(SpecificElement);
-        bool Ignore = false;
         mHost.raiseCommandClick(CommandName, Ignore);
         if (Ignore) return;
         if (SpecificElement) mSpecificElement = element;

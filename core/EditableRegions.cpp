@@ -115,7 +115,10 @@ bool EditableRegions::IsElementInEditableSpan(IHTMLElement *e) const
 
 void EditableRegions::GetEditableSpans(IHTMLElement *e, platform::Collection &Spans) const
 {
-    trap(module, "GetEditableSpans", given(&mHost, "e", e), [&] {
+    base::Ref<IHTMLElementCollection> spans;
+    uint32_t i = 0;
+    const auto variables = given(&mHost, "e", e, "Spans", Spans).locals("Elements", spans, "i", i);
+    trap(module, "GetEditableSpans", variables, [&] {
         const Element held(e);
         if (!e) return;
         const auto add = [&Spans](IHTMLElement *span) {
@@ -123,8 +126,9 @@ void EditableRegions::GetEditableSpans(IHTMLElement *e, platform::Collection &Sp
             Spans.Add(QVariant::fromValue(Element(span)), span->idAttribute());
         };
         if (hasTag(e, "SPAN")) add(e);
-        const auto spans = e->all()->tags(QStringLiteral("span"));
-        for (uint32_t i = 0; i < spans->length(); ++i) add(spans->item(i));
+        spans = e->all()->tags(QStringLiteral("span"));
+        for (; i < spans->length(); ++i)
+            add(spans->item(i));
     });
 }
 
@@ -144,11 +148,13 @@ bool EditableRegions::IsWidgetPropertyElement(IHTMLElement *e) const
 
 bool EditableRegions::ContainsWidgetElement(IHTMLElement *e) const
 {
-    return trap(module, "ContainsWidgetElement", given(&mHost, "e", e), [&] {
+    base::Ref<IHTMLElementCollection> all;
+    uint32_t i = 0;
+    return trap(module, "ContainsWidgetElement", given(&mHost, "e", e).locals("Elements", all, "i", i), [&] {
         const Element held(e);
         if (!e) return false;
-        const auto all = e->all();
-        for (uint32_t i = 0; i < all->length(); ++i) {
+        all = e->all();
+        for (; i < all->length(); ++i) {
             IHTMLElement *at = all->item(i);
             if (IsWidgetPropertyElement(at) || IsWidgetElement(at)) return true;
         }

@@ -3,6 +3,7 @@
 
 #include "core/Host.h"
 #include "core/modMain.h"
+#include "core/modMainDump.h"
 #include "engine/surface/View.h"
 #include "platform/CodeMax.h"
 #include "support/FailureTrap.h"
@@ -57,7 +58,9 @@ bool Selection::isReady() const
 
 Element Selection::SelectedElement() const
 {
-    return trap<Element>(module, "SelectedElement", &mHost, [&](Element &Result) {
+    SelectionRange range;
+    const auto variables = given(&mHost).locals("Range", range.text, "ControlRange", range.control);
+    return trap<Element>(module, "SelectedElement", variables, [&](Element &Result) {
         if ((Result = mHost.mSpecificElement())) return;
         IHTMLDocument2 *const DOM = mHost.mDoc();
         if (!DOM) return;
@@ -66,7 +69,7 @@ Element Selection::SelectedElement() const
             Result = cells.front();
         else if (IHTMLElement *area = ed.view().selectedArea())
             Result = area;
-        else if (const SelectionRange range = modMain::CreateRange(DOM))
+        else if ((range = modMain::CreateRange(DOM)))
             Result = range.text ? elementOfText(*range.text) : elementOfControl(range);
         if (!Result) Result = DOM->body();
     });
@@ -102,7 +105,9 @@ Element Selection::elementOfControl(const SelectionRange &range) const
 
 Element Selection::GetSelectedElement() const
 {
-    return trap<Element>("modMain", "GetSelectedElement", nullptr, [&](Element &Result) {
+    SelectionRange range;
+    const auto variables = given(modMain::module).locals("Range", range.text, "ControlRange", range.control);
+    return trap<Element>("modMain", "GetSelectedElement", variables, [&](Element &Result) {
         IHTMLDocument2 *const DOM = mHost.mDoc();
         if (!DOM) return;
         const auto cells = ed.view().cellSelection().cells();
@@ -110,7 +115,7 @@ Element Selection::GetSelectedElement() const
             Result = cells.front()->parentElement();
             return;
         }
-        const SelectionRange range = modMain::CreateRange(DOM);
+        range = modMain::CreateRange(DOM);
         if (range.control) Result = SelectedElement();
         if (range.text) Result = narrowElement(*range.text);
     });
@@ -142,14 +147,17 @@ Element Selection::narrowElement(IHTMLTxtRange &range) const
 
 QString Selection::SelectedHTML() const
 {
-    return trap<QString>(module, "SelectedHTML", &mHost, [&](QString &Result) {
+    SelectionRange range;
+    const auto variables = given(&mHost).locals("Range", range.text, "ControlRange", range.control);
+    return trap<QString>(module, "SelectedHTML", variables, [&](QString &Result) {
         if (!isReady()) return;
         if (mHost.EditView() == EditViewEnum::hvSourceEdit) Result = txtHTMLSource.SelText();
         if (mHost.EditView() != EditViewEnum::hvVisualEdit) return;
-        const SelectionRange range = modMain::CreateRange(mHost.mDoc());
+        range = modMain::CreateRange(mHost.mDoc());
         if (range.text) Result = htmlOfText(*range.text);
         if (!range.control) return;
-        for (const Element &item : range.control->elements()) Result += item->outerHTML();
+        for (const Element &item : range.control->elements())
+            Result += item->outerHTML();
     });
 }
 
@@ -165,20 +173,24 @@ QString Selection::htmlOfText(IHTMLTxtRange &range) const
 
 QString Selection::SelectedText() const
 {
-    return trap<QString>(module, "SelectedText", &mHost, [&](QString &Result) {
+    SelectionRange range;
+    return trap<QString>(module, "SelectedText", given(&mHost).locals("Range", range.text), [&](QString &Result) {
         if (!isReady()) return;
         if (mHost.EditView() == EditViewEnum::hvSourceEdit) Result = txtHTMLSource.SelText();
         if (mHost.EditView() != EditViewEnum::hvVisualEdit) return;
-        if (const SelectionRange range = modMain::CreateRange(mHost.mDoc()); range.text) Result = range.text->text();
+        range = modMain::CreateRange(mHost.mDoc());
+        if (range.text) Result = range.text->text();
     });
 }
 
 void Selection::setSelectedHTML(const QString &Text)
 {
-    trap(module, "SelectedHTML", given(&mHost, "Text", Text), [&] {
+    SelectionRange range;
+    const auto variables = given(&mHost, "Text", Text).locals("Range", range.text, "ControlRange", range.control);
+    trap(module, "SelectedHTML", variables, [&] {
         if (mHost.EditView() == EditViewEnum::hvSourceEdit) return txtHTMLSource.ReplaceSel(Text);
         if (mHost.EditView() != EditViewEnum::hvVisualEdit || !mHost.mDoc()) return;
-        const SelectionRange range = modMain::CreateRange(mHost.mDoc());
+        range = modMain::CreateRange(mHost.mDoc());
         if (range.control)
             replaceControl(*range.control, Text);
         else
@@ -229,16 +241,20 @@ void Selection::replaceElement(IHTMLElement &e, IHTMLTxtRange &around, const QSt
 
 bool Selection::IsWholeElementSelected() const
 {
-    return trap<bool>(module, "IsWholeElementSelected", &mHost, [&](bool &Result) {
-        const QString text = SelectedHTML();
+    QString text;
+    Element e;
+    base::Ref<IHTMLTxtRange> range;
+    const auto variables = given(&mHost).locals("Text", text, "Element", e, "Range", range);
+    return trap<bool>(module, "IsWholeElementSelected", variables, [&](bool &Result) {
+        text = SelectedHTML();
         Result = text.isEmpty();
         if (Result) return;
-        Element e = SelectedElement();
+        e = SelectedElement();
         if (!e) return;
         // The surface wraps what it formats into FONT; the element around it is the one that is meant.
         if (hasTag(e.get(), "FONT") && e->parentElement() && e->parentElement()->children()->length() == 1)
             e = e->parentElement();
-        const auto range = ranges::createTextRange(*mHost.mDoc());
+        range = ranges::createTextRange(*mHost.mDoc());
         range->moveToElementText(e.get());
         Result = equalForms(text, range->htmlText()) || equalForms(text, e->innerHTML());
     });
@@ -254,9 +270,10 @@ SelectionRange Selection::GetCurrentSelection() const
 
 void Selection::SetSelectionToPoint(int x, int y)
 {
-    trap(module, "SetSelectionToPoint", given(&mHost, "x", x, "y", y), [&] {
+    base::Ref<IHTMLTxtRange> range;
+    trap(module, "SetSelectionToPoint", given(&mHost, "x", x, "y", y).locals("Range", range), [&] {
         if (!mHost.mDoc()) return;
-        const auto range = ranges::createTextRange(*mHost.mDoc());
+        range = ranges::createTextRange(*mHost.mDoc());
         if (attempt([&] { ranges::moveToPoint(*range, {x, y}); }) == 0) range->select();
     });
 }
@@ -297,14 +314,15 @@ void Selection::SelectPageElement(const QString &ElementId)
 
 QPoint Selection::GetCaretPosition() const
 {
-    return trap<QPoint>(module, "GetCaretPosition", &mHost, [&](QPoint &Result) {
+    Element start;
+    return trap<QPoint>(module, "GetCaretPosition", given(&mHost).locals("Element", start), [&](QPoint &Result) {
         if (mHost.EditView() == EditViewEnum::hvSourceEdit) {
             const CodeMaxRange range = txtHTMLSource.GetSel(true);
             const QRect rectangle = txtHTMLSource.PosToRect(range.StartLineNo, range.StartColNo);
             Result = txtHTMLSource.mapToGlobal(QPoint(rectangle.left(), rectangle.top() + rectangle.height()));
             return;
         }
-        const Element start = SelectedElement();
+        start = SelectedElement();
         QPoint at(0, start ? start->offsetBox().height() : 0);
         for (const IHTMLElement *e = start.get(); e; e = e->offsetParent())
             at += e->offsetBox().topLeft() - e->scrollPosition();

@@ -65,36 +65,41 @@ void Select(const SelectionRange &Range)
 
 void SaveSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &CharactersFromStart)
 {
-    trap("modMain", "SaveSelectionPoint", given(module, "DOM", DOM), [&] {
-        const SelectionRange range = rangeOf(DOM);
+    const auto parameters =
+        given(module, "DOM", DOM, "SelectionLength", SelectionLength, "CharactersFromStart", CharactersFromStart);
+    SelectionRange range;
+    uint32_t count = 0;
+    trap("modMain", "SaveSelectionPoint", parameters.locals("Range", range.text, "Count", count), [&] {
+        range = rangeOf(DOM);
         if (!range.text) return;
         SelectionLength = int(range.text->text().size());
         ranges::TextIndex &index = range.text->index();
         // In a page without a character the first step stands where it began, and is counted all the same.
-        const uint32_t count = index.total() == 0 ? 1 : range.text->startCount();
+        count = index.total() == 0 ? 1 : range.text->startCount();
         if (isReached(*DOM, index, count)) CharactersFromStart = QString::number(count);
     });
 }
 
 void RestoreSelectionPoint(IHTMLDocument2 *DOM, int &SelectionLength, QString &CharactersFromStart)
 {
-    trap("modMain", "RestoreSelectionPoint",
-         given(module, "DOM", DOM, "SelectionLength", SelectionLength, "CharactersFromStart", CharactersFromStart),
-         [&] {
-             const SelectionRange range = rangeOf(DOM);
-             // In a page without a character every place is the same: the selection stays.
-             if (range.text && range.text->index().total() > 0) {
-                 const uint32_t start = uint32_t(std::max(0, CharactersFromStart.toInt()));
-                 const std::pair stood(range.text->startCount(), range.text->endCount());
-                 range.text->setCounts(start, start + uint32_t(std::max(0, SelectionLength)));
-                 // Where it is there already it keeps its place among those that count the same, and its direction.
-                 const bool isThere = range.text->page().type() == ranges::SelectionObject::Type::Text &&
-                                      stood == std::pair(range.text->startCount(), range.text->endCount());
-                 if (!isThere) range.text->select();
-             }
-             SelectionLength = 0;
-             CharactersFromStart.clear();
-         });
+    const auto parameters =
+        given(module, "DOM", DOM, "SelectionLength", SelectionLength, "CharactersFromStart", CharactersFromStart);
+    SelectionRange range;
+    trap("modMain", "RestoreSelectionPoint", parameters.locals("Range", range.text), [&] {
+        range = rangeOf(DOM);
+        // In a page without a character every place is the same: the selection stays.
+        if (range.text && range.text->index().total() > 0) {
+            const uint32_t start = uint32_t(std::max(0, CharactersFromStart.toInt()));
+            const std::pair stood(range.text->startCount(), range.text->endCount());
+            range.text->setCounts(start, start + uint32_t(std::max(0, SelectionLength)));
+            // Where it is there already it keeps its place among those that count the same, and its direction.
+            const bool isThere = range.text->page().type() == ranges::SelectionObject::Type::Text &&
+                                 stood == std::pair(range.text->startCount(), range.text->endCount());
+            if (!isThere) range.text->select();
+        }
+        SelectionLength = 0;
+        CharactersFromStart.clear();
+    });
 }
 
 } // namespace modMain

@@ -11,7 +11,6 @@ namespace modMain {
 
 using support::attempt;
 using support::given;
-using support::Parameters;
 using support::trap;
 
 long mInstanceCount = 0;
@@ -77,11 +76,13 @@ static QString withExtra(const QString &path, const QString &extra)
 QVariant GetAppValue(const QString &KeyName, const QVariant &DefaultValue, int ConversionType, const QString &ExtraPath,
                      support::SettingsRoot Root, const QString &RootPath)
 {
-    return trap<QVariant>("modMain", "GetAppValue", module, [&](QVariant &Result) {
-        Parameters parameters("KeyName", KeyName, "ConversionType", ConversionType, "ExtraPath", ExtraPath, "RootPath",
-                              RootPath);
-        const QString path = withExtra(RootPath.isEmpty() ? RegKeyPath() : RootPath, ExtraPath);
-        QString value = support::SettingsStore::instance().read(Root, path, KeyName);
+    const auto parameters = given(module, "KeyName", KeyName, "DefaultValue", DefaultValue, "ConversionType",
+                                  ConversionType, "ExtraPath", ExtraPath, "Root", Root, "RootPath", RootPath);
+    QString path, value;
+    const auto variables = parameters.locals("Path", path, "Value", value);
+    return trap<QVariant>("modMain", "GetAppValue", variables, [&](QVariant &Result) {
+        path = withExtra(RootPath.isEmpty() ? RegKeyPath() : RootPath, ExtraPath);
+        value = support::SettingsStore::instance().read(Root, path, KeyName);
         if (value.isEmpty()) value = settingText(DefaultValue);
         if (ConversionType == conversionNumber)
             Result = leadingNumber(value);
@@ -92,9 +93,10 @@ QVariant GetAppValue(const QString &KeyName, const QVariant &DefaultValue, int C
 
 void SetAppValue(const QString &KeyName, const QVariant &Value, const QString &ExtraPath)
 {
-    trap("modMain", "SetAppValue", module, [&] {
-        Parameters parameters("KeyName", KeyName, "ExtraPath", ExtraPath);
-        const QString path = withExtra(RegKeyPath(), ExtraPath);
+    QString path;
+    const auto parameters = given(module, "KeyName", KeyName, "Value", Value, "ExtraPath", ExtraPath);
+    trap("modMain", "SetAppValue", parameters.locals("Path", path), [&] {
+        path = withExtra(RegKeyPath(), ExtraPath);
         const bool flag = Value.typeId() == QMetaType::Bool;
         support::SettingsStore &store = support::SettingsStore::instance();
         store.createKey(support::SettingsRoot::CurrentUser, path);
@@ -232,11 +234,13 @@ static bool isBody(const IHTMLElement *e)
 
 bool IsChildElement(IHTMLElement *Parent, IHTMLElement *e)
 {
-    return trap("modMain", "IsChildElement", given(module, "Parent", Parent, "e", e), [&] {
+    QString UniqueName;
+    const auto variables = given(module, "Parent", Parent, "e", e).locals("UniqueName", UniqueName);
+    return trap("modMain", "IsChildElement", variables, [&] {
         if (!Parent) return false;
-        const QString wanted = GetUniqueName(Parent);
+        UniqueName = GetUniqueName(Parent);
         for (IHTMLElement *at = e; at && !isBody(at); at = at->parentElement())
-            if (at->parentElement() && GetUniqueName(at->parentElement()) == wanted) return true;
+            if (at->parentElement() && GetUniqueName(at->parentElement()) == UniqueName) return true;
         return false;
     });
 }
@@ -248,8 +252,9 @@ bool IsElementEditable(IHTMLElement *e)
 
 bool IsEditWrapperElement(IHTMLElement *e)
 {
-    return trap("modMain", "IsEditWrapperElement", given(module, "e", e), [&] {
-        const QString name = GetElementClassName(e);
+    QString name;
+    return trap("modMain", "IsEditWrapperElement", given(module, "e", e).locals("ClassName", name), [&] {
+        name = GetElementClassName(e);
         return name.contains(QLatin1String("widgetproperty"), Qt::CaseInsensitive) ||
                name.contains(QLatin1String("qsedit"), Qt::CaseInsensitive) ||
                name.contains(QLatin1String("lxedit"), Qt::CaseInsensitive);
@@ -258,11 +263,13 @@ bool IsEditWrapperElement(IHTMLElement *e)
 
 bool IsVisibleElement(IHTMLElement *e, bool OnlyEditable)
 {
-    return trap("modMain", "IsVisibleElement", given(module, "e", e, "OnlyEditable", OnlyEditable), [&] {
+    QString name, tag;
+    const auto parameters = given(module, "e", e, "OnlyEditable", OnlyEditable);
+    return trap("modMain", "IsVisibleElement", parameters.locals("ClassName", name, "TagName", tag), [&] {
         if (!e) return false;
-        const QString name = GetElementClassName(e);
+        name = GetElementClassName(e);
         if (OnlyEditable && !IsElementEditable(e)) return name == QLatin1String("BrimContentWidget");
-        const QString tag = e->tagName();
+        tag = e->tagName();
         if (tag == QLatin1String("DIV")) return !IsEditWrapperElement(e);
         if (tag != QLatin1String("SPAN")) return true;
         if (e->idAttribute().contains(QLatin1String("TaggedComment|"))) return false;
@@ -296,8 +303,8 @@ QString GetHrefFromElement(IHTMLElement *e)
 
 QString ToRelativeFileName(const QString &BaseURL, const QString &FileName)
 {
-    return trap<QString>("modMain", "ToRelativeFileName", module, [&](QString &Result) {
-        Parameters parameters("BaseURL", BaseURL, "FileName", FileName);
+    const auto parameters = given(module, "BaseURL", BaseURL, "FileName", FileName);
+    return trap<QString>("modMain", "ToRelativeFileName", parameters, [&](QString &Result) {
         Result = FileName;
         // From an address of the network no file can be seen.
         if (!BaseURL.isEmpty() && IsFileURL(BaseURL))

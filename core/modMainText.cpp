@@ -49,13 +49,14 @@ int hexDigit(QChar c)
 
 qsizetype InStrEx(qsizetype Start, const QString &Text, const QString &SearchFor, enum Compare Compare)
 {
-    return trap("modMain", "InStrEx", given(module, "Start", Start, "Text", Text, "SearchFor", SearchFor),
+    const auto parameters = given(module, "Start", Start, "Text", Text, "SearchFor", SearchFor, "Compare", Compare);
+    qsizetype from = 0, counted = 0; // up to where quotes have been counted
+    bool inQuotes = false;
+    return trap("modMain", "InStrEx", parameters.locals("From", from, "Counted", counted, "InQuotes", inQuotes),
                 [&]() -> qsizetype {
                     const auto sensitivity = Compare == Compare::Text ? Qt::CaseInsensitive : Qt::CaseSensitive;
-                    qsizetype from = std::max<qsizetype>(Start, 1) - 1;
+                    from = std::max<qsizetype>(Start, 1) - 1;
                     if (from >= Text.size()) return 0;
-                    qsizetype counted = 0; // up to where quotes have been counted
-                    bool inQuotes = false;
                     for (;;) {
                         const qsizetype hit = Text.indexOf(SearchFor, from, sensitivity);
                         if (hit < 0) return 0;
@@ -71,10 +72,12 @@ qsizetype InStrEx(qsizetype Start, const QString &Text, const QString &SearchFor
 
 QString ParseURL(const QString &URL, const QString &BaseURL)
 {
-    return trap("modMain", "ParseURL", given(module, "URL", URL, "BaseURL", BaseURL), [&] {
+    QString base, name;
+    const auto parameters = given(module, "URL", URL, "BaseURL", BaseURL);
+    return trap("modMain", "ParseURL", parameters.locals("Base", base, "Name", name), [&] {
         if (!IsFileURL(URL)) return URL;
-        const QString base = IsFileURL(BaseURL) ? FileURLToFileName(BaseURL) : BaseURL;
-        const QString name = FileURLToFileName(URL);
+        base = IsFileURL(BaseURL) ? FileURLToFileName(BaseURL) : BaseURL;
+        name = FileURLToFileName(URL);
         return name.startsWith(base, Qt::CaseInsensitive) ? name.mid(base.size()) : name;
     });
 }
@@ -88,8 +91,9 @@ bool IsFileURL(const QString &URL)
 
 QString FileURLToFileName(const QString &URL)
 {
-    return trap("modMain", "FileURLToFileName", given(module, "URL", URL), [&] {
-        QString name = URL;
+    QString name;
+    return trap("modMain", "FileURLToFileName", given(module, "URL", URL).locals("Name", name), [&] {
+        name = URL;
         for (const auto *start : {"file:///", "file://"}) {
             if (!name.startsWith(QLatin1String(start), Qt::CaseInsensitive)) continue;
             name.remove(0, QLatin1String(start).size());
@@ -101,10 +105,11 @@ QString FileURLToFileName(const QString &URL)
 
 QString RemoveEntities(const QString &Text)
 {
-    return trap("modMain", "RemoveEntities", given(module, "Text", Text), [&] {
-        QString result;
+    QString result;
+    qsizetype i = 0;
+    return trap("modMain", "RemoveEntities", given(module, "Text", Text).locals("Result", result, "i", i), [&] {
         result.reserve(Text.size());
-        for (qsizetype i = 0; i < Text.size(); ++i) {
+        for (; i < Text.size(); ++i) {
             QChar c = Text[i];
             // What comes out may be a "%" again, and begin the next escape.
             while (c == u'%' && i + 2 < Text.size()) {
@@ -121,10 +126,11 @@ QString RemoveEntities(const QString &Text)
 
 QString GetHrefFromOuterHTML(const QString &Text)
 {
-    return trap("modMain", "GetHrefFromOuterHTML", given(module, "Text", Text), [&]() -> QString {
+    QString href;
+    return trap("modMain", "GetHrefFromOuterHTML", given(module, "Text", Text).locals("Href", href), [&]() -> QString {
         const qsizetype start = Text.indexOf(QLatin1String("href="), 0, Qt::CaseInsensitive);
         if (start < 0) return {};
-        const QString href = Text.mid(start + 6);
+        href = Text.mid(start + 6);
         const qsizetype quote = href.indexOf(QLatin1Char('"'), 1);
         return quote < 0 ? href : href.left(quote);
     });
@@ -133,8 +139,10 @@ QString GetHrefFromOuterHTML(const QString &Text)
 QString ReturnBody(const QString &CompleteDocument)
 {
     QString Result = CompleteDocument; // what a failure leaves: no text is lost by it
-    trap("modMain", "ReturnBody", given(module, "CompleteDocument", CompleteDocument), [&] {
-        if (const auto place = findBody(Result)) Result = Result.mid(place->begin, place->end - place->begin);
+    std::optional<BodyPlace> place;
+    const auto variables = given(module, "CompleteDocument", CompleteDocument).locals("Place", place);
+    trap("modMain", "ReturnBody", variables, [&] {
+        if ((place = findBody(Result))) Result = Result.mid(place->begin, place->end - place->begin);
         Result = RemoveLeadingAndTrailingLineFeeds(Result);
     });
     return Result;
@@ -143,8 +151,10 @@ QString ReturnBody(const QString &CompleteDocument)
 QString ReturnNonBody(const QString &CompleteDocument, const QString &NewBody)
 {
     QString Result = CompleteDocument;
-    trap("modMain", "ReturnNonBody", given(module, "CompleteDocument", CompleteDocument, "NewBody", NewBody), [&] {
-        if (const auto place = findBody(Result)) Result = Result.left(place->begin) + NewBody + Result.mid(place->end);
+    std::optional<BodyPlace> place;
+    const auto parameters = given(module, "CompleteDocument", CompleteDocument, "NewBody", NewBody);
+    trap("modMain", "ReturnNonBody", parameters.locals("Place", place), [&] {
+        if ((place = findBody(Result))) Result = Result.left(place->begin) + NewBody + Result.mid(place->end);
         Result = RemoveLeadingAndTrailingLineFeeds(Result);
     });
     return Result;
@@ -153,8 +163,9 @@ QString ReturnNonBody(const QString &CompleteDocument, const QString &NewBody)
 QString RemoveLeadingAndTrailingLineFeeds(const QString &Text)
 {
     QString Result = Text;
-    trap("modMain", "RemoveLeadingAndTrailingLineFeeds", given(module, "Text", Text), [&] {
-        qsizetype begin = 0, end = Text.size();
+    qsizetype begin = 0, end = Text.size();
+    const auto variables = given(module, "Text", Text).locals("Begin", begin, "End", end);
+    trap("modMain", "RemoveLeadingAndTrailingLineFeeds", variables, [&] {
         const auto isPair = [&Text](qsizetype at) { return Text[at] == u'\r' && Text[at + 1] == u'\n'; };
         while (end - 2 >= 0 && isPair(end - 2))
             end -= 2;
