@@ -118,7 +118,7 @@ void Changes::Undo()
             modMain::RestoreSelectionPoint(mHost.mDoc(), mState.mSelectionLength, mState.mSelectionCharactersFromStart);
         }
         clearCellHighlights();
-        mEvents.ed_CommandStateChange(-1, true);
+        mEvents.ed_CommandStateChange(-1, -1);
         mEvents.RaiseChangeEvent(true);
     });
 }
@@ -136,7 +136,7 @@ void Changes::Redo()
                 manager->Redo();
             if (manager) manager->Flush();
         }
-        mEvents.ed_CommandStateChange(-1, true);
+        mEvents.ed_CommandStateChange(-1, -1);
     });
 }
 

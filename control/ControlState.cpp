@@ -2,6 +2,7 @@
 #include "control/ControlState.h"
 
 #include "commands/VirtualCommandManager.h"
+#include "control/EventProxy.h"
 #include "control/Theme.h"
 #include "undo/ChangeManager.h"
 
@@ -11,7 +12,8 @@ ControlState::~ControlState() = default;
 
 void ControlState::dumpModuleVariables(support::VariableDump &dump) const
 {
-    const auto external = [&dump](const char *name) { dump.addExternal(name); };
+    // Those that nothing makes yet.
+    constexpr auto missing = nullptr;
     dump.add("ChangeDelay", ChangeDelay)
         .add("DontPostWhenEditViewChanges", DontPostWhenEditViewChanges)
         .add("PageMapDragInProgress", PageMapDragInProgress)
@@ -25,14 +27,14 @@ void ControlState::dumpModuleVariables(support::VariableDump &dump) const
         .add("mShowPageMap", mShowPageMap)
         .add("mShowTagBar", mShowTagBar)
         .add("mBodyMode", mBodyMode)
-        .add("mCurrentEditView", int(mCurrentEditView));
-    external("mStylesheets");
-    dump.add("mShowDetails", mShowDetails)
+        .add("mCurrentEditView", int(mCurrentEditView))
+        .add("mStylesheets", mStylesheets)
+        .add("mShowDetails", mShowDetails)
         .add("mLoadingEd", mLoadingEd)
         .add("Busy", Busy)
-        .add("mDynamicSpellCheck", mDynamicSpellCheck);
-    external("mSpellChoiceElement");
-    dump.add("mSpellImagePath", mSpellImagePath)
+        .add("mDynamicSpellCheck", mDynamicSpellCheck)
+        .add("mSpellChoiceElement", mSpellChoiceElement)
+        .add("mSpellImagePath", mSpellImagePath)
         .add("mSpellCheckInProgress", mSpellCheckInProgress)
         .add("mShowPropertySheet", mShowPropertySheet)
         .add("mLastChangeTime", mLastChangeTime)
@@ -40,22 +42,22 @@ void ControlState::dumpModuleVariables(support::VariableDump &dump) const
         .add("mHTMLEdIsDirty", mHTMLEdIsDirty)
         .add("mHTMLSourceChanged", mHTMLSourceChanged)
         .add("mDirty", mDirty)
-        .add("mDragSelectionBookmark", mDragSelectionBookmark);
-    external("mCommandManager");
-    dump.add("mKeyContextMenu", mKeyContextMenu)
+        .add("mDragSelectionBookmark", mDragSelectionBookmark)
+        .add("mCommandManager", mCommandManager)
+        .add("mKeyContextMenu", mKeyContextMenu)
         .add("mTerminating", mTerminating)
-        .add("mTerminated", mTerminated);
-    external("mTooltip");
-    dump.add("mEnableLinkClicks", mEnableLinkClicks)
+        .add("mTerminated", mTerminated)
+        .add("mTooltip", missing)
+        .add("mEnableLinkClicks", mEnableLinkClicks)
         .add("mShowPreviewButton", mShowPreviewButton)
-        .add("mContextToolbarStyle", mContextToolbarStyle);
-    external("mTheme");
-    dump.add("mThemed", mThemed)
+        .add("mContextToolbarStyle", mContextToolbarStyle)
+        .add("mTheme", mTheme)
+        .add("mThemed", mThemed)
         .add("mBorderStyle", mBorderStyle)
         .add("mBackColor", mBackColor)
-        .add("mLocked", mLocked);
-    external("mEventProxy");
-    dump.add("mWrapCharacters", mWrapCharacters)
+        .add("mLocked", mLocked)
+        .add("mEventProxy", mEventProxy)
+        .add("mWrapCharacters", mWrapCharacters)
         .add("mAutoFormatRemoveBlankLines", mAutoFormatRemoveBlankLines)
         .add("mAllowNavigate", mAllowNavigate)
         .add("mNavigateSound", mNavigateSound)
@@ -70,19 +72,27 @@ void ControlState::dumpModuleVariables(support::VariableDump &dump) const
         .add("mSelectionCharactersFromStart", mSelectionCharactersFromStart)
         .add("mSavedSelectionLength", mSavedSelectionLength)
         .add("mSavedSelectionCharactersFromStart", mSavedSelectionCharactersFromStart)
-        .add("mFakeClickElementId", mFakeClickElementId);
-    external("mSpecificElement");
-    external("mTagSupport");
-    external("mPageMap");
-    external("mPageTagBar");
-    dump.add("mLastVisualContent", mLastVisualContent)
+        .add("mFakeClickElementId", mFakeClickElementId)
+        .add("mSpecificElement", mSpecificElement)
+        .add("mTagSupport", missing)
+        .add("mPageMap", missing)
+        .add("mPageTagBar", missing)
+        .add("mLastVisualContent", mLastVisualContent)
         .add("mOutputDebugStrings", mOutputDebugStrings)
         .add("mChangeKey", mChangeKey)
         .add("mCmdFail", mCmdFail)
-        .add("mMouseIsDown", mMouseIsDown);
-    // Those that raise events stand behind the fields.
-    for (const char *name : {"mSpell", "mChangeManager", "mSpellChecker", "mFindReplaceForm", "TempSpellChecker", "mDock",
-                             "HTMLAttributes", "mColorize", "mMoveCaretTimer", "mFakeClickTimer", "mRefreshToolsTimer",
-                             "mShowFindReplaceTimer"})
-        external(name);
+        .add("mMouseIsDown", mMouseIsDown)
+        // Those that raise events stand behind the fields.
+        .add("mSpell", missing)
+        .add("mChangeManager", mChangeManager)
+        .add("mSpellChecker", missing)
+        .add("mFindReplaceForm", missing)
+        .add("TempSpellChecker", missing)
+        .add("mDock", missing)
+        .add("HTMLAttributes", missing)
+        .add("mColorize", missing)
+        .add("mMoveCaretTimer", missing)
+        .add("mFakeClickTimer", missing)
+        .add("mRefreshToolsTimer", mRefreshToolsTimer)
+        .add("mShowFindReplaceTimer", missing);
 }

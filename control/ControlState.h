@@ -11,6 +11,7 @@
 #include <memory>
 
 class ChangeManager;
+class EventProxy;
 class Theme;
 class VirtualCommandManager;
 
@@ -61,6 +62,7 @@ struct ControlState {
     int mBorderStyle = 1;
     uint mBackColor = 0xFFFFFF; ///< red in the low byte
     bool mLocked = false;
+    std::unique_ptr<EventProxy> mEventProxy; ///< made for the first who asks
     int mWrapCharacters = 0;
     bool mAutoFormatRemoveBlankLines = false;
     bool mAllowNavigate = false;
@@ -84,6 +86,7 @@ struct ControlState {
     bool mCmdFail = false;
     bool mMouseIsDown = false;
     std::unique_ptr<ChangeManager> mChangeManager;
+    std::unique_ptr<base::Timer> mRefreshToolsTimer; ///< there from its start until it has fired
 
     ControlState();
     ~ControlState();

@@ -18,7 +18,6 @@
 #include <QRegularExpression>
 
 using support::given;
-using support::Parameters;
 using support::trap;
 
 namespace {
@@ -89,8 +88,7 @@ DocumentText::DocumentText(ControlState &state, Host &host, HTMLEditor &ed, Code
 
 void DocumentText::setDocumentHTML(const QString &Text)
 {
-    trap(module, "DocumentHTML", &mState, [&] {
-        Parameters parameters("Text", Text);
+    trap(module, "DocumentHTML", given(&mState, "Text", Text), [&] {
         RecoveryJournal::Replacement replacement(*journal);
         SetInternalHTMLText(Text, true);
         UpdateCurrentView(true);
@@ -101,7 +99,7 @@ void DocumentText::setDocumentHTML(const QString &Text)
 
 void DocumentText::setBodyText(const QString &Text)
 {
-    trap(module, "BodyText", &mState, [&] { setDocumentHTML(AddHTMLWrapper(Text)); });
+    trap(module, "BodyText", given(&mState, "Text", Text), [&] { setDocumentHTML(AddHTMLWrapper(Text)); });
 }
 
 QString DocumentText::BodyText()
@@ -112,8 +110,7 @@ QString DocumentText::BodyText()
 
 void DocumentText::SetInternalHTMLText(QString Text, bool ClearUndo)
 {
-    trap(module, "SetInternalHTMLText", &mState, [&] {
-        Parameters parameters("Text", Text, "ClearUndo", ClearUndo);
+    trap(module, "SetInternalHTMLText", given(&mState, "Text", Text, "ClearUndo", ClearUndo), [&] {
         Text = withoutHelpInstructions(Text);
         const bool bodyMode = mState.mBodyMode;
         txtHTMLSource.setText(bodyMode ? FormatHTML(modMain::ReturnBody(Text), true) : FormatHTML(Text, false));
@@ -139,13 +136,13 @@ QString DocumentText::FormatHTML(const QString &Text, bool IsBody)
 
 void DocumentText::SetedDocumentHTML(const QString &Text)
 {
-    trap(module, "SetedDocumentHTML", &mState, [&] {
-        Parameters parameters("Text", Text);
+    QString posted;
+    trap(module, "SetedDocumentHTML", given(&mState, "Text", Text).locals("Posted", posted), [&] {
         if (!mState.mInitialised) return;
         mState.mLoadingEd = true;
         ShutDownBeforeReload();
         mState.mRespondToDocumentComplete = true;
-        QString posted = Text;
+        posted = Text;
         if (mState.mBodyMode)
             posted = AddHTMLWrapper(modMain::ReturnBody(Text));
         else if (!mState.mBOM.isEmpty() && !Text.startsWith(shownMark))
@@ -166,8 +163,10 @@ void DocumentText::ShutDownBeforeReload()
 
 QString DocumentText::AddHTMLWrapper(const QString &Text)
 {
-    return trap<QString>(module, "AddHTMLWrapper", &mState, [&](QString &Result) {
-        const bool editable = mState.mEditMode == 1 && mState.mCurrentEditView == EditViewEnum::hvVisualEdit;
+    bool editable = false;
+    const auto variables = given(&mState, "Text", Text).locals("Editable", editable);
+    return trap<QString>(module, "AddHTMLWrapper", variables, [&](QString &Result) {
+        editable = mState.mEditMode == 1 && mState.mCurrentEditView == EditViewEnum::hvVisualEdit;
         const QStringList lines = {
             QStringLiteral("<!doctype HTML PUBLIC \"-//W3C//DTD HTML 4.0 Transitional//EN\">"),
             QStringLiteral("<HTML xmlns:MSHelp=\"%1\">").arg(helpNamespace),
@@ -188,12 +187,13 @@ QString DocumentText::AddHTMLWrapper(const QString &Text)
 
 QString DocumentText::StyleSheetLinks()
 {
-    return trap<QString>(module, "StyleSheetLinks", &mState, [&](QString &Result) {
+    int i = 0;
+    return trap<QString>(module, "StyleSheetLinks", given(&mState).locals("i", i), [&](QString &Result) {
         // COMPAT: the rule's closing brace is missing; the comment's end follows at once.
         Result = QStringLiteral("<style><!-- SPAN.lxMisspelled { ") + misspellingRule(mState.mSpellImagePath) +
                  QStringLiteral(" --></style>");
         if (!mState.mStylesheets) return;
-        for (int i = 1; i <= mState.mStylesheets->Count(); ++i)
+        for (i = 1; i <= mState.mStylesheets->Count(); ++i)
             Result += QStringLiteral("    <link rel=\"stylesheet\" href=\"") + mState.mStylesheets->Item(i).toString() +
                       QStringLiteral("\" type=\"text/css\">\r\n");
     });
@@ -208,8 +208,7 @@ bool DocumentText::isActive() const
 
 void DocumentText::ed_DocumentComplete(const QString &URL)
 {
-    trap(module, "ed_DocumentComplete", &mState, [&] {
-        Parameters parameters("URL", URL);
+    trap(module, "ed_DocumentComplete", given(&mState, "URL", URL), [&] {
         // What a script's address ends in is no load, and takes neither edits nor undo steps away.
         if (std::exchange(mScriptAddress, false) && !mState.mLoadingEd) return;
         mState.mLoadingEd = false;
@@ -276,24 +275,27 @@ QString DocumentText::DocumentHTML()
 
 void DocumentText::UpdateInternalHTMLText()
 {
-    trap(module, "UpdateInternalHTMLText", &mState, [&] {
+    QString text;
+    trap(module, "UpdateInternalHTMLText", given(&mState).locals("Text", text), [&] {
         if (mState.mCurrentEditView != EditViewEnum::hvVisualEdit || !mState.mHTMLEdIsDirty) return;
         // While a load is under way, and once the control has ended, there is nothing on the surface to copy, and the
         // store has the text.
         if (mState.mLoadingEd || !mDoc()) return;
         // No document reads as nothing: a reading that failed must not empty the store.
-        if (const QString text = GetVisualHTML(); !text.isEmpty()) SetInternalHTMLText(text, false);
+        text = GetVisualHTML();
+        if (!text.isEmpty()) SetInternalHTMLText(text, false);
     });
 }
 
 QString DocumentText::GetVisualHTML()
 {
-    return trap<QString>(module, "GetVisualHTML", &mState, [&](QString &Result) {
+    base::Ref<IHTMLDocument2> copy;
+    return trap<QString>(module, "GetVisualHTML", given(&mState).locals("Copy", copy), [&](QString &Result) {
         if (!mHost.IsUserMode() || !mState.mInitialised || mState.mLoadingEd || !mDoc()) return;
         Result = mDoc()->documentElement()->outerHTML();
         if (mState.mDynamicSpellCheck) {
             // The live document mustn't be touched, or it would be marked anew at each read.
-            const base::Ref<IHTMLDocument2> copy = html::parseDocument(Result);
+            copy = html::parseDocument(Result);
             const std::vector<IHTMLElement *> spans = copy->elementsNamed("span");
             for (const auto &span : std::vector<base::Ref<IHTMLElement>>(spans.begin(), spans.end()))
                 if (isMarker(*span)) dissolve(*span);
@@ -318,8 +320,9 @@ bool DocumentText::Loading() const
 
 void DocumentText::WaitUntilLoaded()
 {
-    trap(module, "WaitUntilLoaded", &mState, [&] {
-        for (int pass = 0; pass < 21 && mState.mLoadingEd; ++pass) {
+    int pass = 0;
+    trap(module, "WaitUntilLoaded", given(&mState).locals("Pass", pass), [&] {
+        for (; pass < 21 && mState.mLoadingEd; ++pass) {
             changes::EditScope::Suspension pump;
             QCoreApplication::processEvents();
         }
@@ -328,8 +331,8 @@ void DocumentText::WaitUntilLoaded()
 
 bool DocumentText::SetDocumentHTMLWithChangeKey(const QString &RHS, const QString &ChangeKey)
 {
-    return trap<bool>(module, "SetDocumentHTMLWithChangeKey", &mState, [&](bool &Result) {
-        Parameters parameters("RHS", RHS, "ChangeKey", ChangeKey);
+    const auto parameters = given(&mState, "RHS", RHS, "ChangeKey", ChangeKey);
+    return trap<bool>(module, "SetDocumentHTMLWithChangeKey", parameters, [&](bool &Result) {
         if (ChangeKey != mState.mChangeKey) {
             setDocumentHTML(RHS);
             mState.mChangeKey = ChangeKey;
@@ -342,7 +345,7 @@ bool DocumentText::SetDocumentHTMLWithChangeKey(const QString &RHS, const QStrin
 
 void DocumentText::SetChangeKey(const QString &ChangeKey)
 {
-    trap(module, "SetChangeKey", &mState, [&] { mState.mChangeKey = ChangeKey; });
+    trap(module, "SetChangeKey", given(&mState, "ChangeKey", ChangeKey), [&] { mState.mChangeKey = ChangeKey; });
 }
 
 // Files
@@ -356,20 +359,23 @@ static QString fetch(const QString &URL)
 
 void DocumentText::LoadFile(const QString &Filename)
 {
-    trap(module, "LoadFile", &mState, [&] {
-        Parameters parameters("Filename", Filename);
+    bool isThere = false;
+    QString page;
+    const auto variables = given(&mState, "Filename", Filename).locals("IsThere", isThere, "Page", page);
+    trap(module, "LoadFile", variables, [&] {
         if (!Filename.startsWith(QLatin1String("http:"))) {
             mState.mBaseURL = QStringLiteral("file://") + platform::FileHelper::folderPart(Filename);
             platform::DecodedText file;
             // A folder is no missing file: it can't be read.
-            const bool isThere = platform::FileHelper::exists(Filename) || platform::FileHelper::isFolder(Filename);
+            isThere = platform::FileHelper::exists(Filename) || platform::FileHelper::isFolder(Filename);
             if (isThere) file = platform::FileHelper::readText(Filename);
+            page = file.text;
             // Only now: a file that can't be read leaves the old one's name, text and format.
             mFormat = file.format;
-            setDocumentHTML(file.text);
+            setDocumentHTML(page);
         } else {
             mState.mBaseURL = Filename.left(Filename.lastIndexOf(u'/') + 1);
-            const QString page = fetch(Filename);
+            page = fetch(Filename);
             mFormat = {};
             setDocumentHTML(page);
         }
@@ -379,21 +385,22 @@ void DocumentText::LoadFile(const QString &Filename)
 
 void DocumentText::SaveFile(bool &Cancel, bool Prompt)
 {
-    trap(module, "SaveFile", &mState, [&] {
-        Parameters parameters("Cancel", Cancel, "Prompt", Prompt);
+    auto answer = platform::MessageBox::Button::Yes;
+    platform::EncodedText written;
+    const auto parameters = given(&mState, "Cancel", Cancel, "Prompt", Prompt);
+    trap(module, "SaveFile", parameters.locals("Answer", answer, "Message", written.message), [&] {
         if (!Dirty()) return;
         if (Prompt) {
             using platform::MessageBox;
             changes::EditScope::Suspension modal;
-            const auto answer = MessageBox::show(
-                MessageBox::Icon::Question, QStringLiteral("Save changes"),
-                QStringLiteral("Would you like to save your changes to this file ?"),
-                {MessageBox::Button::Yes, MessageBox::Button::No, MessageBox::Button::Cancel}, mHost.window());
+            answer = MessageBox::show(MessageBox::Icon::Question, QStringLiteral("Save changes"),
+                                      QStringLiteral("Would you like to save your changes to this file ?"),
+                                      {MessageBox::Button::Yes, MessageBox::Button::No, MessageBox::Button::Cancel},
+                                      mHost.window());
             if (answer == MessageBox::Button::Cancel) Cancel = true;
             if (answer != MessageBox::Button::Yes) return;
         }
-        const platform::EncodedText written =
-            platform::FileHelper::writeText(mState.mFileName, GetInternalHTMLText(), mFormat);
+        written = platform::FileHelper::writeText(mState.mFileName, GetInternalHTMLText(), mFormat);
         mFormat = written.format;
         journal->documentSaved();
         if (!written.message.isEmpty()) {
@@ -408,14 +415,17 @@ void DocumentText::SaveFile(bool &Cancel, bool Prompt)
 
 void DocumentText::Navigate(const surface::Navigation &navigation)
 {
-    trap(module, "Navigate", &mState, [&] {
-        Parameters parameters("URL", navigation.url);
+    const auto parameters =
+        given(&mState, "URL", navigation.url, "Flags", navigation.flags, "TargetFrameName", navigation.targetFrameName,
+              "PostData", navigation.postData, "Headers", navigation.headers);
+    QString sound;
+    trap(module, "Navigate", parameters.locals("Sound", sound), [&] {
         mState.mAllowNavigate = true;
         mScriptAddress = startsWith(navigation.url, "javascript:") && mState.mEditMode == 0;
         if (!mScriptAddress) {
             mState.mLoadingEd = true;
             support::SettingsStore &store = support::SettingsStore::instance();
-            const QString sound = store.read(support::SettingsRoot::CurrentUser, navigatingKey, QString());
+            sound = store.read(support::SettingsRoot::CurrentUser, navigatingKey, QString());
             if (!sound.isEmpty()) {
                 mState.mNavigateSound = sound;
                 store.write(support::SettingsRoot::CurrentUser, navigatingKey, QString(), QString());

@@ -41,7 +41,8 @@ void SurfaceEvents::restartChangeTimer()
 
 void SurfaceEvents::mChangeManager_Changed()
 {
-    trap(module, "mChangeManager_Changed", &mState, [&] {
+    IHTMLElement *Area = nullptr;
+    trap(module, "mChangeManager_Changed", given(&mState).locals("Area", Area), [&] {
         if (!mHost.IsUserMode() || mState.Busy || mState.mLoadingEd) return;
         mState.mDirty = true;
         mState.mHTMLEdIsDirty = true;
@@ -50,7 +51,8 @@ void SurfaceEvents::mChangeManager_Changed()
         else
             restartChangeTimer();
         mState.mLastChangeTime = base::Clock::instance().now();
-        if (IHTMLElement *const Area = ed.view().selectedArea()) mChangeManager_ElementChanged(Area);
+        Area = ed.view().selectedArea();
+        if (Area) mChangeManager_ElementChanged(Area);
     });
 }
 
@@ -69,6 +71,7 @@ void SurfaceEvents::mChangeManager_ElementChanged(IHTMLElement *Element)
 void SurfaceEvents::raiseSpansWithin(IHTMLElement *Element)
 {
     platform::Collection Spans;
+    const support::Locals locals("Spans", Spans);
     mRegions.GetEditableSpans(Element, Spans);
     for (const QVariant &Span : Spans) {
         // Held here: a host that is told of one span may remove the others.
@@ -171,17 +174,17 @@ bool SurfaceEvents::IsIdle() const
 void SurfaceEvents::SetRefreshToolsTimer()
 {
     trap(module, "SetRefreshToolsTimer", &mState, [&] {
-        if (mRefreshToolsTimer) {
-            mRefreshToolsTimer->setEnabled(false);
+        if (mState.mRefreshToolsTimer) {
+            mState.mRefreshToolsTimer->setEnabled(false);
         } else {
-            mRefreshToolsTimer = std::make_unique<base::Timer>();
-            mRefreshToolsTimer->setInterval(refreshToolsDelay);
-            connect(mRefreshToolsTimer.get(), &base::Timer::timeout, this, [this] {
+            mState.mRefreshToolsTimer = std::make_unique<base::Timer>();
+            mState.mRefreshToolsTimer->setInterval(refreshToolsDelay);
+            connect(mState.mRefreshToolsTimer.get(), &base::Timer::timeout, this, [this] {
                 changes::EditScope scope;
                 mRefreshToolsTimer_Timer();
             });
         }
-        mRefreshToolsTimer->setEnabled(true);
+        mState.mRefreshToolsTimer->setEnabled(true);
     });
 }
 
@@ -189,8 +192,8 @@ void SurfaceEvents::mRefreshToolsTimer_Timer()
 {
     trap(module, "mRefreshToolsTimer_Timer", &mState, [&] {
         // It may be what calls.
-        mRefreshToolsTimer->setEnabled(false);
-        mRefreshToolsTimer.release()->deleteLater();
+        mState.mRefreshToolsTimer->setEnabled(false);
+        mState.mRefreshToolsTimer.release()->deleteLater();
         mHost.RefreshTools();
     });
 }
@@ -198,7 +201,7 @@ void SurfaceEvents::mRefreshToolsTimer_Timer()
 void SurfaceEvents::dropTimers()
 {
     timChange.setEnabled(false);
-    mRefreshToolsTimer.reset();
+    mState.mRefreshToolsTimer.reset();
 }
 
 // The surface
@@ -207,12 +210,13 @@ void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bo
 {
     const auto parameters =
         given(&mState, "EventId", EventId, "EventInfo", EventInfo, "CancelDefault", CancelDefault);
-    trap(module, "ed_ElementEvent", parameters, [&] {
+    bool isArrow = false;
+    trap(module, "ed_ElementEvent", parameters.locals("IsArrow", isArrow), [&] {
         if (!EventInfo->srcElement || !mState.mVisible || mState.mCurrentEditView == EditViewEnum::hvPreview) return;
         if (EventId == elementevents::mouseDown) mState.mMouseIsDown = true;
         if (EventId == elementevents::mouseUp) mState.mMouseIsDown = false;
         // Moving the caret refreshes once it rests, not at each key.
-        const bool isArrow = EventInfo->keyCode >= keyLeft && EventInfo->keyCode <= keyDown;
+        isArrow = EventInfo->keyCode >= keyLeft && EventInfo->keyCode <= keyDown;
         if (EventId == elementevents::keyUp && isArrow && modMain::IsElementEditable(EventInfo->srcElement.get()))
             SetRefreshToolsTimer();
         mHost.raiseElementEvent(EventId, EventInfo, CancelDefault);
@@ -222,9 +226,13 @@ void SurfaceEvents::ed_ElementEvent(int EventId, dom::EventObject *EventInfo, bo
 void SurfaceEvents::ed_BeforeNavigate(const surface::Navigation &navigation, bool &Cancel)
 {
     const QString &URL = navigation.url;
+    const HTMLEditor *const Object = &ed;
+    const auto parameters = given(&mState, "Object", Object, "URL", URL, "Flags", navigation.flags, "TargetFrameName",
+                                  navigation.targetFrameName, "PostData", navigation.postData, "Headers",
+                                  navigation.headers, "Cancel", Cancel);
     const bool browsesScript =
         URL.startsWith(QLatin1String("javascript:"), Qt::CaseInsensitive) && mState.mEditMode == 0;
-    trap(module, "ed_BeforeNavigate", given(&mState, "URL", URL, "Cancel", Cancel), [&] {
+    trap(module, "ed_BeforeNavigate", parameters.locals("BrowsesScript", browsesScript), [&] {
         if (navigation.targetFrameName == QLatin1String("ic_modal_Frame")) {
             mState.mRespondToDocumentComplete = false;
         } else if (mState.mAllowNavigate) {
@@ -251,7 +259,7 @@ void SurfaceEvents::ed_CellSelectionChanged()
     trap(module, "ed_CellSelectionChanged", &mState, [&] { mHost.raiseCellSelectionChanged(); });
 }
 
-void SurfaceEvents::ed_CommandStateChange(int Command, bool Enable)
+void SurfaceEvents::ed_CommandStateChange(int Command, int Enable)
 {
     trap(module, "ed_CommandStateChange", given(&mState, "Command", Command, "Enable", Enable), [&] {
         if (Command != -1 || mState.MouseIsDown || mState.Busy) return;

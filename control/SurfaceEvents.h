@@ -46,12 +46,12 @@ public:
     void ed_NavigateComplete();
     void ed_CellSelectionChanged();
     void ed_AreaCreated(IHTMLElement *Area);
-    void ed_CommandStateChange(int Command, bool Enable);
+    /// `Enable` is -1 for yes, 0 for no.
+    void ed_CommandStateChange(int Command, int Enable);
 
     base::Timer timChange;
 
 private:
-    std::unique_ptr<base::Timer> mRefreshToolsTimer; ///< there from its start until it has fired
     void restartChangeTimer();
     void askForLink(IHTMLElement &Area);
     void raiseSpansWithin(IHTMLElement *Element);

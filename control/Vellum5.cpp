@@ -95,7 +95,7 @@ std::shared_ptr<platform::Collection> Vellum5::StyleSheets() const
 
 void Vellum5::setStyleSheets(std::shared_ptr<platform::Collection> StyleSheets)
 {
-    trap(module, "StyleSheets", &mParts->state, [&] {
+    trap(module, "StyleSheets", given(&mParts->state, "StyleSheets", StyleSheets), [&] {
         if (StyleSheets) mParts->state.mStylesheets = std::move(StyleSheets);
     });
 }
@@ -400,8 +400,9 @@ void Vellum5::RunCommandEx(const QString &CommandName, IHTMLElement *SpecificEle
 
 void Vellum5::DoPrint(bool Preview)
 {
-    trap(module, "DoPrint", &mParts->state,
-         [&] { mParts->ed->execCommand(Preview ? surfacenumbers::commandPrintPreview : surfacenumbers::commandPrint, true); });
+    trap(module, "DoPrint", given(&mParts->state, "Preview", Preview), [&] {
+        mParts->ed->execCommand(Preview ? surfacenumbers::commandPrintPreview : surfacenumbers::commandPrint, true);
+    });
 }
 
 void Vellum5::ForceElementChange(IHTMLElement *Element)

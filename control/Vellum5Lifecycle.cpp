@@ -17,6 +17,7 @@
 #include <QCoreApplication>
 
 using changes::EditScope;
+using support::given;
 using support::trap;
 
 /// The library's pictures; a program that links the library's archive would leave them out.
@@ -86,7 +87,7 @@ void Vellum5::UserControl_Initialize(HostContainer *Container)
     initResources();
     modMain::Main();
     publishControl();
-    trap(module, "Usercontrol_Initialize", &mParts->state, [&] {
+    trap(module, "Usercontrol_Initialize", given(&mParts->state, "Container", Container), [&] {
         mParts->host.container = Container;
         mParts->state.mCommandManager = std::make_shared<VirtualCommandManager>();
         mParts->state.mOutputDebugStrings = mParts->debug.isOn();
@@ -148,7 +149,7 @@ void Vellum5::wireChildren()
         p.events.ed_ElementEvent(id, event, CancelDefault);
     });
     connect(p.ed, &HTMLEditor::commandStateChange, this,
-            [&p](int command, bool enable) { p.events.ed_CommandStateChange(command, enable); });
+            [&p](int command, bool enable) { p.events.ed_CommandStateChange(command, enable ? -1 : 0); });
     connect(p.ed, &HTMLEditor::cellSelectionChanged, this, [this] {
         EditScope scope;
         mParts->events.ed_CellSelectionChanged();
@@ -240,7 +241,10 @@ void Vellum5::UserControl_InitProperties()
 
 void Vellum5::UserControl_ReadProperties(PropertyBag &Bag)
 {
-    trap(module, "UserControl_ReadProperties", &mParts->state, [&] {
+    const PropertyBag *const bag = &Bag;
+    int mode = 0;
+    const auto variables = given(&mParts->state, "Bag", bag).locals("Mode", mode);
+    trap(module, "UserControl_ReadProperties", variables, [&] {
         const auto flag = [&Bag](const char *name, bool byDefault) {
             return PropertyBag::toBoolean(Bag.ReadProperty(QLatin1String(name), byDefault));
         };
@@ -258,7 +262,7 @@ void Vellum5::UserControl_ReadProperties(PropertyBag &Bag)
         setBackColor(white);
         setBorderStyle(PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("BorderStyle"), 1)));
         mParts->ed->setAutoSelectEditableSpans(flag("AutoSelectEditableSpans", false));
-        const int mode = PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("EditMode"), 1));
+        mode = PropertyBag::toLong(Bag.ReadProperty(QStringLiteral("EditMode"), 1));
         state.mEditMode = mode < 0 || mode > 2 ? 1 : mode; // what isn't a mode is none that was asked for
         mParts->ed->setEditMode(dom::EditMode(state.mEditMode));
         mParts->strip->setVisible(state.mShowFlatStrip);
@@ -271,7 +275,8 @@ void Vellum5::UserControl_ReadProperties(PropertyBag &Bag)
 
 void Vellum5::WriteProperties(PropertyBag &Bag) const
 {
-    trap(module, "UserControl_WriteProperties", &mParts->state, [&] {
+    const PropertyBag *const bag = &Bag;
+    trap(module, "UserControl_WriteProperties", given(&mParts->state, "Bag", bag), [&] {
         const ControlState &state = mParts->state;
         const auto write = [&Bag](const char *name, const QVariant &value, const QVariant &byDefault) {
             Bag.WriteProperty(QLatin1String(name), value, byDefault);
@@ -326,7 +331,7 @@ void Vellum5::Terminate()
         state.mStylesheets = std::make_shared<platform::Collection>();
         state.mSpellChoiceElement = nullptr;
         if (state.mChangeManager) state.mChangeManager->Terminate();
-        mParts->eventProxy.reset();
+        state.mEventProxy.reset();
         state.mCommandManager.reset();
         state.mSpecificElement = nullptr;
         state.mTerminating = false;
@@ -468,6 +473,6 @@ void ControlHost::RefreshTools()
         state.mCommandManager->setCommandEnabled(QStringLiteral("EditRedo"), RedoEnabled() && !state.mLocked);
         Q_EMIT mControl.ToolsRefreshed();
         // Who was told may have ended the control, and its proxy with it.
-        if (mControl.parts().eventProxy) Q_EMIT mControl.parts().eventProxy->ToolsRefreshed();
+        if (state.mEventProxy) Q_EMIT state.mEventProxy->ToolsRefreshed();
     });
 }

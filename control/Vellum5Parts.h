@@ -88,7 +88,6 @@ struct Vellum5::Parts {
     CodeMax *txtHTMLSource;
     FlatStrip *strip;
     base::Timer timSpellCheck;
-    std::unique_ptr<::EventProxy> eventProxy;
     bool isCounted = false; ///< in `modMain::mInstanceCount`
     // Concerns
     EditableRegions regions;

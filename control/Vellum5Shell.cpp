@@ -138,8 +138,9 @@ bool Vellum5::Loaded() const
 QObject *Vellum5::EventProxy()
 {
     return trap(module, "EventProxy", &mParts->state, [&]() -> QObject * {
-        if (!mParts->eventProxy) mParts->eventProxy = std::make_unique<::EventProxy>();
-        return mParts->eventProxy.get();
+        ControlState &state = mParts->state;
+        if (!state.mEventProxy) state.mEventProxy = std::make_unique<::EventProxy>();
+        return state.mEventProxy.get();
     });
 }
 
@@ -148,9 +149,9 @@ VirtualCommandManager *Vellum5::CommandManager() const
     return trap(module, "CommandManager", &mParts->state, [&] { return mParts->state.mCommandManager.get(); });
 }
 
-void Vellum5::setCommandManager(VirtualCommandManager *)
+void Vellum5::setCommandManager(VirtualCommandManager *CommandManager)
 {
-    trap(module, "CommandManager", &mParts->state, [] {});
+    trap(module, "CommandManager", given(&mParts->state, "CommandManager", CommandManager), [] {});
 }
 
 QObject *Vellum5::ExternalObject() const
@@ -160,7 +161,8 @@ QObject *Vellum5::ExternalObject() const
 
 void Vellum5::setExternalObject(QObject *Object)
 {
-    trap(module, "ExternalObject", &mParts->state, [&] { mParts->ed->setExternalObject(Object); });
+    trap(module, "ExternalObject", given(&mParts->state, "Object", Object),
+         [&] { mParts->ed->setExternalObject(Object); });
 }
 
 qulonglong Vellum5::hWnd() const
@@ -170,8 +172,9 @@ qulonglong Vellum5::hWnd() const
 
 qulonglong Vellum5::EditorhWnd() const
 {
-    return trap(module, "EditorhWnd", &mParts->state, [&] {
-        const bool source = mParts->state.mCurrentEditView == EditViewEnum::hvSourceEdit;
+    bool source = false;
+    return trap(module, "EditorhWnd", given(&mParts->state).locals("Source", source), [&] {
+        source = mParts->state.mCurrentEditView == EditViewEnum::hvSourceEdit;
         return source ? qulonglong(mParts->txtHTMLSource->winId()) : qulonglong(mParts->ed->winId());
     });
 }

@@ -43,13 +43,14 @@ EditViewEnum Views::EditView() const
 
 void Views::setEditView(EditViewEnum View)
 {
-    trap(module, "EditView", given(&mState, "EditView", View), [&] {
-        const int N = int(View);
+    const int N = int(View);
+    trap(module, "EditView", given(&mState, "EditView", View).locals("N", N), [&] {
         if (mSelectingTab || View == mState.mCurrentEditView) return;
         if (N < 0 || N > 2)
             throw base::Error(base::errors::invalidValue, QStringLiteral("There is no view %1.").arg(N));
         if (mState.mCurrentEditView == EditViewEnum::hvVisualEdit) mText.UpdateInternalHTMLText();
-        for (int view = 0; view < 3; ++view) mHost.setCommandChecked(viewCommands[view], view == N);
+        for (int view = 0; view < 3; ++view)
+            mHost.setCommandChecked(viewCommands[view], view == N);
         if (c.strip.SelectedTab() != tabKeys[N]) {
             mSelectingTab = true;
             c.strip.setSelectedTab(tabKeys[N]);
@@ -91,12 +92,15 @@ void Views::showSurface(EditViewEnum View, bool PostContent)
     if (c.ed.isHidden()) c.ed.show();
     const auto wished = View == EditViewEnum::hvPreview ? dom::EditMode::Browse : dom::EditMode(mState.mEditMode);
     const bool ModeChanged = c.ed.editMode() != wished;
+    bool BaseChanged = false;
+    QString text;
+    const support::Locals locals("ModeChanged", ModeChanged, "BaseChanged", BaseChanged, "Text", text);
     if (ModeChanged) c.ed.setEditMode(wished);
     if (PostContent) {
-        const bool BaseChanged = c.ed.baseUrl() != mState.mBaseURL;
+        BaseChanged = c.ed.baseUrl() != mState.mBaseURL;
         if (BaseChanged || mState.mHTMLSourceChanged || ModeChanged || mState.mBodyMode) {
             if (BaseChanged) c.ed.setBaseUrl(mState.mBaseURL);
-            const QString text = mText.GetInternalHTMLText();
+            text = mText.GetInternalHTMLText();
             mText.SetedDocumentHTML(text.isEmpty() ? QStringLiteral(" ") : text);
             mState.mHTMLSourceChanged = false;
         }
@@ -257,11 +261,14 @@ void Views::setShowTagBar(bool Show)
 
 void Views::setShowPropertySheet(bool Show)
 {
-    trap(module, "ShowPropertySheet", given(&mState, "ShowPropertySheet", Show), [&] {
-        const QString command = QStringLiteral("ViewShowAttributes");
+    const QString command = QStringLiteral("ViewShowAttributes");
+    bool open = false;
+    const auto variables = given(&mState, "ShowPropertySheet", Show).locals("Command", command, "Open", open);
+    trap(module, "ShowPropertySheet", variables, [&] {
         mHost.setCommandVisible(command, Show);
-        const bool open = Show && modMain::GetAppValue(QStringLiteral("HTMLAttributesClosed"), QStringLiteral("True"))
-                                          .toString() == QLatin1String("False");
+        open =
+            Show && modMain::GetAppValue(QStringLiteral("HTMLAttributesClosed"), QStringLiteral("True")).toString() ==
+                        QLatin1String("False");
         mHost.setCommandChecked(command, open);
         mState.mShowPropertySheet = Show;
         mHost.tellPropertyChanged("ShowPropertySheet");
