@@ -30,9 +30,10 @@ QString withoutBlankAddress(QString href)
 /// The host says where the new area leads; one that leads nowhere goes again.
 void SurfaceEvents::ed_AreaCreated(IHTMLElement *Area)
 {
-    trap(module, "ed_AreaCreated", given(&mState, "Area", Area), [&] {
+    base::Ref<IHTMLElement> selected;
+    trap(module, "ed_AreaCreated", given(&mState, "Area", Area).locals("SelectedElement", selected), [&] {
         const base::Ref<IHTMLElement> held(Area);
-        const base::Ref<IHTMLElement> selected = mSelection.SelectedElement();
+        selected = mSelection.SelectedElement();
         if (selected && selected->tagName() == QLatin1String("AREA")) askForLink(*selected);
         ForceElementChange(Area);
         ed.setHotSpotTool(0);
@@ -44,6 +45,7 @@ void SurfaceEvents::askForLink(IHTMLElement &Area)
     const base::Ref<IHTMLElement> held(&Area);
     QString Link, Target = Area.attributeValue("target");
     bool Handled = false;
+    const support::Locals locals("Link", Link, "Target", Target, "Handled", Handled);
     mHost.raiseInsertHyperLinkRequestEx(QString(), Link, Target, Handled);
     if (!Handled) mHost.raiseInsertHyperLinkRequest(QString(), Link, Handled);
     if (!Area.isConnected()) return; // the host has taken it away itself
