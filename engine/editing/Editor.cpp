@@ -245,12 +245,6 @@ bool Operation::preserves(const Position &p) const
     return false;
 }
 
-bool Operation::isBetweenBlocks(const Position &p) const
-{
-    return mContent.pastBlanksBefore(p).isEdge() && mContent.pastBlanksAfter(p).isEdge() &&
-           !mContent.isEmpty(*mContent.container(p));
-}
-
 void Operation::finish(const Position &caret, Line line)
 {
     LivePosition p(mSelection.keeper(), caret);

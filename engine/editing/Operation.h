@@ -68,7 +68,7 @@ private:
     bool isBlankBlock(const dom::Element &block) const;
     bool takeAway(dom::Element &element, const ranges::Position &caret);
     /// Whether `p` lies between blocks, in no line.
-    bool isBetweenBlocks(const ranges::Position &p) const;
+    bool isBetweenBlocks(const ranges::Position &p) const { return mRemoval.isBetweenBlocks(p); }
     enum class Line : uint8_t { Stays, Goes };
     void finish(const ranges::Position &caret, Line line = Line::Stays);
 

@@ -256,7 +256,10 @@ Position RangeEdits::insertInline(const Position &p, DocumentFragment &content)
     if (last->isText()) return Position::endOf(*last);
     // Behind the last thing that was written, inside the elements that it brought.
     Position inside = Position::after(*last);
-    for (Element *element = last->asElement(); element && !isObject(*element) && !isBreak(*element);) {
+    const auto takesCaret = [this](const Element &element) {
+        return !isObject(element) && !isBreak(element) && !mContent.rendering().isWidget(element);
+    };
+    for (Element *element = last->asElement(); element && takesCaret(*element);) {
         inside = Position::endOf(*element);
         Node *child = element->lastChild();
         if (!child) break;

@@ -35,7 +35,27 @@ Span Removal::fitted(const Span &span) const
     // `a<br>^</p><p>|b`: the break only ends the line; beside what is joined it would add one.
     if (const Item before = mContent.pastBlanksBefore(start); before.isBreak() && mContent.isFinalBreak(before))
         if (mContent.container(start) != mContent.container(end)) start = before.far;
-    return {start, end};
+    return withWholeWidgets({start, end});
+}
+
+/// A widget all of which is taken goes with its frame, wherever in it the ends have come to stand.
+Span Removal::withWholeWidgets(const Span &span) const
+{
+    using Between = Content::Between;
+    Span whole = span;
+    if (Element *widget = mContent.widgetAround(span.start.node.get())) {
+        const bool fromBegin = span.start <= mContent.normalised(Position::startOf(*widget), Between::RangeStart);
+        const bool toEnd = !widget->contains(*span.end.node) ||
+                           mContent.normalised(Position::endOf(*widget), Between::RangeEnd) <= span.end;
+        if (fromBegin && toEnd) whole.start = Position::before(*widget);
+    }
+    if (Element *widget = mContent.widgetAround(span.end.node.get())) {
+        const bool toEnd = mContent.normalised(Position::endOf(*widget), Between::RangeEnd) <= span.end;
+        const bool fromBegin = !widget->contains(*span.start.node) ||
+                               span.start <= mContent.normalised(Position::startOf(*widget), Between::RangeStart);
+        if (fromBegin && toEnd) whole.end = Position::after(*widget);
+    }
+    return whole;
 }
 
 bool Removal::isWithinBlock(const Span &span) const
@@ -96,6 +116,13 @@ Removal::Victims Removal::collect(const Span &span) const
     return victims;
 }
 
+/// A place in which no line stood: nothing has to show there.
+bool Removal::isBetweenBlocks(const Position &p) const
+{
+    return mContent.pastBlanksBefore(p).isEdge() && mContent.pastBlanksAfter(p).isEdge() &&
+           !mContent.isEmpty(*mContent.container(p));
+}
+
 Position Removal::remove(const Span &span)
 {
     if (span.isEmpty()) return span.start;
@@ -129,7 +156,7 @@ Position Removal::remove(const Span &span)
 
     if (!(first == last) && firstCell == lastCell && !startsOutside && first->isConnected() && last->isConnected())
         join(start, end, *first, *last);
-    else if (!(first == last) && lastCell != firstCell && last->isConnected())
+    else if (!(first == last) && lastCell != firstCell && last->isConnected() && !isBetweenBlocks(end))
         mEdits.showLine(end);
     for (const Ref<Node> &parent : parents)
         mEdits.tidyUpwards(parent.get());

@@ -23,6 +23,7 @@ public:
     bool isWithinBlock(const ranges::Span &fitted) const;
     /// Removes; the place where it was. The line there may be empty: see `TreeEdits::showLine`.
     ranges::Position remove(const ranges::Span &fitted);
+    bool isBetweenBlocks(const ranges::Position &p) const;
 
 private:
     struct Victims
@@ -30,6 +31,7 @@ private:
         std::vector<base::Ref<dom::Node>> nodes;
         std::vector<base::Ref<dom::Element>> cells; ///< they stay, emptied
     };
+    ranges::Span withWholeWidgets(const ranges::Span &span) const;
     Victims collect(const ranges::Span &span) const;
     bool rowsAreMeant(const ranges::Span &span) const;
     void join(const ranges::LivePosition &start, const ranges::LivePosition &end, dom::Element &first,

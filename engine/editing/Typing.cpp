@@ -42,12 +42,19 @@ Position Operation::roomForText(const Position &p)
 
 Position Operation::placeForText(const Span &span) const
 {
+    // Text never comes into a widget from beside it.
+    const Element *const own = mContent.widgetAround(span.start.node.get());
+    const auto stands = [&](const Item &item) {
+        return item.isCharacter() && mContent.widgetAround(item.node) == own;
+    };
     if (!span.isEmpty()) {
         const Item replaced = mContent.after(span.start);
-        if (replaced.isCharacter() && !mContent.isHidden(replaced)) return replaced.near;
+        if (stands(replaced) && !mContent.isHidden(replaced)) return replaced.near;
     }
     if (mContent.emptyField(span.start)) return span.start;
-    const Item previous = mContent.before(span.start), next = mContent.after(span.start);
+    Item previous = mContent.before(span.start), next = mContent.after(span.start);
+    if (!stands(previous)) previous = {};
+    if (!stands(next)) next = {};
     // The caret of a field's first letter stands in front of that one, and text comes there too.
     if (next.isCharacter() && next.near == span.start) return next.near;
     if (previous.isCharacter()) return mContent.besideText(previous, true, span.start);
@@ -148,6 +155,13 @@ bool Operation::type(const QString &given, Span span)
     if (span.isEmpty()) span = placeholder(span.start);
     const bool heldByBreak = mContent.isLineEmpty(span.start);
     mBlanks.note(span.start, span.end);
+    if (!span.isEmpty() && isBetweenBlocks(span.start)) {
+        // What is replaced begins with a block that goes as a whole: its text is no place for the new one.
+        const LivePosition left(keeper, mRemoval.remove(span));
+        mEdits.showLine(left);
+        const Position place = mContent.normalised(left);
+        span = {place, place};
+    }
     LivePosition end(keeper, span.end);
     const bool overSelection = !span.isEmpty();
     if (!overSelection) {

@@ -165,6 +165,7 @@ private:
     ranges::Position positionAt(QPointF document, bool *inside = nullptr);
     void moveTo(const ranges::Position &position, Extend extend);
     bool moveByKey(const QKeyEvent &event);
+    bool leaveObjects(const QKeyEvent &event);
     bool editByKey(const QKeyEvent &event);
     ranges::Position lineMove(const ranges::Position &from, int lines);
     DragSelect::Page pageForDrag();

@@ -132,11 +132,34 @@ Position View::lineMove(const Position &from, int lines)
     return {at.node, at.offset};
 }
 
+/// A key that moves takes the caret from selected objects to the side that it goes to, and goes on from there. With
+/// Shift the objects stay selected, as content.
+bool View::leaveObjects(const QKeyEvent &event)
+{
+    ranges::SelectionObject &selection = mLoaded->selection();
+    const auto isOneOf = [&event](std::initializer_list<int> keys) {
+        return std::find(keys.begin(), keys.end(), event.key()) != keys.end();
+    };
+    const bool backward = isOneOf({Qt::Key_Left, Qt::Key_Up, Qt::Key_Home, Qt::Key_PageUp});
+    const bool forward = isOneOf({Qt::Key_Right, Qt::Key_Down, Qt::Key_End, Qt::Key_PageDown, Qt::Key_Escape});
+    if (selection.elements().empty() || !mLoaded->editor().canEdit() || (!backward && !forward)) return false;
+    const Position before = Position::before(*selection.elements().front());
+    const Position after = Position::after(*selection.elements().back());
+    const Content content = Movement::contentFor(before, mLoaded->editor().rendering());
+    const Position front = content.normalised(before), behind = content.normalised(after);
+    if (event.modifiers() & Qt::ShiftModifier)
+        selection.set(backward ? behind : front, backward ? front : behind);
+    else
+        moveTo(backward ? front : behind, Extend::No);
+    return isOneOf({Qt::Key_Left, Qt::Key_Right, Qt::Key_Escape}) || moveByKey(event);
+}
+
 bool View::moveByKey(const QKeyEvent &event)
 {
     ranges::SelectionObject &selection = mLoaded->selection();
     if (event.matches(QKeySequence::SelectAll)) return mLoaded->editor().selectAll();
     if (moveCells(event)) return true;
+    if (selection.type() == ranges::SelectionObject::Type::Control) return leaveObjects(event);
     if (selection.type() != ranges::SelectionObject::Type::Text) return false;
     if (!mLoaded->editor().canEdit() && !(event.modifiers() & Qt::ShiftModifier)) return false;
     const Extend extend = event.modifiers() & Qt::ShiftModifier ? Extend::Yes : Extend::No;
@@ -231,10 +254,11 @@ void View::mousePressed(const QMouseEvent &event)
         const Content content = Movement::contentFor(Position::before(*fixed), mLoaded->editor().rendering());
         position = content.normalised(behind ? Position::after(*fixed) : Position::before(*fixed));
     }
-    // A picture, a rule, a control: pressed, it is meant itself. Tables are selected from within or along their edges.
+    // A picture, a rule, a control: pressed, it is meant itself. Tables are selected from within or along their edges,
+    // and what is only sized takes the caret.
     dom::Element *const object = mPressed ? mPressed->asElement() : nullptr;
-    const bool isMeant = object && ranges::isSelectableObject(*object) && !object->is(dom::names::table) &&
-                         object->parentElement() && object->parentElement()->isContentEditable();
+    const bool isMeant = object && ranges::isObject(*object) && !object->is(dom::names::table) && object->parentElement() &&
+                         object->parentElement()->isContentEditable();
     if (isMeant && !(event.modifiers() & Qt::ShiftModifier)) return pressObject(*object);
     if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     const bool extends = event.modifiers() & Qt::ShiftModifier;
