@@ -109,6 +109,7 @@ void Changes::Undo()
         } else {
             const QPointer<ChangeManager> manager(upToDateManager());
             modMain::SaveSelectionPoint(mHost.mDoc(), mState.mSelectionLength, mState.mSelectionCharactersFromStart);
+            const surface::View::CaretStays inPart(ed.view()); // the count would lead out of a part that got shorter
             if (!manager)
                 ed.undo();
             else

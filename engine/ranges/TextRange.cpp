@@ -449,7 +449,9 @@ void TextRange::select() const
         // Between blocks nobody can type: the caret goes to the place that a reader takes it for.
         const Position at = inBody(s.start);
         const Content content(index().rendering(), *body);
-        return page().setCaret(content.isCaretPlace(at) ? at : content.normalised(at));
+        // But beside a rule or another object there it is a place of its own.
+        const bool isBeside = content.contains(at) && (content.before(at).isObject() || content.after(at).isObject());
+        return page().setCaret(isBeside || content.isCaretPlace(at) ? at : content.normalised(at));
     }
     page().set(inBody(s.start), inBody(s.end));
 }

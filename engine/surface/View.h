@@ -77,6 +77,18 @@ public:
     private:
         QScopedValueRollback<bool> mStay;
     };
+    /// Whoever sets the caret while it lives doesn't get it out of the part of the page that can be edited where it was:
+    /// in the end it comes back to the near end of the part.
+    class CaretStays
+    {
+    public:
+        explicit CaretStays(View &view);
+        ~CaretStays();
+
+    private:
+        View &mView;
+        base::Ref<dom::Element> mPart; ///< null where all of the page can be edited
+    };
     /// The area of an image map that is selected; null for none, and once it has gone.
     dom::Element *selectedArea() const;
     void selectArea(dom::Element *area);

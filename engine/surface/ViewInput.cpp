@@ -119,6 +119,24 @@ void View::moveTo(const Position &position, Extend extend)
     ensureVisible(caretBox());
 }
 
+View::CaretStays::CaretStays(View &view) : mView(view)
+{
+    const Position caret = view.mLoaded ? view.mLoaded->selection().focus() : Position();
+    dom::Element *part = caret ? ranges::editingHost(*caret.node) : nullptr;
+    if (part && part != view.mLoaded->document().body()) mPart = part;
+}
+
+View::CaretStays::~CaretStays()
+{
+    if (!mPart || !mPart->isConnected() || !mView.mLoaded) return;
+    const Position caret = mView.mLoaded->selection().focus();
+    if (!caret || mPart->contains(*caret.node)) return;
+    const Position start = Position::startOf(*mPart);
+    const Content content = Movement::contentFor(start, mView.mLoaded->editor().rendering());
+    const Movement movement(content);
+    mView.mLoaded->selection().setCaret(caret < start ? movement.startOfDocument() : movement.endOfDocument());
+}
+
 Position View::lineMove(const Position &from, int lines)
 {
     layout::Queries &queries = mLoaded->queries();
