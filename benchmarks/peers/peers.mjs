@@ -161,7 +161,7 @@ try {
 } finally {
     rmSync(folder, { recursive: true, force: true });
 }
-const cell = value => (value === undefined ? '-' : value.toPrecision(3).replace(/\.?0+(e|$)/, '$1')).padStart(10);
+const cell = value => (value === undefined ? '-' : String(Number(value.toPrecision(3)))).padStart(10);
 console.log(`${'row'.padEnd(12)}${'KB'.padStart(6)}${['ours', 'QTextEdit', 'Chromium', 'ratio'].map(each => each.padStart(10)).join('')}`);
 for (const row of rows)
     for (const size of sizes[row]) {
