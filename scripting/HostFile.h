@@ -15,7 +15,8 @@ class HostFile
 {
 public:
     virtual ~HostFile() = default;
-    virtual void open(const QString &name) = 0;
+    /// False if a question of the host was answered so that the document stays.
+    virtual bool open(const QString &name) = 0;
     /// False if a question of the host was answered so that nothing was saved.
     virtual bool save(const QString &name) = 0;
 };

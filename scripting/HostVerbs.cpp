@@ -308,7 +308,7 @@ QString nameToEnd(Words &words)
 
 void openFile(Interpreter &in, Words &words)
 {
-    in.file().open(in.filePath(nameToEnd(words)));
+    if (!in.file().open(in.filePath(nameToEnd(words)))) throw ScriptError(QStringLiteral("not opened"));
 }
 
 void saveFile(Interpreter &in, Words &words)

@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QFileInfo>
 
 using platform::FileHelper;
 using platform::MessageBox;
@@ -24,12 +25,43 @@ static QByteArray hashOf(const QString &name)
     }
 }
 
-void DocumentFile::take(const QString &name)
+DocumentFile::DocumentFile(Vellum5 &control) : mControl(control)
+{
+    connect(&control, &Vellum5::Change, this, &DocumentFile::edited);
+    // Undoing the last step that the source view knows is no `Change` to the control, but the file then differs.
+    connect(control.findChild<QObject *>(QStringLiteral("txtHTMLSource")), SIGNAL(Change()), this, SLOT(edited()));
+}
+
+QString DocumentFile::shownName() const
+{
+    return mName.isEmpty() ? tr("Untitled") : QFileInfo(mName).fileName();
+}
+
+void DocumentFile::edited()
+{
+    mChanged = true;
+    Q_EMIT changed();
+}
+
+bool DocumentFile::mayLeave(const std::function<bool()> &saveChanges, QWidget *parent)
+{
+    using Button = MessageBox::Button;
+    if (!mChanged) return true;
+    const Button answer =
+        MessageBox::show(MessageBox::Icon::Question, QCoreApplication::applicationName(),
+                         tr("%1 has changes that aren't saved. Do you want to save them?").arg(shownName()),
+                         {Button::Save, Button::Discard, Button::Cancel}, parent);
+    return answer == Button::Discard || (answer == Button::Save && saveChanges());
+}
+
+void DocumentFile::take(const QString &name, bool hasChanges)
 {
     mName = name;
     mOnDisk = hashOf(name);
     mTold.clear();
+    mChanged = hasChanges;
     mControl.Recovery().setDocumentName(name);
+    Q_EMIT changed();
 }
 
 void DocumentFile::open(const QString &name)
@@ -46,12 +78,12 @@ void DocumentFile::open(const QString &name)
 bool DocumentFile::save(const QString &name, QWidget *parent)
 {
     const QString local = FileHelper::localName(name);
-    const QString caption = QCoreApplication::translate("DocumentFile", "Save");
+    const QString caption = tr("Save");
     const QByteArray onDisk = local == mName && !mOnDisk.isEmpty() ? hashOf(local) : mOnDisk;
     if (!onDisk.isEmpty() && onDisk != mOnDisk) {
         mTold = onDisk; // nobody wants to be asked the next thing about it at once
-        const QString question = QCoreApplication::translate(
-            "DocumentFile", "%1 was changed by another program since you opened it. Do you want to save over it?");
+        const QString question =
+            tr("%1 was changed by another program since you opened it. Do you want to save over it?");
         const auto answer =
             MessageBox::show(MessageBox::Icon::Warning, caption, question.arg(FileHelper::filePart(local)),
                              {MessageBox::Button::Save, MessageBox::Button::Cancel}, parent);
@@ -83,7 +115,7 @@ void DocumentFile::adopt(const QString &name)
     } catch (const base::Error &) {
         // It is gone; saving makes it anew.
     }
-    take(name);
+    take(name, true);
 }
 
 bool DocumentFile::hasNewsOnDisk() const

@@ -4,22 +4,33 @@
 #include <VellumKit5/FileHelper>
 
 #include <QByteArray>
+#include <QObject>
+
+#include <functional>
 
 class Vellum5;
 class QWidget;
 
-/// The file behind a control's document: opens it, saves it in its own encoding and line ends, and knows whether
-/// another program has changed it meanwhile.
+/// The file behind a control's document: opens it, saves it in its own encoding and line ends, and knows whether the
+/// user has changed the document and whether another program has changed the file meanwhile.
 ///
 /// What goes wrong with a file is raised as `base::Error` with a text for the user; file, control and document are then
 /// what they were.
-class DocumentFile
+class DocumentFile : public QObject
 {
+    Q_OBJECT
 public:
-    explicit DocumentFile(Vellum5 &control) : mControl(control) {}
+    explicit DocumentFile(Vellum5 &control);
 
     /// Absolute; "" for a document that nobody has saved.
     const QString &name() const { return mName; }
+    /// What the user knows the document by: the file's name without its folder.
+    QString shownName() const;
+    /// Whether the user has edited the document, in whatever view, since it was opened, saved or released. The control
+    /// can't tell: for it, what is typed in the source view doesn't count, and a save isn't a load.
+    bool hasChanges() const { return mChanged; }
+    /// Asks before changes are lost; false if the user would rather stay, or `saveChanges` did.
+    bool mayLeave(const std::function<bool()> &saveChanges, QWidget *parent = nullptr);
     void open(const QString &name);
     /// Whether bytes of the file that was opened had no meaning in its encoding.
     bool isLossy() const { return mLossy; }
@@ -37,8 +48,13 @@ public:
     /// The user has seen to what is there now: saving over it asks no more.
     void acceptDisk();
 
+Q_SIGNALS:
+    /// The document is another, or was saved or changed.
+    void changed();
+
 private:
-    void take(const QString &name);
+    void take(const QString &name, bool hasChanges = false);
+    Q_SLOT void edited();
 
     Vellum5 &mControl;
     QString mName;
@@ -46,4 +62,5 @@ private:
     QByteArray mOnDisk; ///< a hash of the file's content as it was opened or saved; empty where there is no file
     QByteArray mTold;   ///< of another content that the user was told of
     bool mLossy = false;
+    bool mChanged = false;
 };

@@ -59,10 +59,8 @@ MainWindow::MainWindow() : mControl(new Vellum5(this)), mFile(*mControl)
     makeMenus();
     makeToolBar();
     statusBar();
-    connect(mControl, &Vellum5::DocumentComplete, this, &MainWindow::loaded);
-    connect(mControl, &Vellum5::Change, this, &MainWindow::changed);
-    // Undoing the last step that the source view knows is no `Change` to the control, but the file then differs.
-    connect(mControl->findChild<QObject *>(QStringLiteral("txtHTMLSource")), SIGNAL(Change()), this, SLOT(changed()));
+    connect(mControl, &Vellum5::DocumentComplete, this, &MainWindow::toolsRefreshed);
+    connect(&mFile, &DocumentFile::changed, this, &MainWindow::fileChanged);
     connect(mControl, &Vellum5::ToolsRefreshed, this, &MainWindow::toolsRefreshed);
     connect(&mControl->Recovery(), &RecoveryJournal::Stopped, this, [this](const QString &message) {
         statusBar()->showMessage(message); // it stays; a box would take the next keys that somebody types
@@ -76,6 +74,7 @@ MainWindow::MainWindow() : mControl(new Vellum5(this)), mFile(*mControl)
 MainWindow::~MainWindow()
 {
     mControl->disconnect(this);
+    mFile.disconnect(this);
     mControl->Terminate();
 }
 
@@ -197,7 +196,6 @@ void MainWindow::showPage(const QString &text)
     mFile.release();
     mControl->setBaseURL(QString());
     mControl->setDocumentHTML(text);
-    fileChanged(false);
 }
 
 void MainWindow::newDocument()
@@ -231,7 +229,6 @@ bool MainWindow::openFile(const QString &name)
         tell(tr("Open"), error.description());
         return false;
     }
-    fileChanged(false);
     mRecent.add(mFile.name());
     if (mFile.isLossy()) statusBar()->showMessage(tr("Some bytes of the file had no meaning in its encoding."), 10000);
     return true;
@@ -245,7 +242,6 @@ bool MainWindow::saveFile(const QString &name)
         tell(tr("Save"), error.description());
         return false;
     }
-    fileChanged(false);
     mRecent.add(mFile.name());
     statusBar()->showMessage(tr("Saved %1").arg(QDir::toNativeSeparators(mFile.name())), 5000);
     return true;
@@ -256,7 +252,6 @@ bool MainWindow::recover(FoundJournal &journal)
     const QString name = journal.documentName();
     if (!journal.recover(*mControl)) return false;
     mFile.adopt(name);
-    fileChanged(true);
     return true;
 }
 
@@ -287,7 +282,7 @@ void MainWindow::print(bool preview)
 void MainWindow::exportPdf()
 {
     const QFileInfo known(mFile.name());
-    const QString proposed = mFile.name().isEmpty() ? tr("Untitled") + QStringLiteral(".pdf")
+    const QString proposed = mFile.name().isEmpty() ? mFile.shownName() + QStringLiteral(".pdf")
                                                  : known.path() + u'/' + known.completeBaseName() + QStringLiteral(".pdf");
     const QString name = QFileDialog::getSaveFileName(this, tr("Export as PDF"), proposed, tr("PDF documents (*.pdf)"));
     if (name.isEmpty()) return;
@@ -311,26 +306,17 @@ void MainWindow::exportPdf()
 
 bool MainWindow::mayLeave()
 {
-    if (!isWindowModified()) return true;
-    const Button answer =
-        MessageBox::show(MessageBox::Icon::Question, tr("VellumPad"),
-                         tr("%1 has changes that aren't saved. Do you want to save them?").arg(shownName()),
-                         {Button::Save, Button::Discard, Button::Cancel}, this);
-    return answer == Button::Discard || (answer == Button::Save && save());
+    return mFile.mayLeave([this] { return save(); }, this);
 }
 
-QString MainWindow::shownName() const
-{
-    return mFile.name().isEmpty() ? tr("Untitled") : QFileInfo(mFile.name()).fileName();
-}
-
-void MainWindow::fileChanged(bool hasChanges)
+void MainWindow::fileChanged()
 {
     setWindowFilePath(mFile.name());
-    QString title = shownName();
+    QString title = mFile.shownName();
     title.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // a name may hold what marks the place of the asterisk
     setWindowTitle(title + QStringLiteral("[*] - VellumPad"));
-    setWindowModified(hasChanges);
+    setWindowModified(mFile.hasChanges());
+    toolsRefreshed();
 }
 
 void MainWindow::lookAtDisk()
@@ -340,7 +326,7 @@ void MainWindow::lookAtDisk()
     const Button answer = MessageBox::show(
         MessageBox::Icon::Question, tr("VellumPad"),
         tr("%1 was changed by another program. Do you want to open it anew?%2")
-            .arg(shownName(), isWindowModified() ? tr(" Your changes would be lost.") : QString()),
+            .arg(mFile.shownName(), mFile.hasChanges() ? tr(" Your changes would be lost.") : QString()),
         {Button::Yes, Button::No}, this);
     if (answer == Button::Yes)
         openFile(mFile.name());
@@ -355,17 +341,6 @@ void MainWindow::tell(const QString &caption, const QString &text)
 }
 
 // The control
-
-void MainWindow::loaded()
-{
-    toolsRefreshed();
-}
-
-void MainWindow::changed()
-{
-    setWindowModified(true);
-    toolsRefreshed();
-}
 
 void MainWindow::toolsRefreshed()
 {

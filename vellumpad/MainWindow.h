@@ -51,13 +51,10 @@ private:
     bool mayLeave();
     void print(bool preview);
     void exportPdf();
-    void loaded();
-    Q_SLOT void changed();
     void toolsRefreshed();
     void setView(int view);
-    QString shownName() const;
-    /// The document is another, or was saved: title and modified mark.
-    void fileChanged(bool hasChanges);
+    /// Title and modified mark.
+    void fileChanged();
     void tell(const QString &caption, const QString &text);
     void updateRecentMenu();
     void lookAtDisk();

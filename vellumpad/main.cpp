@@ -19,7 +19,12 @@ class ScriptedFile : public scripting::HostFile
 {
 public:
     explicit ScriptedFile(Vellum5 &control) : mFile(control) {}
-    void open(const QString &name) override { mFile.open(name); }
+    bool open(const QString &name) override
+    {
+        if (!mFile.mayLeave([this] { return mFile.save(mFile.name()); })) return false;
+        mFile.open(name);
+        return true;
+    }
     bool save(const QString &name) override { return mFile.save(name); }
 
 private:
