@@ -73,7 +73,7 @@ ElementRole EditableRegions::RoleOf(const IHTMLElement &e)
         const bool isNamed = isSpan && isNamedOrMarked(e);
         return isNamed ? ElementRole::Field : ElementRole::None;
     }
-    if (isSpan && holds(misspelled)) return ElementRole::None;
+    if (isSpan && holds(misspelled)) return ElementRole::Mark;
     const bool isWidget = name == QLatin1String(contentWidget);
     const bool isWrapper = holds("lxedit") || holds("qsedit");
     if (isSpan) {

@@ -106,8 +106,10 @@ bool Editor::insertText(const QString &given)
 /// What was remembered in the step that has just been written holds until the next one.
 void Editor::settleMemories()
 {
-    for (uint64_t *records : {&mTypedBlank.records, &mComingStyle.records})
-        if (*records == unsettled) *records = mTracker.recordCount();
+    if (mTypedBlank.records == unsettled) mTypedBlank.records = mTracker.recordCount();
+    if (mComingStyle.records != unsettled) return;
+    mComingStyle.records = mTracker.recordCount();
+    mComingStyle.moves = mSelection.moves();
 }
 
 /// Enter and Shift+Enter: one step that takes away what is selected and breaks there.

@@ -84,12 +84,14 @@ private:
 
     /// What is typed next at the place has the style of the line that Enter carried on, or of the first character that
     /// was taken away there: these elements, outermost first, stood around it in its block. They are for as long as
-    /// nothing else has happened.
+    /// nothing else has happened and, but for an empty line, the caret hasn't been elsewhere.
     struct ComingStyle
     {
         base::Ref<dom::Node> node;
         uint32_t offset = 0;
         uint64_t records = 0;
+        uint64_t moves = 0; ///< of the selection
+        bool emptyLine = false;
         std::vector<base::Ref<dom::Element>> elements;
     } mComingStyle;
     void settleMemories();

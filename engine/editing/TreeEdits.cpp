@@ -170,7 +170,7 @@ bool TreeEdits::isFixed(const Element &element) const
 
 bool TreeEdits::stays(const Element &element) const
 {
-    return isFixed(element) || mContent.rendering().roleOf(element) != Role::None;
+    return isFixed(element) || mContent.rendering().roleOf(element) >= Role::Field;
 }
 
 bool TreeEdits::holdsField(const Element &block) const

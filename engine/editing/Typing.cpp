@@ -44,9 +44,7 @@ Position Operation::placeForText(const Span &span) const
 {
     // Text never comes into a widget from beside it.
     const Element *const own = mContent.widgetAround(span.start.node.get());
-    const auto stands = [&](const Item &item) {
-        return item.isCharacter() && mContent.widgetAround(item.node) == own;
-    };
+    const auto stands = [&](const Item &item) { return item.isCharacter() && mContent.widgetAround(item.node) == own; };
     if (!span.isEmpty()) {
         const Item replaced = mContent.after(span.start);
         if (stands(replaced) && !mContent.isHidden(replaced)) return replaced.near;
@@ -106,7 +104,8 @@ Operation::Style Operation::styleBehind(const Position &p) const
 Operation::Style Operation::comingStyle(const Position &p) const
 {
     const auto &coming = mEditor.mComingStyle;
-    const bool comes = coming.node == p.node && coming.offset == p.offset && coming.records == mTracker.recordCount();
+    const bool comes = coming.node == p.node && coming.offset == p.offset && coming.records == mTracker.recordCount() &&
+                       (coming.emptyLine || coming.moves == mSelection.moves());
     return comes ? coming.elements : Style();
 }
 
@@ -114,7 +113,9 @@ Operation::Style Operation::comingStyle(const Position &p) const
 void Operation::rememberStyle(const Position &caret, Style style, uint64_t records)
 {
     mEditor.mComingStyle = {};
-    if (!style.empty()) mEditor.mComingStyle = {Ref<Node>(caret.node), caret.offset, records, std::move(style)};
+    if (style.empty()) return;
+    mEditor.mComingStyle = {Ref<Node>(caret.node),       caret.offset,    records, mSelection.moves(),
+                            mContent.isLineEmpty(caret), std::move(style)};
 }
 
 /// A place beside `p` that has the style: in those of its elements that are still there, in copies of the others.

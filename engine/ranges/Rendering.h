@@ -9,6 +9,7 @@ namespace ranges {
 /// What a page means with an element beyond what HTML says of it.
 enum class Role : uint8_t {
     None,
+    Mark,         ///< it tells something of the text in it: no style that other text takes on
     Field,        ///< an inline place for a value: it stays when it is emptied, and takes text again
     InlineWidget, ///< a field that is selected, passed and taken away as one thing
     Frame,        ///< it stands around a part of the page: nothing is joined over its edge, nothing beside it takes it away

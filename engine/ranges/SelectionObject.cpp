@@ -118,6 +118,7 @@ void SelectionObject::clear()
 
 void SelectionObject::tell()
 {
+    ++mMoves;
     if (selectionChanged) selectionChanged();
 }
 

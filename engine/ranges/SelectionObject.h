@@ -69,6 +69,9 @@ public:
     /// whoever edits knows.
     std::function<void()> selectionChanged;
 
+    /// How often a setter or a restore changed something: whether it is where an edit left it.
+    uint64_t moves() const { return mMoves; }
+
     // What the document's ranges share.
     /// Made at the first question.
     TextIndex &index();
@@ -103,6 +106,7 @@ private:
     LivePosition mPlace;                 ///< behind the first of them
     ElementMemory mMemory;
     bool mInStep = false;
+    uint64_t mMoves = 0;
     const Rendering &mRendering;
     std::unique_ptr<TextIndex> mIndex;
     std::unique_ptr<Bookmarks> mBookmarks;
