@@ -326,7 +326,7 @@ Position Content::normalised(const Position &given, Between between) const
         Item item = forward ? right : left;
         while (item.kind == Item::Kind::Edge && item.start == forward) {
             Element &block = *item.element();
-            if (block.is(names::table)) break; // beside a table isn't in it
+            if (standsAlone(block)) break;
             if (isEmpty(block)) {
                 if (takesCaretEmpty(block)) return Position::startOf(block);
                 item.far = forward ? Position::after(block) : Position::before(block); // nobody sees it
@@ -336,6 +336,11 @@ Position Content::normalised(const Position &given, Between between) const
         }
     }
     return p;
+}
+
+bool Content::standsAlone(const Element &block) const
+{
+    return block.is(names::table) || mRendering.roleOf(block) == Role::Widget;
 }
 
 bool Content::isCaretPlace(const Position &p) const

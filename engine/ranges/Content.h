@@ -102,6 +102,9 @@ public:
     Position besideText(const Item &item, bool inFront, const Position &told) const;
     /// The field around `p` that holds nothing: a caret stays in it.
     dom::Element *emptyField(const Position &p) const;
+    /// A table, or a widget that is a block: a place beside it isn't in it, and where no text is beside it either the
+    /// caret stands between blocks.
+    bool standsAlone(const dom::Element &block) const;
     /// Whether a caret can stand there and be seen.
     bool isCaretPlace(const Position &p) const;
 

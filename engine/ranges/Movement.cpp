@@ -91,9 +91,9 @@ Position Movement::crossEdges(Item item, const Position &from, bool forward) con
     const auto pastBlanks = [&](const Position &p) {
         return forward ? mContent.pastBlanksAfter(p) : mContent.pastBlanksBefore(p);
     };
-    // A table or rule that comes next to another, or to the end, leaves a place of its own between.
+    // A table, widget or rule that comes next to another, or to the end, leaves a place of its own between.
     const auto besideBlock = [&](const Item &at) {
-        return (at.isObject() && at.block) || (at.kind == Item::Kind::Edge && at.element()->is(names::table)) ||
+        return (at.isObject() && at.block) || (at.kind == Item::Kind::Edge && mContent.standsAlone(*at.element())) ||
                at.kind == Item::Kind::End;
     };
     for (bool first = true;; first = false) {
@@ -110,8 +110,8 @@ Position Movement::crossEdges(Item item, const Position &from, bool forward) con
             item = pastBlanks(forward ? Position::after(element) : Position::before(element));
             continue;
         }
-        const bool left = leaving ? element.is(names::table) : item.isObject();
-        const bool enters = item.kind == Item::Kind::Edge && !leaving && element.is(names::table);
+        const bool left = leaving ? mContent.standsAlone(element) : item.isObject();
+        const bool enters = item.kind == Item::Kind::Edge && !leaving && mContent.standsAlone(element);
         if (enters && !first && mContent.isCaretPlace(item.near) && !(item.near == from)) return item.near;
         const Position far = item.far;
         item = pastBlanks(far);

@@ -114,8 +114,7 @@ bool View::drop(QPoint client, const QMimeData &data)
 bool View::pressOnSelection(const QMouseEvent &event, const Position &at, bool inside)
 {
     if (mClicks != 1 || event.modifiers() & Qt::ShiftModifier || mWidget.isReadOnly()) return false;
-    if (mWidget.editMode() != dom::EditMode::Edit || !inside || !mLoaded->selection().isRange() || !isInSelection(at))
-        return false;
+    if (!mLoaded->editor().canEdit() || !inside || !mLoaded->selection().isRange() || !isInSelection(at)) return false;
     // At its very edges another selection begins.
     const ranges::Span span = mLoaded->selection().span();
     for (const Position &edge : {span.start, span.end}) {
@@ -131,7 +130,7 @@ bool View::pressOnSelection(const QMouseEvent &event, const Position &at, bool i
 void View::pressObject(dom::Element &object)
 {
     mLoaded->selection().setControl({base::Ref(&object)});
-    if (!mWidget.isReadOnly() && mWidget.editMode() == dom::EditMode::Edit) mMoving = Moving::Perhaps;
+    if (!mWidget.isReadOnly() && mLoaded->editor().canEdit()) mMoving = Moving::Perhaps;
     mPressPlace = {};
 }
 
