@@ -132,6 +132,18 @@ void LayoutTree::boxGone(Box &box)
 
 namespace {
 
+// A part of a table is another, from `part` outwards. What stands in a cell is none of the grid's business.
+void gridChanged(Box *part)
+{
+    for (; part && (part->isTablePart() || part->isTable()); part = part->parent()) {
+        if (part->isCell() && !part->isAnonymous()) return;
+        if (part->isTable()) {
+            static_cast<TableBox *>(part)->gridValid = false;
+            return;
+        }
+    }
+}
+
 // Every list that may name a box forgets it before it goes.
 void unhook(Box &box)
 {
@@ -148,11 +160,7 @@ void unhook(Box &box)
         parent->inlineContent->fragments.clear();
         parent->inlineContent->items.clear();
     }
-    for (Box *up = box.parent(); up && (box.isTablePart() || box.isTable() || up->isTablePart()); up = up->parent()) {
-        if (!up->isTable()) continue;
-        static_cast<TableBox *>(up)->gridValid = false;
-        break;
-    }
+    gridChanged(box.parent());
     if (parent && block && block->inSumTree) {
         parent->flow.remove(*block);
         block->inSumTree = false;
@@ -289,6 +297,7 @@ void shareStyle(Box &box, const StyleRef &style)
 {
     box.setStyle(style);
     box.flowValid = box.widthsValid = false;
+    if (box.isTable()) gridChanged(&box);
     for (Box *child = box.firstChild(); child; child = child->next())
         if (child->pseudo == Pseudo::None && (child->isText() || child->isAnonymous())) shareStyle(*child, style);
 }
@@ -327,11 +336,7 @@ void LayoutTree::restyle(dom::Element &element)
     for (Box *child = box->firstChild(); child; child = child->next())
         if (BlockBox *inner = child->asBlock(); inner && inner->anonymous && inner->inlineContent) inner->inlineContent->itemsValid = false;
     if (!block && box->blockParent() && box->blockParent()->inlineContent) box->blockParent()->inlineContent->itemsValid = false;
-    for (Box *up = box; up; up = up->parent())
-        if (up->isTable()) {
-            static_cast<TableBox *>(up)->gridValid = false;
-            break;
-        }
+    gridChanged(box->isTablePart() ? box->parent() : box);
     for (Box *child = box->firstChild(); child; child = child->next())
         if (child->isAnonymous()) markDirty(*child);
     markDirty(*box);
@@ -423,8 +428,7 @@ void LayoutTree::buildPending()
         }
         BlockBox &block = *box->asBlock();
         if (block.isReplaced()) continue;
-        for (Box *up = &block; up && (up->isTablePart() || up->isTable()); up = up->parent())
-            if (up->isTable()) static_cast<TableBox *>(up)->gridValid = false;
+        gridChanged(&block);
         BoxBuilder builder(*this);
         if (whole || !builder.rebuildAround(block, *parent, at)) builder.rebuildChildren(block);
     }

@@ -3,18 +3,31 @@
 
 namespace layout {
 
-const TableCell *TableBox::cellOf(const BlockBox &box) const
-{
-    for (const TableCell &cell : cells)
-        if (cell.box == &box) return &cell;
-    return nullptr;
-}
-
 const TableRow *TableBox::rowAt(Unit y) const
 {
     if (rows.empty()) return nullptr;
     auto it = std::upper_bound(rows.begin(), rows.end(), y, [](Unit at, const TableRow &row) { return at < row.top; });
     return it == rows.begin() ? &rows.front() : &*(it - 1);
+}
+
+std::optional<uint32_t> TableBox::indexOf(const BlockBox &row) const
+{
+    if (!placed || row.kind() != BoxKind::TableRow || !row.container()) return {};
+    const Unit top = row.container()->gap + row.gap;
+    auto it = std::lower_bound(rows.begin(), rows.end(), top, [](const TableRow &each, Unit at) { return each.top < at; });
+    for (; it != rows.end() && it->top == top; ++it) // rows without a height stand together
+        if (it->box == &row) return uint32_t(it - rows.begin());
+    return {};
+}
+
+void TableBox::settle(TableRow &row)
+{
+    for (BlockBox *box : {row.box, row.section}) {
+        box->needsLayout = box->childNeedsLayout = false;
+        if (!box->rare) continue;
+        box->rare->dirty.clear();
+        box->rare->allDirty = false;
+    }
 }
 
 TableLayout::TableLayout(Engine &engine, BlockBox &table, const Constraint &constraint)
@@ -41,7 +54,7 @@ void TableLayout::prepareGrid()
     collectColumns();
     if (mTable.collapsed) resolveCollapsedBorders();
     mTable.gridValid = true;
-    mTable.columnsValid = false;
+    mTable.columnsValid = mTable.columnsCounted = mTable.placed = false;
 }
 
 void TableLayout::collectRows()
@@ -100,6 +113,7 @@ void TableLayout::placeCells()
             for (uint32_t c = column; c < column + cell.columnSpan; ++c) taken[c] = std::max(taken[c], cell.rowSpan);
             column += cell.columnSpan;
             columns = std::max(columns, column);
+            for (uint32_t covered = r; cell.rowSpan > 1 && covered < r + cell.rowSpan; ++covered) mTable.rows[covered].joined = true;
             mTable.cells.push_back(cell);
         }
         row.cellCount = uint32_t(mTable.cells.size()) - row.firstCell;
@@ -138,19 +152,31 @@ Unit TableLayout::gridFrame() const
     return mTable.border.horizontal() + (mTable.collapsed ? Unit() : mTable.padding.horizontal()) + gaps;
 }
 
-void TableLayout::addCellConstraint(const TableCell &cell)
+PreferredWidths TableLayout::widthsOf(const TableCell &cell) const
 {
-    TableColumn &column = mTable.columns[cell.column];
     PreferredWidths widths = mEngine.preferredWidths(*cell.box);
-    bool constrained = false;
     if (const auto given = fixedWidth(*cell.box)) {
         widths.max = std::max(*given, widths.min);
+        if (cell.columnSpan > 1) return widths;
         if (cellIsNoWrap(mEngine, *cell.box)) widths.min = widths.max;
-        constrained = true;
     }
+    if (cell.columnSpan > 1) return widths;
     const auto [low, high] = fixedWidthLimits(*cell.box);
     widths.min = std::max(widths.min, low);
     widths.max = std::max(std::min(widths.max, high), widths.min);
+    return widths;
+}
+
+bool TableLayout::isConstrained(const TableCell &cell) const
+{
+    return fixedWidth(*cell.box).has_value();
+}
+
+void TableLayout::addCellConstraint(TableCell &cell)
+{
+    TableColumn &column = mTable.columns[cell.column];
+    const PreferredWidths widths = cell.counted = widthsOf(cell);
+    const bool constrained = isConstrained(cell);
     column.min = std::max(column.min, widths.min);
     if (column.constrained == constrained)
         column.max = std::max(column.max, widths.max);
@@ -163,11 +189,54 @@ void TableLayout::addCellConstraint(const TableCell &cell)
     }
 }
 
-void TableLayout::addSpanConstraint(const TableCell &cell)
+std::optional<std::vector<uint32_t>> TableLayout::dirtyCells() const
+{
+    const auto listOf = [](const BlockBox &box) { return box.rare && !box.rare->allDirty ? &box.rare->dirty : nullptr; };
+    std::vector<uint32_t> found;
+    const auto *sections = listOf(mTable);
+    if (!sections) return {};
+    for (const BlockBox *section : *sections) {
+        if (isCaption(*section)) continue;
+        const auto *rows = listOf(*section);
+        if (!rows || section->needsLayout) return {};
+        for (const BlockBox *row : *rows) {
+            const auto *cells = listOf(*row);
+            const auto at = mTable.indexOf(*row);
+            if (!cells || !at || row->needsLayout) return {};
+            const TableRow &entry = mTable.rows[*at];
+            for (uint32_t i = entry.firstCell; i < entry.firstCell + entry.cellCount; ++i)
+                if (std::find(cells->begin(), cells->end(), mTable.cells[i].box) != cells->end()) found.push_back(i);
+        }
+    }
+    return found;
+}
+
+bool TableLayout::columnsStand()
+{
+    if (!mTable.columnsCounted) return false;
+    if (isFixed()) return true;
+    const auto dirty = dirtyCells();
+    if (!dirty) return false;
+    // Whether a column's greatest wish is another one now that one of its cells has another.
+    const auto stands = [](Unit was, Unit now, Unit greatest) { return now == was || (was < greatest && now <= greatest); };
+    for (const uint32_t i : *dirty) {
+        TableCell &cell = mTable.cells[i];
+        const PreferredWidths was = cell.counted, now = widthsOf(cell);
+        const TableColumn &column = mTable.columns[cell.column];
+        const bool counts = isConstrained(cell) == column.constrained;
+        if (cell.columnSpan > 1 ? was.min != now.min || was.max != now.max
+                                : !stands(was.min, now.min, column.own.min) ||
+                                      (counts && !stands(was.max, now.max, column.own.max)))
+            return false;
+        cell.counted = now;
+    }
+    return true;
+}
+
+void TableLayout::addSpanConstraint(TableCell &cell)
 {
     auto &columns = mTable.columns;
-    PreferredWidths widths = mEngine.preferredWidths(*cell.box);
-    if (const auto given = fixedWidth(*cell.box)) widths.max = std::max(*given, widths.min);
+    const PreferredWidths widths = cell.counted = widthsOf(cell);
     const std::size_t from = cell.column, count = std::min<std::size_t>(cell.columnSpan, columns.size() - cell.column);
     const Unit gaps = mTable.spacingX * int(count - 1);
     if (const auto percent = widthPercent(*cell.box)) {
@@ -202,6 +271,9 @@ void TableLayout::addSpanConstraint(const TableCell &cell)
 void TableLayout::columnConstraints()
 {
     if (mTable.columnsValid) return;
+    mTable.columnsValid = true;
+    if (columnsStand()) return;
+    mTable.columnsCounted = true;
     auto &columns = mTable.columns;
     for (TableColumn &column : columns) {
         BlockBox *box = column.box;
@@ -219,26 +291,27 @@ void TableLayout::columnConstraints()
     }
     if (isFixed()) {
         fixedConstraints();
-        mTable.columnsValid = true;
         return;
     }
-    std::vector<const TableCell *> spanning;
-    for (const TableCell &cell : mTable.cells) {
+    std::vector<TableCell *> spanning;
+    for (TableCell &cell : mTable.cells) {
         if (cell.columnSpan == 1)
             addCellConstraint(cell);
         else
             spanning.push_back(&cell);
     }
-    for (TableColumn &column : columns) column.max = std::max(column.max, column.min);
+    for (TableColumn &column : columns) {
+        column.own = {column.min, column.max};
+        column.max = std::max(column.max, column.min);
+    }
     std::stable_sort(spanning.begin(), spanning.end(), [](const TableCell *a, const TableCell *b) { return a->columnSpan < b->columnSpan; });
-    for (const TableCell *cell : spanning) addSpanConstraint(*cell);
+    for (TableCell *cell : spanning) addSpanConstraint(*cell);
     double sum = 0;
     for (TableColumn &column : columns) {
         if (!column.hasPercent) continue;
         column.percent = std::min(column.percent, std::max(0.0, 100 - sum));
         sum += column.percent;
     }
-    mTable.columnsValid = true;
 }
 
 // The fixed algorithm: the columns' own widths, then the first row's.
@@ -247,6 +320,7 @@ void TableLayout::fixedConstraints()
     for (const TableCell &cell : mTable.cells) {
         if (cell.row > 0) break;
         const uint32_t end = std::min<uint32_t>(cell.column + cell.columnSpan, uint32_t(mTable.columns.size()));
+        mEngine.resolveEdges(*cell.box, Unit()); // what it says may leave them out
         const auto given = fixedWidth(*cell.box);
         const auto percent = widthPercent(*cell.box);
         for (uint32_t c = cell.column; c < end; ++c) {

@@ -6,54 +6,111 @@ namespace layout {
 
 void TableLayout::run()
 {
+    const bool sameRoom = !mTable.needsLayout && mTable.gridValid && mTable.placed;
     prepareGrid();
     mEngine.resolveEdges(mTable, mConstraint.width);
     columnConstraints();
+    const bool sameColumns = placeColumns();
+    const Unit above = layoutCaptions(false, Unit());
+    const bool sameTop = mTable.gridTop == above;
+    mTable.gridTop = above;
+    const Unit padTop = mTable.collapsed ? Unit() : mTable.padding.top;
+    const Unit top = above + mTable.border.top + padTop;
+    if (!sameRoom || !sameColumns || !sameTop || !relayoutDirtyRows(top)) {
+        layoutRows();
+        const Unit height = contentHeight();
+        mTable.gridHeight = wantedHeight(height);
+        mTable.stretched = mTable.gridHeight > height;
+        if (mTable.stretched) stretchRows(mTable.gridHeight - height);
+        placeRows(top);
+    }
+    const Unit below = layoutCaptions(true, above + mTable.gridHeight);
+    mTable.height = above + mTable.gridHeight + below;
+    mTable.collapsesThrough = false;
+    mTable.bottomStrut = {};
+    mTable.bottomStrut.add(mTable.marginBottom);
+}
+
+bool TableLayout::placeColumns()
+{
     const Unit target = std::max(Unit(), mTable.width - gridFrame());
+    const std::vector<TableColumn> before = mTable.columns;
     if (isFixed()) {
         distributeFixed(target);
     } else {
         const std::vector<Unit> widths = distribute(mTable.columns, 0, mTable.columns.size(), target);
         for (std::size_t i = 0; i < widths.size(); ++i) mTable.columns[i].width = widths[i];
     }
-    const bool rightToLeft = isRightToLeft(mTable.style());
-    const Unit padLeft = mTable.collapsed ? Unit() : mTable.padding.left;
-    Unit x = mTable.border.left + padLeft + mTable.spacingX;
+    Unit x = gridLeft();
     const auto place = [&](TableColumn &column) {
         column.left = x;
         x += column.width + mTable.spacingX;
     };
-    if (rightToLeft)
+    if (isRightToLeft(mTable.style()))
         for (auto it = mTable.columns.rbegin(); it != mTable.columns.rend(); ++it) place(*it);
     else
         for (TableColumn &column : mTable.columns) place(column);
+    return std::equal(before.begin(), before.end(), mTable.columns.begin(), [](const TableColumn &a, const TableColumn &b) {
+        return a.width == b.width && a.left == b.left;
+    });
+}
 
-    const Unit above = layoutCaptions(false, Unit());
-    mTable.gridTop = above;
-    layoutRows();
-    const Unit padTop = mTable.collapsed ? Unit() : mTable.padding.top, padBottom = mTable.collapsed ? Unit() : mTable.padding.bottom;
-    const Unit frame = mTable.border.vertical() + padTop + padBottom;
+/// Where the first column begins.
+Unit TableLayout::gridLeft() const
+{
+    return mTable.border.left + (mTable.collapsed ? Unit() : mTable.padding.left) + mTable.spacingX;
+}
+
+/// Of the border box without captions, as the rows ask for it.
+Unit TableLayout::contentHeight() const
+{
     Unit content = mTable.rows.empty() ? Unit() : mTable.spacingY;
     for (const TableRow &row : mTable.rows) content += row.height + mTable.spacingY;
-    Unit height = content + frame;
-    if (auto given = usedHeight(mTable, mConstraint)) {
-        if (*given > height) {
-            stretchRows(*given - height);
-            height = *given;
-        }
+    return content + mTable.border.vertical() + (mTable.collapsed ? Unit() : mTable.padding.vertical());
+}
+
+/// What the table's style makes of it.
+Unit TableLayout::wantedHeight(Unit height) const
+{
+    if (const auto given = usedHeight(mTable, mConstraint)) height = std::max(height, *given);
+    return std::max(height, clampedHeight(mTable, height, mConstraint));
+}
+
+bool TableLayout::relayoutDirtyRows(Unit top)
+{
+    const auto dirty = mTable.stretched ? std::nullopt : dirtyCells();
+    if (!dirty) return false;
+    std::vector<TableRow *> rows;
+    for (const uint32_t cell : *dirty) {
+        TableRow &row = mTable.rows[mTable.cells[cell].row];
+        if (row.joined) return false; // others have a say in its height
+        if (rows.empty() || rows.back() != &row) rows.push_back(&row);
     }
-    const Unit lowest = clampedHeight(mTable, height, mConstraint);
-    if (lowest > height) {
-        stretchRows(lowest - height);
-        height = lowest;
+    bool moves = false, reaches = false;
+    std::vector<const TableCell *> spanning;
+    for (TableRow *row : rows) {
+        const Unit was = row->height;
+        layoutRow(*row, spanning);
+        moves = moves || row->height != was;
     }
-    placeRows(above + mTable.border.top + padTop);
-    mTable.gridHeight = height;
-    const Unit below = layoutCaptions(true, above + height);
-    mTable.height = above + height + below;
-    mTable.collapsesThrough = false;
-    mTable.bottomStrut = {};
-    mTable.bottomStrut.add(mTable.marginBottom);
+    if (moves) {
+        const Unit height = contentHeight();
+        if (wantedHeight(height) != height) return false;
+        mTable.gridHeight = height;
+        placeRowBoxes(top);
+        placeColumnBoxes();
+    }
+    for (TableRow *row : rows) {
+        const BlockBox &box = *row->box;
+        const FlowSum was = FlowTraits::value(box);
+        placeCells(*row);
+        mEngine.finishOverflow(*row->box);
+        const FlowSum now = FlowTraits::value(box);
+        reaches = reaches || std::memcmp(&was, &now, sizeof was) != 0;
+        mTable.settle(*row);
+    }
+    if (moves || reaches) finishSections();
+    return true;
 }
 
 Unit TableLayout::layoutCaptions(bool below, Unit top)
@@ -93,30 +150,33 @@ Unit TableLayout::cellBaseline(const BlockBox &box) const
 void TableLayout::layoutRows()
 {
     std::vector<const TableCell *> spanning;
-    for (TableRow &row : mTable.rows) {
-        Unit height, ascent, descent;
-        bool anyBaseline = false;
-        if (const auto given = fixedHeight(*row.box)) height = *given;
-        for (uint32_t i = row.firstCell; i < row.firstCell + row.cellCount; ++i) {
-            TableCell &cell = mTable.cells[i];
-            layoutCell(cell, spannedWidth(cell));
-            const bool baseline = cellAlign(*cell.box) == CellAlign::Baseline;
-            if (baseline) {
-                const Unit at = cellBaseline(*cell.box);
-                ascent = std::max(ascent, at);
-                if (cell.rowSpan == 1) descent = std::max(descent, cell.box->height - at);
-                anyBaseline = true;
-            }
-            if (cell.rowSpan > 1)
-                spanning.push_back(&cell);
-            else
-                height = std::max(height, cell.box->height);
-        }
-        row.baseline = ascent;
-        row.height = anyBaseline ? std::max(height, ascent + descent) : height;
-    }
+    for (TableRow &row : mTable.rows) layoutRow(row, spanning);
     std::stable_sort(spanning.begin(), spanning.end(), [](const TableCell *a, const TableCell *b) { return a->rowSpan < b->rowSpan; });
     spanRows(spanning);
+}
+
+void TableLayout::layoutRow(TableRow &row, std::vector<const TableCell *> &spanning)
+{
+    Unit height, ascent, descent;
+    bool anyBaseline = false;
+    if (const auto given = fixedHeight(*row.box)) height = *given;
+    for (uint32_t i = row.firstCell; i < row.firstCell + row.cellCount; ++i) {
+        ++mEngine.work().childrenPlaced;
+        TableCell &cell = mTable.cells[i];
+        layoutCell(cell, spannedWidth(cell));
+        if (cellAlign(*cell.box) == CellAlign::Baseline) {
+            const Unit at = cellBaseline(*cell.box);
+            ascent = std::max(ascent, at);
+            if (cell.rowSpan == 1) descent = std::max(descent, cell.box->height - at);
+            anyBaseline = true;
+        }
+        if (cell.rowSpan > 1)
+            spanning.push_back(&cell);
+        else
+            height = std::max(height, cell.box->height);
+    }
+    row.baseline = ascent;
+    row.height = anyBaseline ? std::max(height, ascent + descent) : height;
 }
 
 // What a cell over several rows needs beyond them goes to its rows by their heights, or to the last where all are empty.
@@ -179,10 +239,22 @@ void TableLayout::stretchRows(Unit wanted)
 
 void TableLayout::placeRows(Unit top)
 {
+    placeRowBoxes(top);
+    for (TableRow &row : mTable.rows) {
+        placeCells(row);
+        mEngine.finishOverflow(*row.box);
+        mTable.settle(row);
+    }
+    finishSections();
+    placeColumnBoxes();
+    mTable.placed = true;
+}
+
+void TableLayout::placeRowBoxes(Unit top)
+{
     Unit y = top + (mTable.rows.empty() ? Unit() : mTable.spacingY);
-    const Unit padLeft = mTable.collapsed ? Unit() : mTable.padding.left;
-    const Unit left = mTable.border.left + padLeft + mTable.spacingX;
-    const Unit width = mTable.columns.empty() ? Unit() : mTable.width - mTable.border.horizontal() - padLeft - (mTable.collapsed ? Unit() : mTable.padding.right) - mTable.spacingX * 2;
+    const Unit left = gridLeft();
+    const Unit width = mTable.columns.empty() ? Unit() : mTable.width - mTable.border.horizontal() - (mTable.collapsed ? Unit() : mTable.padding.horizontal()) - mTable.spacingX * 2;
     for (Box *each = mTable.firstChild(); each; each = each->next()) {
         if (each->kind() != BoxKind::TableSection) continue;
         BlockBox &empty = *each->asBlock(); // those with rows get theirs below
@@ -192,29 +264,29 @@ void TableLayout::placeRows(Unit top)
         empty.height = {};
         empty.padding = empty.border = {};
         empty.needsLayout = empty.childNeedsLayout = false;
-        mEngine.finishOverflow(empty);
+        if (!empty.firstChild()) mEngine.finishOverflow(empty);
     }
     BlockBox *section = nullptr;
     for (TableRow &row : mTable.rows) {
         row.top = y;
         if (row.section != section) {
             section = row.section;
-            section->x = left;
             section->gap = y;
-            section->width = width;
-            section->padding = section->border = {};
-            section->needsLayout = section->childNeedsLayout = false;
         }
         section->height = y + row.height - section->gap;
         row.box->x = {};
         row.box->gap = y - section->gap;
         row.box->width = width;
         row.box->height = row.height;
-        row.box->needsLayout = row.box->childNeedsLayout = false;
         y += row.height + mTable.spacingY;
     }
-    for (TableCell &cell : mTable.cells) {
-        const TableRow &row = mTable.rows[cell.row];
+}
+
+void TableLayout::placeCells(const TableRow &row)
+{
+    const Unit left = gridLeft();
+    for (uint32_t i = row.firstCell; i < row.firstCell + row.cellCount; ++i) {
+        const TableCell &cell = mTable.cells[i];
         const TableRow &last = mTable.rows[cell.row + cell.rowSpan - 1];
         BlockBox &box = *cell.box;
         const std::size_t end = std::min<std::size_t>(cell.column + cell.columnSpan, mTable.columns.size());
@@ -238,9 +310,17 @@ void TableLayout::placeRows(Unit top)
         box.height = height;
         mEngine.finishOverflow(box);
     }
-    for (TableRow &row : mTable.rows) mEngine.finishOverflow(*row.box);
+}
+
+void TableLayout::finishSections()
+{
     for (std::size_t r = 0; r < mTable.rows.size(); ++r)
         if (r + 1 == mTable.rows.size() || mTable.rows[r + 1].section != mTable.rows[r].section) mEngine.finishOverflow(*mTable.rows[r].section);
+}
+
+void TableLayout::placeColumnBoxes()
+{
+    const Unit bottom = mTable.rows.empty() ? Unit() : mTable.rows.back().top + mTable.rows.back().height;
     const BlockBox *before = nullptr; // a box may stand for several columns
     for (TableColumn &column : mTable.columns) {
         if (!column.box) continue;
@@ -251,7 +331,7 @@ void TableLayout::placeRows(Unit top)
         column.box->x = start;
         column.box->gap = mTable.gridTop + mTable.border.top + mTable.spacingY;
         column.box->width = end - start;
-        column.box->height = std::max(Unit(), y - mTable.spacingY - column.box->gap);
+        column.box->height = std::max(Unit(), bottom - column.box->gap);
         column.box->needsLayout = false;
     }
     // A group covers its columns; columns stand in it.
