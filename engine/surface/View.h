@@ -165,6 +165,7 @@ private:
     QRectF toClient(const QRectF &document) const;
     void layoutPage();
     void updateScrollBars();
+    bool holdsCaret(const dom::Element &element) const;
     void edited();
     void commandStatesChanged();
     bool mArrowKey = false; ///< one is being handled; whoever cares about states waits for its end and a pause

@@ -440,9 +440,20 @@ void View::click(dom::Element &element)
                                                             HTMLEditor::Asker::Link);
 }
 
+bool View::holdsCaret(const dom::Element &element) const
+{
+    if (!element.isContentEditable() || element.isVoid()) return false;
+    const StyledRendering &rendering = mLoaded->rendering();
+    rendering.refresh();
+    for (const dom::Element *at = &element; at; at = at->parentElement())
+        if (!rendering.isDisplayed(*at)) return false;
+    return true;
+}
+
 void View::focus(dom::Element &element)
 {
-    if (!element.isContentEditable())
+    // Callers try one candidate after the other, so a caret beside the element would be the wrong answer.
+    if (!holdsCaret(element))
         throw base::Error(base::errors::notPossible, QStringLiteral("The element can't take the focus."));
     const Content content = Movement::contentFor(Position::startOf(element), mLoaded->editor().rendering());
     mLoaded->selection().setCaret(Movement(content).startOfBlock(Position::startOf(element)));
