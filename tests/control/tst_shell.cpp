@@ -5,10 +5,12 @@
 #include "control/Vellum5.h"
 #include "control/Vellum5Parts.h"
 #include "core/modMain.h"
+#include "platform/HotKeys.h"
 #include "support/Debug.h"
 #include "support/FailureReport.h"
 #include "support/InstanceCounts.h"
 #include "support/SettingsStore.h"
+#include "support/WindowPositionStore.h"
 
 #include <QPainter>
 #include <QSignalSpy>
@@ -49,6 +51,12 @@ private Q_SLOTS:
     {
         support::SettingsStore::instance().setFolder(mFolder.path());
         base::Clock::instance().setManual(QDateTime(QDate(2026, 1, 1), QTime(12, 0)));
+    }
+
+    void cleanup()
+    {
+        support::twdClient::setConnection({});
+        support::twdClient::setMemoryFactory({});
     }
 
     // The widget's own names
@@ -266,8 +274,98 @@ private Q_SLOTS:
         other.Terminate();
     }
 
+    // What the shell hands on
+
+    void theEditorsWindowIsThatOfTheView()
+    {
+        Vellum5 control;
+        load(control, "<p>x");
+        QCOMPARE(control.hWnd(), qulonglong(control.winId()));
+        QCOMPARE(control.EditorhWnd(), qulonglong(control.VisualEditControl()->winId()));
+        control.setEditView(int(EditViewEnum::hvSourceEdit));
+        QCOMPARE(control.EditorhWnd(), qulonglong(control.SourceEditControl()->winId()));
+        control.setEditView(int(EditViewEnum::hvPreview));
+        QCOMPARE(control.EditorhWnd(), qulonglong(control.VisualEditControl()->winId()));
+        QVERIFY(control.VisualEditControl()->winId() != control.SourceEditControl()->winId());
+        control.Terminate();
+    }
+    void theStripTakesTheBackColour()
+    {
+        Vellum5 control;
+        QCOMPARE(control.parts().strip->BackColor(), QColor(255, 255, 255));
+        control.setBackColor(0x0000FF); // red stands in the low byte
+        QCOMPARE(control.parts().strip->BackColor(), QColor(255, 0, 0));
+        control.setBackColor(0x8000000F); // the system's colour of a button's face
+        QCOMPARE(control.parts().strip->BackColor(), control.palette().color(QPalette::Button));
+        control.Terminate();
+    }
+    void aControlSetsTheSourceEditorsKeys()
+    {
+        HotKeys &keys = HotKeys::global();
+        keys.removeAll(137);
+        keys.add(178, QKeySequence(Qt::CTRL | Qt::Key_F7));
+        keys.add(178, QKeySequence(Qt::Key_F7));
+        keys.add(169, QKeySequence(Qt::Key_F8));
+        Vellum5 control;
+        QVERIFY(keys.list(137).contains(QKeySequence(Qt::CTRL | Qt::Key_A)));
+        QVERIFY(keys.list(178).isEmpty());
+        QVERIFY(keys.list(169).isEmpty());
+        control.Terminate();
+    }
+    void dialogsKeepTheirPlacesBelowOneKey()
+    {
+        support::WindowPositionStore::instance().setRootKey(QString());
+        Vellum5 control;
+        QCOMPARE(support::WindowPositionStore::instance().rootKey(), QString("Software\\Brimfield\\Vellum"));
+        control.Terminate();
+    }
+
     // Life
 
+    void aToolSeesEachControlAndItsProxy()
+    {
+        struct Tool final : support::TraceConnection {
+            QHash<QString, long> identifiers;
+            bool isListening() override { return true; }
+            bool wantsInstanceCounts() override { return true; }
+            long send(int code, const QString &text, int) override
+            {
+                if (code != support::traceRegisterClass) return 0;
+                const QString name = text.section(u',', 0, 0);
+                identifiers.insert(name, identifiers.size() + 1);
+                return identifiers.value(name);
+            }
+        };
+        struct Memory final : support::InstanceCountsMemory {
+            QHash<long, int> &counts;
+            explicit Memory(QHash<long, int> &counts) : counts(counts) {}
+            void add(long id) override { ++counts[id]; }
+            void subtract(long id) override { --counts[id]; }
+        };
+        QHash<long, int> counts;
+        const auto tool = std::make_shared<Tool>();
+        support::twdClient::setConnection(tool);
+        support::twdClient::setMemoryFactory(
+            [&counts](const QString &, int) { return std::make_unique<Memory>(counts); });
+        const auto live = [&](const char *name) { return counts.value(tool->identifiers.value(QLatin1String(name))); };
+        {
+            Vellum5 first, second;
+            QCOMPARE(live("Vellum5"), 2);
+            QCOMPARE(live("VirtualCommandManager"), 2);
+            QVERIFY(!tool->identifiers.contains("EventProxy"));
+            first.EventProxy();
+            QCOMPARE(live("EventProxy"), 1);
+            load(first, "<p>x");
+            QCOMPARE(live("ChangeManager"), 1);
+            first.Terminate();
+            QCOMPARE(live("EventProxy"), 0);
+            QCOMPARE(live("VirtualCommandManager"), 1);
+            QCOMPARE(live("Vellum5"), 2); // the end of the object lowers it, not its `Terminate`
+            second.Terminate();
+        }
+        for (const char *name : {"Vellum5", "EventProxy", "VirtualCommandManager", "ChangeManager"})
+            QCOMPARE(live(name), 0);
+    }
     void controlsAreCountedWhileTheyAreInitialised()
     {
         const long before = modMain::mInstanceCount;
