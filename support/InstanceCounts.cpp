@@ -207,7 +207,8 @@ InstanceCounter::InstanceCounter(Component component) : mComponent(component)
                 sendTrace(traceRegisterClass, name + QLatin1String(",1,") + QString::number(variables.twdProjectId));
             if (sendTrace(traceReportState, name) != 0) variables.twdSkipInstanceCount[number] = true;
         }
-        if (!variables.twdSkipInstanceCount[number])
+        // Without an identifier, because no answer came in time, there is no counter of its own; the next instance asks.
+        if (!variables.twdSkipInstanceCount[number] && variables.twdComponentID[number] != 0)
             variables.twdInstanceCountsMemory->add(variables.twdComponentID[number]);
     } catch (...) {
         // Counting is a service to a tool; the class that is being made must not suffer from it.

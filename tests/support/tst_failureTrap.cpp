@@ -550,6 +550,23 @@ private Q_SLOTS:
         QVERIFY(supportVariables().twdSkipInstanceCount[std::size_t(Component::PageMap)]);
     }
 
+    void aToolThatDoesNotAnswerGetsNoCountsAndIsAskedAgain()
+    {
+        auto tool = std::make_shared<Tool>();
+        tool->identifier = -1; // the first answer is then 0: none
+        twdClient::setConnection(tool);
+        QHash<long, int> counts;
+        twdClient::setMemoryFactory([&](const QString &, int) { return std::make_unique<Memory>(counts); });
+        {
+            InstanceCounter unanswered(Component::ChangeManager);
+            QVERIFY(counts.isEmpty());
+            InstanceCounter answered(Component::ChangeManager);
+            QCOMPARE(counts.value(1), 1);
+        }
+        QVERIFY(!counts.contains(0));
+        QCOMPARE(tool->sent.count("502 ChangeManager,1,5"), 2);
+    }
+
     void classesCountThemselves()
     {
         auto tool = std::make_shared<Tool>();
