@@ -35,14 +35,18 @@ void on(Interpreter &in, Words &words)
     const platform::control::EventRow *row = platform::control::findEvent(event);
     if (!row) throw ScriptError(QStringLiteral("unknown event: %1").arg(event));
     const Command rest = words.command();
-    if (rest.line.trimmed() == QLatin1String("off")) return in.host().forgetEvent(event);
+    if (rest.line.trimmed() == QLatin1String("off")) {
+        words.takeCommand();
+        return in.host().forgetEvent(event);
+    }
     if (rest.line.startsWith(QLatin1String("do "))) {
         words.word("do");
-        const Command command = words.command();
+        const Command command = words.takeCommand();
         return in.host().runOnEvent(event, command.block ? command.line + QStringLiteral(" <<END_OF_BLOCK\n") + *command.block +
                                                                QStringLiteral("\nEND_OF_BLOCK")
                                                          : command.line);
     }
+    if (words.atEnd()) throw ScriptError(QStringLiteral("ARGUMENT=VALUE, do or off is missing"));
     while (!words.atEnd()) {
         words.skipBlanks();
         const qsizetype equals = words.line().indexOf(u'=', words.position());

@@ -59,7 +59,10 @@ void makeNew(Interpreter &in, Words &words)
 {
     // The control whose event is being handled would go while it still works.
     if (in.isInHandler()) throw ScriptError(QStringLiteral("not within an event's handler"));
-    if (words.command().line.trimmed() == QLatin1String("fresh")) return in.host().makeControl(nullptr);
+    if (words.command().line.trimmed() == QLatin1String("fresh")) {
+        words.takeCommand();
+        return in.host().makeControl(nullptr);
+    }
     PropertyBag bag;
     while (!words.atEnd()) {
         words.skipBlanks();
@@ -179,8 +182,11 @@ void clipboard(Interpreter &in, Words &words)
     }
     auto *data = new QMimeData;
     // Forms that are set in a row belong together; the first replaces what was there.
-    if (in.clipboardOpen && board->mimeData())
-        for (const QString &known : board->mimeData()->formats()) data->setData(known, board->mimeData()->data(known));
+    if (const QMimeData *before = in.clipboardOpen ? board->mimeData() : nullptr) {
+        for (const QString &known : before->formats())
+            if (known != QLatin1String("application/x-qt-image")) data->setData(known, before->data(known));
+        if (before->hasImage()) data->setImageData(before->imageData()); // has no bytes of its own
+    }
     if (mime.isEmpty())
         data->setImageData(readPicture(in.filePath(words.text())));
     else
@@ -356,7 +362,7 @@ void withoutWaiting(Interpreter &in, Words &words)
     const bool old = in.skipSettle;
     in.skipSettle = true;
     try {
-        in.execute(words.command());
+        in.execute(words.takeCommand());
     } catch (...) {
         in.waits = waited;
         in.skipSettle = old;
@@ -368,7 +374,7 @@ void withoutWaiting(Interpreter &in, Words &words)
 void repeat(Interpreter &in, Words &words)
 {
     const int count = words.number("a count");
-    const Command command = words.command();
+    const Command command = words.takeCommand();
     for (int i = 0; i < count; ++i) in.execute(command);
 }
 
@@ -377,7 +383,7 @@ void timeIt(Interpreter &in, Words &words)
     const QString before = in.output();
     QElapsedTimer timer;
     timer.start();
-    in.execute(words.command());
+    in.execute(words.takeCommand());
     if (IHTMLDocument2 *document = in.control().DOM(); document && document->body()) document->body()->offsetBox();
     in.output() = before; // a figure is what was asked for
     in.print(QString::number(double(timer.nsecsElapsed()) / 1e6, 'f', 3));
@@ -410,7 +416,7 @@ void runInSecond(Interpreter &in, Words &words)
     }
     std::swap(in.mHost, in.mSecond);
     try {
-        in.execute(words.command());
+        in.execute(words.takeCommand());
     } catch (...) {
         std::swap(in.mHost, in.mSecond);
         throw;

@@ -112,8 +112,9 @@ void check(Interpreter &in, Words &)
     if (!problem.isEmpty()) throw ScriptError(problem);
 }
 
-void crash(Interpreter &, Words &)
+void crash(Interpreter &, Words &words)
 {
+    words.finish();
     std::raise(SIGKILL); // nothing is unwound, written or told
 }
 

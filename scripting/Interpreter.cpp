@@ -162,6 +162,7 @@ void Interpreter::execute(const Command &command)
     ++mDepth;
     try {
         (*verb)(*this, words);
+        words.finish(); // a word that nobody read was meant for something
     } catch (...) {
         if (--mDepth == 0 && waits) settle();
         if (mDepth == 0) skipSettle = false;

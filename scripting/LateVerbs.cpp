@@ -83,7 +83,7 @@ void fails(Interpreter &in, Words &words)
     bool failed = true;
     const QString before = in.output();
     try {
-        in.execute(words.command());
+        in.execute(words.takeCommand());
         text = in.takePendingFailure();
         failed = !text.isNull();
     } catch (const ScriptError &error) {

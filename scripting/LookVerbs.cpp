@@ -100,8 +100,9 @@ void print(Interpreter &in, Words &words)
 void boxes(Interpreter &in, Words &words)
 {
     const QString name = words.word("a file");
-    const int width = words.atEnd() ? 1000 : words.number("a width");
-    const int height = words.atEnd() ? 800 : words.number("a height");
+    const bool sized = !words.atEnd();
+    const int width = sized ? words.number("a width") : 1000;
+    const int height = sized ? words.number("a height") : 800;
     QFile file(in.filePath(name));
     if (!file.open(QFile::WriteOnly)) throw ScriptError(file.errorString());
     file.write(in.host().surface().view().boxesAsJson(QSize(width, height)));

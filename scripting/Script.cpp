@@ -101,6 +101,13 @@ Command Words::command() const
     return {mLine.mid(at), mBlock, mNumber};
 }
 
+Command Words::takeCommand()
+{
+    Command rest = command();
+    mPosition = mLine.size();
+    return rest;
+}
+
 void Words::finish() const
 {
     if (!atEnd()) throw ScriptError(QStringLiteral("nothing may follow: %1").arg(mLine.mid(mPosition).trimmed()));

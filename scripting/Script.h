@@ -47,8 +47,10 @@ public:
     /// The rest as it stands, or the block in its place.
     QString text();
     bool hasText() const { return !atEnd() || mBlock; }
-    /// The rest as a command of its own.
+    /// The rest as a command of its own, which isn't read by this.
     Command command() const;
+    /// The same, for who runs it: nothing is left behind it.
+    Command takeCommand();
     /// What is left of the line, to be read by somebody else from `position` on.
     const QString &line() const { return mLine; }
     qsizetype position() const { return mPosition; }
