@@ -419,7 +419,8 @@ void Vellum5::changeEvent(QEvent *event)
 
 bool ControlHost::IsUserMode() const
 {
-    return !container || container->UserMode();
+    // Asked from the widget's own events too, which nobody else could catch a failure for.
+    return support::trap(module, "IsUserMode", &mControl.state(), [&] { return !container || container->UserMode(); });
 }
 
 bool ControlHost::ExtenderVisible(bool ifUnknown) const

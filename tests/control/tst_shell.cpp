@@ -30,8 +30,13 @@ class tst_shell : public QObject
         bool userMode = true;
         bool visible = true;
         bool fails = false;
+        bool modeFails = false;
         QStringList told;
-        bool UserMode() const override { return userMode; }
+        bool UserMode() const override
+        {
+            if (modeFails) throw base::Error(438, QStringLiteral("no such ambient"));
+            return userMode;
+        }
         bool Visible() const override
         {
             if (fails) throw base::Error(438, QStringLiteral("no such property"));
@@ -245,6 +250,34 @@ private Q_SLOTS:
         QCOMPARE(saved.ReadProperty("BodyMode").toString(), QString("True"));
         QVERIFY(saved.ReadProperty("ShowTagBar").toBool());
         control.Terminate();
+    }
+    void aContainerThatCannotTellTheModeCountsAsDesigning()
+    {
+        Form form;
+        QStringList reports;
+        support::setFailurePresenter([&](const support::FailureReport &report) {
+            reports << report.module + u'.' + report.procedure + u' ' + QString::number(report.number);
+        });
+        PropertyBag bag;
+        Vellum5 control(bag, nullptr, &form);
+        control.resize(300, 200);
+        control.show();
+        const QRect before = control.parts().conEditors->geometry();
+        form.modeFails = true;
+        control.resize(400, 300); // reaches the control by an event, behind which nobody could catch
+        QCOMPARE(control.parts().conEditors->geometry(), before);
+        QVERIFY(!reports.isEmpty());
+        for (const QString &report : std::as_const(reports)) QCOMPARE(report, QString("Vellum5.IsUserMode 438"));
+        Vellum5 other(bag, nullptr, &form);
+        QVERIFY(!other.state().mInitialised);
+        form.modeFails = false;
+        reports.clear();
+        control.resize(500, 300);
+        QVERIFY(control.parts().conEditors->geometry() != before);
+        QCOMPARE(reports, QStringList());
+        other.Terminate();
+        control.Terminate();
+        support::setFailurePresenter({});
     }
     void aBagThatIsWrittenAndReadGivesTheSameBag()
     {
