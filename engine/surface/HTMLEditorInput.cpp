@@ -84,6 +84,16 @@ static base::Ref<dom::EventObject> makeEvent(Qt::KeyboardModifiers modifiers, do
     return made;
 }
 
+static base::Ref<dom::EventObject> makeEvent(const QMouseEvent &event, dom::Element *source)
+{
+    auto made = makeEvent(event.modifiers(), source);
+    const QPoint at = event.position().toPoint();
+    made->button = buttonNumber(event.button());
+    made->x = at.x();
+    made->y = at.y();
+    return made;
+}
+
 void HTMLEditor::keyPressEvent(QKeyEvent *event)
 {
     changes::EditScope scope;
@@ -127,11 +137,7 @@ void HTMLEditor::mousePressEvent(QMouseEvent *event)
 {
     changes::EditScope scope;
     if (!mLoaded) return;
-    const QPoint at = event->position().toPoint();
-    const auto told = makeEvent(event->modifiers(), mView->elementAt(at));
-    told->button = buttonNumber(event->button());
-    told->x = at.x();
-    told->y = at.y();
+    const auto told = makeEvent(*event, mView->elementAt(event->position().toPoint()));
     if (!raise(eventMouseDown, *told) || !told->returnValue || !mLoaded) return;
     mView->mousePressed(*event);
 }
@@ -140,11 +146,7 @@ void HTMLEditor::mouseReleaseEvent(QMouseEvent *event)
 {
     changes::EditScope scope;
     if (!mLoaded) return;
-    const QPoint at = event->position().toPoint();
-    const auto told = makeEvent(event->modifiers(), mView->elementAt(at));
-    told->button = buttonNumber(event->button());
-    told->x = at.x();
-    told->y = at.y();
+    const auto told = makeEvent(*event, mView->elementAt(event->position().toPoint()));
     const bool goesOn = raise(eventMouseUp, *told) && told->returnValue;
     if (mLoaded) mView->mouseReleased(*event, goesOn);
 }
@@ -152,7 +154,11 @@ void HTMLEditor::mouseReleaseEvent(QMouseEvent *event)
 void HTMLEditor::mouseDoubleClickEvent(QMouseEvent *event)
 {
     changes::EditScope scope;
-    if (mLoaded) mView->mouseDoubleClicked(*event);
+    if (!mLoaded) return;
+    // The second press is a press as well; its release is told too.
+    const auto told = makeEvent(*event, mView->elementAt(event->position().toPoint()));
+    if (!raise(eventMouseDown, *told) || !told->returnValue || !mLoaded) return;
+    mView->mouseDoubleClicked(*event);
 }
 
 void HTMLEditor::mouseMoveEvent(QMouseEvent *event)

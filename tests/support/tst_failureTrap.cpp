@@ -208,8 +208,9 @@ public:
     ErrorReportAction show() override
     {
         mCalls << "show";
-        return ErrorReportAction::Continue;
+        return action;
     }
+    static inline ErrorReportAction action = ErrorReportAction::Continue;
 
 private:
     QStringList &mCalls;
@@ -431,6 +432,25 @@ private Q_SLOTS:
         setErrorReportFactory([&calls] { return std::make_unique<ReportObject>(calls); });
         Subject().HalfWay();
         QCOMPARE(calls, QStringList({"VellumKit5", "5.0.0", "Subject.HalfWay", "show"}));
+    }
+
+    void theActionThatTheObjectGivesIsTaken()
+    {
+        QStringList calls;
+        setFailurePresenter({});
+        setErrorReportFactory([&calls] { return std::make_unique<ReportObject>(calls); });
+        const auto run = [] {
+            constexpr int wentOn = 7;
+            QTimer::singleShot(0, [] { Subject().HalfWay(); });
+            QTimer::singleShot(1, [] { QCoreApplication::exit(wentOn); });
+            return QCoreApplication::exec();
+        };
+        QCOMPARE(run(), 7);
+        ReportObject::action = ErrorReportAction::QuitApplication;
+        const int result = run();
+        ReportObject::action = ErrorReportAction::Continue;
+        QCOMPARE(result, 0);
+        QCOMPARE(calls.count("show"), 2);
     }
 
     void withoutTheObjectTheBoxIsShownAndWorkGoesOn()
