@@ -162,6 +162,22 @@ private Q_SLOTS:
         QCOMPARE(attribute("title"), QString());
         QCOMPARE(attribute("class"), QString());
     }
+    /// Nor may one that answers each load by another keep the control waiting for ever.
+    void waitingForALoadGivesUp()
+    {
+        int loads = 0;
+        const auto connection = connect(control.get(), &Vellum5::DocumentComplete, this, [&] {
+            if (loads < 500) control->setDocumentHTML(QString("<p>%1").arg(++loads));
+        });
+        control->setDocumentHTML(QStringLiteral("<p>first"));
+        control->WaitUntilLoaded();
+        QVERIFY(control->Loading());
+        QVERIFY2(loads >= 1 && loads <= 21, qPrintable(QString::number(loads)));
+        disconnect(connection);
+        control->WaitUntilLoaded(); // the last of them ends
+        QVERIFY(!control->Loading());
+        QCOMPARE(control->DOM()->body()->innerText(), QString::number(loads));
+    }
 };
 
 QTEST_MAIN(tst_hostHandlers)

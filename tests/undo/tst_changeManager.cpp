@@ -28,6 +28,7 @@ private Q_SLOTS:
     void theManagerMayBeDroppedByWhoIsTold_data();
     void theManagerMayBeDroppedByWhoIsTold();
     void resetKeepsTheLatches();
+    void resetKeepsWhatIsPending();
     void terminateEndsEverythingOnce();
     void theDestructorTerminates();
     void playbackThatFailsIsReportedAndTheWalkGoesOn();
@@ -356,6 +357,29 @@ void tst_changeManager::resetKeepsTheLatches()
     QCOMPARE(undoStack(), QStringLiteral("1:0 1:3"));
 }
 
+void tst_changeManager::resetKeepsWhatIsPending()
+{
+    log->batch({other});
+    manager->Undo(); // its echo waits, and goes with the log
+    auto second = std::make_shared<ScriptedChangeLog>();
+    manager->Initialise(second);
+    second->batch({other});
+    QCOMPARE(undoStack(), QString()); // taken for the echo
+    second->batch({other});
+    QCOMPARE(manager->UndoCount(), 1);
+    manager->Undo();
+    manager->Flush();
+    manager->Redo(); // likewise
+    auto third = std::make_shared<ScriptedChangeLog>();
+    manager->Initialise(third);
+    third->batch({other, other});
+    manager->Undo();
+    manager->Flush();
+    QCOMPARE(manager->RedoCount(), 2);
+    third->batch({typed}); // a fresh edit: the echo of the redo was counted off before
+    QCOMPARE(manager->RedoCount(), 0);
+}
+
 void tst_changeManager::terminateEndsEverythingOnce()
 {
     log->batch({other});
@@ -463,6 +487,12 @@ void tst_changeManager::aFailureReportShowsTheFields()
         QVERIFY2(found > at, qPrintable(field + dump));
         at = found;
     }
+    // What a manager starts with.
+    for (const char *field :
+         {"<mFreezeChangeGroupID>False<", "<mNoIncrementOnEndBlock>False<", "<mChangeGroupID>1<",
+          "<mChangesArePrivate>False<", "<mPendingUndoCount>0<", "<mPendingRedoCount>0<",
+          "<mDeferredEndUndoBlock>False<", "<mCookie>0<", "<mTerminated>False<"})
+        QVERIFY2(dump.contains(QLatin1String(field)), qPrintable(field + dump));
 }
 
 // Scripted log before a live document
