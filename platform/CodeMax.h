@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <utility>
 
+class SourceLexer;
+
 /// A place in the source editor. Lines and columns count from 0, columns in UTF-16 units.
 struct CodeMaxPosition
 {
@@ -202,7 +204,7 @@ private:
     int mReplaceCount = 0;
     int mErrorState = codemax::noError;
 
-    QsciLexerHTML *mLexer = nullptr;
+    SourceLexer *mLexer = nullptr;
     LongLines mLongLines{*this};
     int mNumberDigits = 0;
     int mEditDepth = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The source editor's keys, colours and margins.
 #include "platform/CodeMax.h"
+#include "platform/SourceLexer.h"
 
 #include <QFontDatabase>
 
@@ -73,7 +74,7 @@ void CodeMax::setUpKeys()
 
 void CodeMax::setUpLooks()
 {
-    mLexer = new QsciLexerHTML(this);
+    mLexer = new SourceLexer(this);
     setMarginType(lineNumberMargin, NumberMargin);
     for (int margin = 1; margin < 5; ++margin)
         setMarginWidth(margin, 0);
@@ -102,20 +103,12 @@ void CodeMax::applyPalette()
     mLexer->setPaper(paper);
     mLexer->setColor(text);
     mLexer->setFont(font);
-    using Lexer = QsciLexerHTML;
-    for (const int style :
-         {Lexer::HTMLComment, Lexer::SGMLComment, Lexer::JavaScriptComment, Lexer::JavaScriptCommentLine})
-        mLexer->setColor(colors.comment, style);
-    for (const int style :
-         {Lexer::HTMLDoubleQuotedString, Lexer::HTMLSingleQuotedString, Lexer::SGMLDoubleQuotedString,
-          Lexer::SGMLSingleQuotedString, Lexer::JavaScriptDoubleQuotedString, Lexer::JavaScriptSingleQuotedString})
-        mLexer->setColor(colors.string, style);
-    for (const int style : {Lexer::Tag, Lexer::UnknownTag})
-        mLexer->setColor(colors.element, style);
-    for (const int style : {Lexer::Attribute, Lexer::UnknownAttribute, Lexer::OtherInTag})
-        mLexer->setColor(colors.attribute, style);
-    mLexer->setColor(colors.entity, Lexer::Entity);
-    mLexer->setColor(colors.delimiter, Lexer::SGMLDefault);
+    mLexer->setColor(colors.comment, SourceLexer::Comment);
+    mLexer->setColor(colors.delimiter, SourceLexer::Delimiter);
+    mLexer->setColor(colors.string, SourceLexer::String);
+    mLexer->setColor(colors.element, SourceLexer::Element);
+    mLexer->setColor(colors.attribute, SourceLexer::Attribute);
+    mLexer->setColor(colors.entity, SourceLexer::Entity);
     mLexer->blockSignals(blocked);
     setLexer(mLexer);
     mLongLines.setUp();

@@ -7,7 +7,7 @@
 #define signals Q_SIGNALS
 #define slots Q_SLOTS
 #include <Qsci/qscicommandset.h>
-#include <Qsci/qscilexerhtml.h>
+#include <Qsci/qscilexercustom.h>
 #include <Qsci/qsciscintilla.h>
 #undef signals
 #undef slots

@@ -126,6 +126,7 @@ void tst_badInput::inputs()
     QTest::newRow("text between rows") << "<table>w000001<tr>w000002<td>w000003</td>w000004</tr>w000005</table>w000006";
     QTest::newRow("instructions") << "<?w000001 x?><!w000002><p>w000003<![CDATA[w000004]]></p></b>";
     QTest::newRow("odd names") << "<p <b=w000001 \"w000002 '=w000003 =w000004>w000005</p>";
+    QTest::newRow("half a reference in front of a declaration") << repeated("<p>a&<!--%1-->b&#<!DOCTYPE %1>", 50);
     QTest::newRow("many entities") << repeated("&amp;&bogus;&#x110000;&#0;&#xD800;%1", 2000);
 }
 
