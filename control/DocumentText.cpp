@@ -8,6 +8,7 @@
 #include "engine/css/StyleObject.h"
 #include "engine/css/StyleSheetObject.h"
 #include "engine/html/Parser.h"
+#include "engine/html/Serializer.h"
 #include "platform/CodeMax.h"
 #include "platform/FileHelper.h"
 #include "platform/HttpHelper.h"
@@ -283,8 +284,24 @@ void DocumentText::UpdateInternalHTMLText()
         if (mState.mLoadingEd || !mDoc()) return;
         // No document reads as nothing: a reading that failed must not empty the store.
         text = GetVisualHTML();
+        if (mState.mBodyMode) text = withBodyAlone(text);
         if (!text.isEmpty()) SetInternalHTMLText(text, false);
     });
+}
+
+/// The body is sought by its tags, in the text as it stands: a comment or a script in it that speaks of a body, or a ">"
+/// in one of the body's own values, would be taken for them, and what lies in front of it would be lost. So only the body
+/// is handed on, in tags that can't be mistaken.
+QString DocumentText::withBodyAlone(const QString &text) const
+{
+    QString tag;
+    if (const IHTMLElement *body = mDoc()->body()) html::Serializer::writeStartTag(*body, tag);
+    tag = html::Serializer::withCrLf(tag);
+    const qsizetype begin = tag.isEmpty() ? -1 : text.indexOf(tag);
+    const qsizetype end = text.lastIndexOf(QLatin1String("</BODY>"));
+    if (begin < 0 || end < begin + tag.size()) return text;
+    const qsizetype inside = begin + tag.size();
+    return QStringLiteral("<BODY>") + text.mid(inside, end - inside) + QStringLiteral("</BODY>");
 }
 
 QString DocumentText::GetVisualHTML()

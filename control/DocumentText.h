@@ -55,6 +55,7 @@ private:
     bool isActive() const;
     void addMisspellingStyle();
     void addBodyModeStyles();
+    QString withBodyAlone(const QString &text) const;
 
     ControlState &mState;
     Host &mHost;
