@@ -69,7 +69,9 @@ bdi, output { unicode-bidi: isolate }
 bdo { unicode-bidi: bidi-override }
 [dir=ltr] { direction: ltr; unicode-bidi: isolate }
 [dir=rtl] { direction: rtl; unicode-bidi: isolate }
+[dir=auto] { unicode-bidi: isolate }
 bdo[dir=ltr], bdo[dir=rtl] { unicode-bidi: bidi-override }
+bdo[dir=auto] { unicode-bidi: isolate-override }
 [hidden] { display: none }
 embed[hidden] { display: inline; height: 0; width: 0 }
 iframe { border: 2px inset #eeeeee; overflow: hidden }

@@ -25,7 +25,4 @@ private:
     void analyse() const;
 };
 
-/// Levels of the Unicode bidirectional algorithm, explicit embeddings left out; empty where all is level 0.
-std::vector<uint8_t> bidiLevels(const QString &text, bool rightToLeft);
-
 } // namespace layout

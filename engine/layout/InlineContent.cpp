@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/layout/InlineContent.h"
 
+#include "engine/layout/Bidi.h"
 #include "engine/layout/BoxStyle.h"
 #include "engine/layout/BreakFinder.h"
 
@@ -260,11 +261,73 @@ void InlineCollector::addText(TextBox &box)
     mAfterBlank = collapser.afterBlank();
 }
 
+namespace {
+
+// What an element's `unicode-bidi` stands for (CSS Writing Modes 4, 2.4.2), in front of its content and behind it.
+std::pair<std::vector<char16_t>, std::vector<char16_t>> marksOf(const Box &box, bool block)
+{
+    using css::UnicodeBidi;
+    const UnicodeBidi kind = box.style().box().unicodeBidi;
+    const bool turned = isRightToLeft(box.style());
+    const char16_t override = turned ? bidi::rlo : bidi::lro;
+    if (block) { // its paragraph has its direction already
+        if (kind == UnicodeBidi::BidiOverride || kind == UnicodeBidi::IsolateOverride) return {{override}, {bidi::pdf}};
+        return {};
+    }
+    switch (kind) {
+    case UnicodeBidi::Embed: return {{turned ? bidi::rle : bidi::lre}, {bidi::pdf}};
+    case UnicodeBidi::BidiOverride: return {{override}, {bidi::pdf}};
+    case UnicodeBidi::IsolateOverride: return {{bidi::fsi, override}, {bidi::pdf, bidi::pdi}};
+    case UnicodeBidi::Plaintext: return {{bidi::fsi}, {bidi::pdi}};
+    case UnicodeBidi::Isolate: {
+        // By its first letter, where the page leaves it to that.
+        static const dom::Atom bdiName("bdi");
+        const dom::Element *element = box.element();
+        const QString dir = element ? element->attributeValue("dir").toLower() : QString();
+        const bool byContent = dir == QLatin1String("auto") || (element && element->is(bdiName) && dir != QLatin1String("ltr") && dir != QLatin1String("rtl"));
+        return {{byContent ? bidi::fsi : turned ? bidi::rli : bidi::lri}, {bidi::pdi}};
+    }
+    case UnicodeBidi::Normal: break;
+    }
+    return {};
+}
+
+// The marks of a block's elements. They end with their paragraph, and begin anew behind it.
+std::vector<BidiMark> bidiMarks(const Box &block, const InlineContent &content)
+{
+    std::vector<BidiMark> marks;
+    const auto asks = [](const Box &box) { return box.style().box().unicodeBidi != css::UnicodeBidi::Normal; };
+    if (!asks(block) && std::none_of(content.items.begin(), content.items.end(), [&](const InlineItem &item) { return item.type == ItemType::Open && asks(*item.box); }))
+        return marks;
+    std::vector<std::vector<char16_t>> open;
+    const auto put = [&](uint32_t at, const std::vector<char16_t> &each) {
+        for (const char16_t mark : each) marks.push_back({at, mark});
+    };
+    const auto begin = [&](const Box &box, uint32_t at, bool isBlock) {
+        open.push_back(marksOf(box, isBlock).first);
+        put(at, open.back());
+    };
+    begin(block, 0, true);
+    for (const InlineItem &item : content.items) {
+        if (item.type == ItemType::Open) {
+            begin(*item.box, item.start, false);
+        } else if (item.type == ItemType::Close && open.size() > 1) {
+            put(item.start, marksOf(*item.box, false).second);
+            open.pop_back();
+        } else if (item.type == ItemType::Break || item.type == ItemType::Block) {
+            for (const auto &each : open) put(item.end, each);
+        }
+    }
+    return marks;
+}
+
+} // namespace
+
 // Cuts text items where the direction changes, and gives every item its level.
 void InlineCollector::splitByDirection()
 {
     const bool rightToLeft = isRightToLeft(mBlock.style());
-    const std::vector<uint8_t> levels = bidiLevels(mContent.text, rightToLeft);
+    const std::vector<uint8_t> levels = bidiLevels(mContent.text, rightToLeft, bidiMarks(mBlock, mContent));
     if (levels.empty()) return;
     mContent.bidi = true;
     std::vector<InlineItem> items;
@@ -296,7 +359,6 @@ void InlineCollector::splitByDirection()
     mContent.items = std::move(items);
 }
 
-// Cuts text that the font's tables don't cover out of what they do, and shapes it.
 // Letters of one font kern across the ends of elements, where no edge stands between.
 void InlineCollector::kernAcross()
 {
@@ -319,6 +381,7 @@ void InlineCollector::kernAcross()
     }
 }
 
+// Cuts text that the font's tables don't cover out of what they do, and shapes it.
 void InlineCollector::classify()
 {
     std::vector<InlineItem> cut;

@@ -87,6 +87,7 @@ private:
     void measureAtomic(const Piece &piece, const State &state);
     void justify(Unit room);
     void order();
+    void orderByDirection();
     void emitLine(Unit top);
     void setAtomic(Fragment &fragment, Unit lineTop);
     void blockLine(FlowState &state);

@@ -282,28 +282,7 @@ void InlineLayout::order()
         }
         return;
     }
-    std::vector<std::size_t> visual(mPieces.size());
-    uint8_t highest = 0;
-    for (std::size_t i = 0; i < visual.size(); ++i) {
-        visual[i] = i;
-        highest = std::max(highest, mPieces[i].level);
-    }
-    for (uint8_t level = highest; level >= 1; --level)
-        for (std::size_t i = 0; i < visual.size();) {
-            if (mPieces[visual[i]].level < level) {
-                ++i;
-                continue;
-            }
-            std::size_t end = i;
-            while (end < visual.size() && mPieces[visual[end]].level >= level) ++end;
-            std::reverse(visual.begin() + std::ptrdiff_t(i), visual.begin() + std::ptrdiff_t(end));
-            i = end;
-        }
-    x = mFirstLine && !rightToLeft ? textIndentOf(mStyle, mInner.width) : Unit();
-    for (const std::size_t i : visual) {
-        mPieces[i].x = x;
-        x += mPieces[i].width;
-    }
+    orderByDirection();
 }
 
 void InlineLayout::setAtomic(Fragment &fragment, Unit lineTop)

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/layout/TextShaper.h"
 
+#include "engine/layout/Bidi.h"
+
+#include <algorithm>
+
 #include <QGlyphRun>
 #include <QTextLayout>
 #include <QTextOption>
@@ -94,10 +98,21 @@ ShapedText TextShaper::shapeSimple(QStringView text, const Font &font, Spacing s
 
 namespace {
 
+// Where the page overrides the letters' own direction, Qt must be told.
+bool goesAgainst(const QString &text, bool rightToLeft)
+{
+    return std::any_of(text.begin(), text.end(), [rightToLeft](QChar c) {
+        const QChar::Direction own = c.direction();
+        return rightToLeft ? own == QChar::DirL || own == QChar::DirEN || own == QChar::DirAN : own == QChar::DirR || own == QChar::DirAL;
+    });
+}
+
 // One stretch that one face can show, laid out by Qt in pieces: it cuts lines at some 10,000 characters.
-void shapeStretch(const QString &text, const FontFace &face, double scale, bool rightToLeft, double originX,
+void shapeStretch(QString text, const FontFace &face, double scale, bool rightToLeft, double originX,
                   ShapedText &result, double &advance)
 {
+    const int from = goesAgainst(text, rightToLeft) ? 1 : 0;
+    if (from) text.prepend(QChar(rightToLeft ? bidi::rlo : bidi::lro));
     QTextLayout shaped(text, face.shapingFont());
     QTextOption option;
     option.setTextDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
@@ -113,7 +128,7 @@ void shapeStretch(const QString &text, const FontFace &face, double scale, bool 
     const double width = line.naturalTextWidth();
     double left = 0;
     bool first = true;
-    for (int i = 0; i <= text.size(); ++i) {
+    for (int i = from; i <= text.size(); ++i) {
         const double x = line.cursorToX(i);
         if (first || x < left) left = x;
         first = false;
@@ -130,7 +145,7 @@ void shapeStretch(const QString &text, const FontFace &face, double scale, bool 
         }
         result.spans.push_back(std::move(span));
     }
-    for (int i = 0; i < text.size(); ++i) result.edges.push_back(float(originX + (line.cursorToX(i) - left) * scale));
+    for (int i = from; i < text.size(); ++i) result.edges.push_back(float(originX + (line.cursorToX(i) - left) * scale));
     advance = width * scale;
     result.width = originX + advance;
 }
@@ -159,7 +174,8 @@ ShapedText TextShaper::shapeComplex(QStringView text, const Font &font, Spacing 
             stretches.back().to = next;
         } else {
             const bool blank = c == ' ' || c == 0xA0;
-            const FontFace *face = &font.faceFor(c); // blanks are the font's own, whatever stands around them
+            // Blanks are the font's own, whatever stands around them, and so is what shows nothing.
+            const FontFace *face = category == QChar::Other_Format ? &font.face() : &font.faceFor(c);
             const qsizetype length = stretches.empty() ? 0 : i - stretches.back().from;
             const bool apart = i > 0 && (text[i - 1] == QLatin1Char(' ') || (c >= 0x2E80 && c < 0xA000 && text[i - 1].unicode() >= 0x2E80 && text[i - 1].unicode() < 0xA000));
             if (stretches.empty() || stretches.back().face != face || (length > enough && apart && !blank) || length > longest)

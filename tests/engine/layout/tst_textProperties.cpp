@@ -55,6 +55,14 @@ private Q_SLOTS:
         QCOMPARE(linesOf(page, "b"), 1);
         QVERIFY(std::abs(page.box("c").width() - page.box("d").width()) < 0.2);
     }
+    void whatShowsNothingMakesNoLineHigher()
+    {
+        // Liberation Serif of 18 pixels: 16 + 4 + 1. A font that stood in for the characters would be higher.
+        for (const char16_t c : {0xAD, 0x200B, 0x200D, 0x200E, 0x2060, 0x2068}) {
+            LaidOutPage page(LaidOutPage::bare(QString("<p id=p style='margin:0;font:18px Liberation Serif;hyphens:none'>a%1b</p>").arg(QChar(c))));
+            QVERIFY2(page.box("p").height() == 21, qPrintable(QString::number(c, 16)));
+        }
+    }
     void preservedBlanksCanWrap()
     {
         // A blank of 20 pixels monospace is 12 wide: eight blanks behind two letters are 120, in lines of 60.
