@@ -24,6 +24,8 @@ public:
     /// Whether it is drawn of lines, at any size, by `paintVector`.
     virtual bool isVector(const QString &) { return false; }
     virtual void paintVector(QPainter &, const QString &, const QRectF &) {}
+    /// Whether it has a ratio and no size: `imageSize` has that ratio then, and the picture is as wide as there is room.
+    virtual bool hasOnlyRatio(const QString &) { return false; }
 };
 
 /// The containing block of a box: its content width, and its height where that is definite.

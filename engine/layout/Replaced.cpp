@@ -120,12 +120,18 @@ std::optional<double> attributeLength(const BlockBox &box, const dom::Element &e
     return {};
 }
 
+// How wide a picture is that has a ratio alone.
+double wholeRoom(const BlockBox &box, const Constraint &constraint)
+{
+    const bool known = constraint.width.raw > 0 && constraint.width < unknownWidth;
+    return known ? std::max(0.0, (constraint.width - box.frame().horizontal()).toDouble()) : 300;
+}
+
 // An SVG image is as big as its attributes say; one with a view box alone is as wide as there is room, in its ratio.
 Natural svgSize(const BlockBox &box, const dom::Element &element, const Constraint &constraint)
 {
-    const double room = constraint.width.toDouble();
     std::optional<double> height = attributeLength(box, element, "height", constraint.hasHeight() ? std::optional<double>(constraint.height.toDouble()) : std::nullopt);
-    std::optional<double> width = attributeLength(box, element, "width", room);
+    std::optional<double> width = attributeLength(box, element, "width", constraint.width.toDouble());
     QString text = element.attributeValue("viewBox");
     if (text.isEmpty()) text = element.attributeValue("viewbox");
     const QStringList view = text.replace(QLatin1Char(','), QLatin1Char(' ')).simplified().split(QLatin1Char(' '));
@@ -133,8 +139,7 @@ Natural svgSize(const BlockBox &box, const dom::Element &element, const Constrai
     const bool ratio = viewWidth > 0 && viewHeight > 0;
     if (width && height) return {*width, *height, *width > 0 && *height > 0, false};
     if (!ratio) return {width.value_or(300), height.value_or(150), false, false};
-    const bool known = room > 0 && constraint.width < unknownWidth;
-    if (!width && !height) width = known ? std::max(0.0, room - box.frame().horizontal().toDouble()) : 300;
+    if (!width && !height) width = wholeRoom(box, constraint);
     if (!width) width = *height * viewWidth / viewHeight;
     if (!height) height = *width * viewHeight / viewWidth;
     return {*width, *height, true, false};
@@ -146,13 +151,26 @@ Natural pictureSize(ImageSource *images, const QString &url)
     return size.isEmpty() ? Natural{} : Natural{double(size.width()), double(size.height()), true, false};
 }
 
+// COMPAT: a picture that isn't there and has a text is that text, in standards mode, whatever size the page gives it.
+bool standsAsText(const dom::Element &element, const css::ComputedStyle &style, ImageSource *images)
+{
+    if (!element.is(img) || element.document().isQuirks() || style.display() != css::Display::Inline) return false;
+    if (element.attributeValue("alt").isEmpty()) return false;
+    const QString url = element.attributeValue("src");
+    return !images || url.isEmpty() || images->imageSize(element.document().resolve(url)).isEmpty();
+}
+
 Natural naturalSize(const BlockBox &box, const dom::Element &element, ImageSource *images, const Constraint &constraint)
 {
     if (element.space() == dom::Namespace::Svg) return svgSize(box, element, constraint);
     if (element.is(img) || (element.is(input) && element.attributeValue("type").compare(QLatin1String("image"), Qt::CaseInsensitive) == 0)) {
         const QString url = element.attributeValue("src");
         const QSize size = images && !url.isEmpty() ? images->imageSize(element.document().resolve(url)) : QSize();
-        if (!size.isEmpty()) return {double(size.width()), double(size.height()), true, false};
+        if (!size.isEmpty()) {
+            if (!images->hasOnlyRatio(element.document().resolve(url))) return {double(size.width()), double(size.height()), true, false};
+            const double width = wholeRoom(box, constraint);
+            return {width, width * size.height() / size.width(), true, false};
+        }
         const QString text = element.attributeValue("alt");
         if (text.isEmpty()) return element.attribute(alt) || url.isEmpty() ? Natural{} : Natural{16, 16, false, false};
         return {16 + textWidth(box, text.simplified()), std::max(16.0, lineOf(box)), false, false};
@@ -188,6 +206,8 @@ Size Engine::replacedSize(BlockBox &box, const Constraint &constraint, std::opti
     const Natural natural = element ? naturalSize(box, *element, mImages, constraint) : pictureSize(mImages, box.picture());
     const Edges frame = natural.borderBox ? Edges{} : box.frame();
     const bool unknown = constraint.width >= unknownWidth && widthIsPercent(box); // of nothing: as if it weren't said
+    if (element && !forced && standsAsText(*element, box.style(), mImages))
+        return {Unit::from(natural.width) + frame.horizontal(), Unit::from(natural.height) + frame.vertical()};
     const std::optional<Unit> givenWidth = forced ? forced : unknown ? std::nullopt : usedWidth(box, constraint.width);
     const std::optional<Unit> givenHeight = usedHeight(box, constraint);
     Unit width = Unit::from(natural.width) + frame.horizontal(), height = Unit::from(natural.height) + frame.vertical();

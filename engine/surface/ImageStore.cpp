@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/surface/ImageStore.h"
 
+#include "engine/layout/Drawing.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
@@ -65,9 +67,11 @@ ImageStore::Entry &ImageStore::entry(const QString &url)
     Entry entry;
     withReader(url, [&entry](QImageReader &reader) {
         if (const QByteArray head = reader.device() ? reader.device()->peek(1024) : QByteArray(); head.contains("<svg") || head.contains("<!DOCTYPE svg")) {
-            entry.drawing = std::make_shared<QSvgRenderer>(reader.device()->read(largestDrawing));
+            const QByteArray bytes = reader.device()->read(largestDrawing);
+            entry.drawing = std::make_shared<QSvgRenderer>(bytes);
             if (!entry.drawing->isValid()) entry.drawing.reset();
             if (entry.drawing) entry.size = entry.drawing->defaultSize();
+            entry.onlyRatio = entry.drawing && layout::drawingHasOnlyRatio(bytes);
             entry.decoded = true;
             return;
         }
@@ -109,6 +113,11 @@ QPixmap ImageStore::imagePixmap(const QString &url)
 bool ImageStore::isVector(const QString &url)
 {
     return entry(url).drawing != nullptr;
+}
+
+bool ImageStore::hasOnlyRatio(const QString &url)
+{
+    return entry(url).onlyRatio;
 }
 
 void ImageStore::paintVector(QPainter &painter, const QString &url, const QRectF &target)

@@ -20,12 +20,13 @@ public:
     QPixmap imagePixmap(const QString &url) override;
     bool isVector(const QString &url) override;
     void paintVector(QPainter &painter, const QString &url, const QRectF &target) override;
+    bool hasOnlyRatio(const QString &url) override;
 
 private:
     struct Entry {
         QSize size;
         QPixmap pixmap;
-        bool decoded = false;
+        bool decoded = false, onlyRatio = false;
         std::shared_ptr<QSvgRenderer> drawing; ///< of a picture made of lines
     };
     Entry &entry(const QString &url);

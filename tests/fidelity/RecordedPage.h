@@ -3,6 +3,7 @@
 
 #include "engine/css/Services.h"
 #include "engine/html/Parser.h"
+#include "engine/layout/Drawing.h"
 #include "engine/layout/EngineStyles.h"
 #include "engine/layout/LayoutTree.h"
 #include "engine/paint/Painter.h"
@@ -13,19 +14,20 @@
 #include <QJsonObject>
 #include <QPixmap>
 
-/// Pictures from files, decoded when they are asked for.
-class PageFiles final : public layout::ImageSource
-{
-public:
-    QSize imageSize(const QString &url) override { return QImageReader(QUrl(url).toLocalFile()).size(); }
-    QPixmap imagePixmap(const QString &url) override { return QPixmap(QUrl(url).toLocalFile()); }
-};
-
 inline QByteArray fileBytes(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
+
+/// Pictures from files, decoded when they are asked for.
+class PageFiles final : public layout::ImageSource
+{
+public:
+    QSize imageSize(const QString &url) override { return QImageReader(QUrl(url).toLocalFile()).size(); }
+    bool hasOnlyRatio(const QString &url) override { return url.endsWith(QLatin1String(".svg")) && layout::drawingHasOnlyRatio(fileBytes(QUrl(url).toLocalFile())); }
+    QPixmap imagePixmap(const QString &url) override { return QPixmap(QUrl(url).toLocalFile()); }
+};
 
 /// A folder that record.mjs has recorded: its page, laid out at 1000 by 800.
 struct RecordedPage {
