@@ -40,9 +40,6 @@ h3 { font-size: 1.17em; margin-top: 1em; margin-bottom: 1em; font-weight: bold }
 h4 { margin-top: 1.33em; margin-bottom: 1.33em; font-weight: bold }
 h5 { font-size: 0.83em; margin-top: 1.67em; margin-bottom: 1.67em; font-weight: bold }
 h6 { font-size: 0.67em; margin-top: 2.33em; margin-bottom: 2.33em; font-weight: bold }
-article h1, aside h1, nav h1, section h1 { font-size: 1.5em; margin-top: 0.83em; margin-bottom: 0.83em }
-article article h1, article section h1, section article h1, section section h1
-    { font-size: 1.17em; margin-top: 1em; margin-bottom: 1em }
 b, strong { font-weight: bolder }
 i, cite, em, var, dfn, address { font-style: italic }
 tt, code, kbd, samp, pre, listing, xmp, plaintext { font-family: monospace }

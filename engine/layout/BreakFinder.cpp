@@ -24,25 +24,25 @@ bool isBlank(char16_t c)
     return c == ' ' || c == '\t' || c == '\n';
 }
 
+// Whether `next` stands in `these`, which names no letters and digits.
+bool isOneOf(const char *these, char16_t next)
+{
+    for (; *these; ++these)
+        if (char16_t(*these) == next) return true;
+    return false;
+}
+
 // A line may end between these two printable ASCII characters.
 bool asciiBreak(char16_t beforeLast, char16_t last, char16_t next)
 {
     switch (last) {
     case '-':
-        if (isDigit(next)) return isAsciiAlphanumeric(beforeLast);
-        return isAsciiAlphanumeric(next) || next == '(' || next == '[' || next == '{' || next == '<' || next == '$' ||
-               next == '#' || next == '@' || next == '&' || next == '*' || next == '+' || next == '=' || next == '\\' ||
-               next == '~' || next == '^' || next == '_' || next == '`' || next == '%' || next == '"' || next == '\'';
+        if (isDigit(next)) return isAsciiAlphanumeric(beforeLast); // else it is a sign
+        return isAsciiAlphanumeric(next) || isOneOf("\"#%&'(*+-<=>@[\\^_`{|~", next);
     case '?':
-        return isAsciiAlphanumeric(next) || next == '(' || next == '[' || next == '{' || next == '<' || next == '$' ||
-               next == '#' || next == '@' || next == '&' || next == '*' || next == '+' || next == '=' || next == '\\' ||
-               next == '~' || next == '^' || next == '_' || next == '%' || next == '-';
-    case '|':
-        return isAsciiAlphanumeric(next);
-    case '!': case ')': case ']': case '}': case ',': case '.': case ':': case ';':
-        return next == '(' || next == '<' || next == '[' || next == '{';
-    default:
-        return false;
+        return isAsciiAlphanumeric(next) || isOneOf("#$%&(*+-<=>@[\\^_`{|~", next);
+    default: // in front of what opens, where nothing else does
+        return isOneOf("(<[{", next) && isOneOf("!\"#%&)*+,.:;=>\\]|}~", last);
     }
 }
 

@@ -185,8 +185,9 @@ void InlineLayout::measure()
     trimEnd();
     openStates();
     if (!mReal) mGroups[0] = {};
-    // A picture in front of an item stands on its first line.
+    // A picture in front of an item stands on its first line, and so does any other marker, which is as high as the item's text.
     const MarkerData *marker = mFirstLine && mBlock.rare ? mBlock.rare->marker.get() : nullptr;
+    if (marker && !marker->inside && mReal) count(mStates[0]);
     if (marker && marker->image && !marker->inside && mReal) mGroups[0].add(-marker->imageSize.height, Unit());
     for (const Piece &piece : mPieces) {
         const InlineItem &item = mContent.items[piece.item];
@@ -410,10 +411,9 @@ void InlineLayout::emitLine(Unit top)
             } else {
                 fragment.y = line.baseline + state.baseline + mGroups[std::size_t(state.group)].shift - state.textAscent;
                 fragment.height = state.textAscent + state.textDescent;
-                // COMPAT: a line break behind a blank that hangs is an empty rectangle on the baseline.
-                const bool hangs = i > 0 && mContent.items[mPieces[i - 1].item].type == ItemType::Text && mPieces[i - 1].start == mPieces[i - 1].end &&
-                                   mPieces[i - 1].hanging.raw > 0;
-                if (item.type == ItemType::Break && hangs) {
+                // COMPAT: where empty elements give a line no height, a line break that found one, but no text of its own
+                // element, is an empty rectangle on the baseline.
+                if (item.type == ItemType::Break && !state.counted) {
                     fragment.y += state.textAscent;
                     fragment.height = {};
                 }
