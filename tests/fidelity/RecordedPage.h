@@ -7,6 +7,7 @@
 #include "engine/layout/EngineStyles.h"
 #include "engine/layout/LayoutTree.h"
 #include "engine/paint/Painter.h"
+#include "platform/FileText.h"
 
 #include <QDir>
 #include <QImageReader>
@@ -33,7 +34,7 @@ public:
 struct RecordedPage {
     explicit RecordedPage(const QString &folder)
         : entry(folder + "/" + QJsonDocument::fromJson(fileBytes(folder + "/meta.json")).object()["entry"].toString()),
-          document(html::parseDocument(QString::fromUtf8(fileBytes(entry))))
+          document(html::parseDocument(platform::decodeFileText(fileBytes(entry)).text))
     {
         document->setBaseURL(QUrl::fromLocalFile(entry).toString());
         services = std::make_unique<css::Services>(*document);
