@@ -85,6 +85,8 @@ private:
     const ComputedStyle *sourceOf(PropertyId id, const Value &value);
     double pixels(const Value &value, double fontSize);
     Length length(const Value &value);
+    Length length(const Value &value, double fontSize);
+    Length comparison(const Value &value, double fontSize);
     float fixed(const Value &value);
     QRgb color(const Value &value);
     Image image(const Value &value, const DeclarationBlock *block);

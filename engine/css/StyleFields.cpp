@@ -127,7 +127,7 @@ double StyleBuilder::pixels(const Value &value, double fontSize)
             if (term.unit != Unit::Percent) sum += pixels(term, fontSize);
         return within(value.word == 1 && value.items.size() == 1 ? std::max(0.0, sum) : sum);
     }
-    if (value.kind == Value::Kind::Function) return within(length(value).resolve(0));
+    if (value.kind == Value::Kind::Comparison) return within(value.number * comparison(value, fontSize).resolve(0));
     if (value.kind != Value::Kind::Length) return 0;
     const QSizeF viewport = mContext.medium.viewport;
     if (value.unit >= Unit::Vw && value.unit <= Unit::Vmax) mUsedViewport = true;
@@ -184,35 +184,49 @@ Length compared(const Length &a, const Length &b, bool least)
 
 } // namespace
 
-Length StyleBuilder::length(const Value &value)
+Length StyleBuilder::comparison(const Value &value, double fontSize)
 {
-    const double size = mStyle->font().size;
-    if (value.kind == Value::Kind::Function) {
-        if (value.items.empty()) return Length::automatic();
-        Length result;
-        if (value.word == 2) { // clamp(): the lower bound wins
-            const Length bound = length(value.items[0]);
-            result = compared(length(value.items[1]), length(value.items[2]), true);
-            if (result.kind == Length::Kind::Least && bound.isFixed())
-                result.least = bound.px;
-            else
-                result = compared(bound, result, false);
-        } else {
-            result = length(value.items[0]);
-            for (size_t i = 1; i < value.items.size(); ++i)
-                result = compared(result, length(value.items[i]), value.word == 0);
-        }
-        if (value.number > 0 && result.isFixed()) result.px = std::max(0.f, result.px);
+    const auto item = [&](size_t i) { return length(value.items[i], fontSize); };
+    if (value.word == 2) { // clamp(): the lower bound wins
+        const Length bound = item(0);
+        Length result = compared(item(1), item(2), true);
+        if (result.kind != Length::Kind::Least || !bound.isFixed()) return compared(bound, result, false);
+        result.least = bound.px;
         return result;
     }
+    Length result = item(0);
+    for (size_t i = 1; i < value.items.size(); ++i)
+        result = compared(result, item(i), value.word == 0);
+    return result;
+}
+
+Length StyleBuilder::length(const Value &value)
+{
+    return length(value, mStyle->font().size);
+}
+
+Length StyleBuilder::length(const Value &value, double fontSize)
+{
     if (value.kind == Value::Kind::Length)
         return value.unit == Unit::Percent ? Length::percentage(float(within(value.number)))
-                                           : Length::fixed(float(pixels(value, size)));
+                                           : Length::fixed(float(pixels(value, fontSize)));
     if (value.kind != Value::Kind::Calc) return Length::automatic();
-    double percent = 0;
-    for (const Value &term : value.items)
-        if (term.unit == Unit::Percent) percent += term.number;
-    const double px = pixels(value, size);
+    double percent = 0, px = 0;
+    for (const Value &term : value.items) {
+        if (term.kind == Value::Kind::Comparison) {
+            const Length result = comparison(term, fontSize);
+            const bool isOpen = result.kind == Length::Kind::Least || result.kind == Length::Kind::Most;
+            if (isOpen && value.items.size() == 1 && term.number == 1) return result;
+            // Within a sum, what only the containing block can decide counts by its per cents.
+            if (!isOpen) px += term.number * result.px;
+            percent += term.number * result.percent;
+        } else if (term.unit == Unit::Percent) {
+            percent += term.number;
+        } else {
+            px += pixels(term, fontSize);
+        }
+    }
+    px = within(px);
     if (percent == 0) return Length::fixed(float(value.word == 1 ? std::max(0.0, px) : px));
     if (px == 0) return Length::percentage(float(within(percent)));
     return Length::calc(float(px), float(within(percent)));

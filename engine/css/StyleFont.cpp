@@ -109,12 +109,11 @@ void StyleBuilder::applyFontSize()
                 value.kind == Value::Kind::Length && (value.unit == Unit::Em || value.unit == Unit::Ex ||
                                                       value.unit == Unit::Ch || value.unit == Unit::Percent);
             FontGroup &font = mStyle->writeFont();
-            // Per cents, too, are of the parent's size here.
-            const bool percent = value.kind == Value::Kind::Length && value.unit == Unit::Percent;
-            font.size = percent ? value.number * parent.size / 100 : pixels(value, parent.size);
-            if (value.kind == Value::Kind::Calc)
-                for (const Value &term : value.items)
-                    if (term.unit == Unit::Percent) font.size += term.number * parent.size / 100;
+            // Per cents, too, are of the parent's size here. Not by way of a float where it isn't needed.
+            const bool length = value.kind == Value::Kind::Length;
+            font.size = !length                       ? this->length(value, parent.size).resolve(parent.size)
+                        : value.unit == Unit::Percent ? value.number * parent.size / 100
+                                                      : pixels(value, parent.size);
             font.sizeKeyword = 0;
             font.sizeIsAbsolute = !relative || parent.sizeIsAbsolute;
         }
@@ -161,9 +160,7 @@ void StyleBuilder::applyLineHeight()
     } else if (value.kind == Value::Kind::Number) {
         height = {LineHeight::Kind::Number, float(std::clamp(value.number, 0.0, 100000.0))};
     } else if (value.kind != Value::Kind::Word) {
-        double px = pixels(value, size);
-        for (const Value &term : value.kind == Value::Kind::Calc ? value.items : std::vector<Value>{value})
-            if (term.unit == Unit::Percent) px += term.number * size / 100;
+        const double px = length(value, size).resolve(size);
         height = {LineHeight::Kind::Fixed, float(std::clamp(px, 0.0, 100000.0))};
     }
     if (!(mStyle->text().lineHeight == height)) mStyle->writeText().lineHeight = height;

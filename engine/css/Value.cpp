@@ -200,6 +200,7 @@ QString valueText(PropertyId id, const Value &value)
     case Value::Kind::Number:
         return QString::number(value.number);
     case Value::Kind::Calc:
+    case Value::Kind::Comparison: // stands in a sum, which keeps its text
     case Value::Kind::Length:
         return lengthText(value);
     case Value::Kind::Color:

@@ -22,7 +22,8 @@ struct Value
         Word,   ///< `word` is the number of the enum that holds it
         Number, ///< `number`
         Length, ///< `number` of `unit`; per cents too
-        Calc,   ///< `terms`: so much of each unit, added up
+        Calc,   ///< `items`, lengths and comparisons, added up; `word` 1: at least nothing
+        Comparison, ///< `word` 0 the smallest of `items`, 1 the largest, 2 the second between the others; `number` times
         Color,  ///< `rgb`
         CurrentColor,
         String,

@@ -169,33 +169,122 @@ const UnitRow *unitOf(const QString &name)
     return nullptr;
 }
 
-/// A calc() expression as so much of each unit. Products need a plain number on one side.
+bool holdsPercent(const Value &value)
+{
+    return value.unit == Unit::Percent || std::any_of(value.items.begin(), value.items.end(), &holdsPercent);
+}
+
+/// What a mathematical expression adds up (CSS Values 4, 10): so much of each unit, and so many times what a comparison
+/// gives. Products need a plain number on one side.
+struct Terms
+{
+    std::array<double, unitCount> units{};
+    std::vector<Value> comparisons;
+
+    bool isNumber() const
+    {
+        for (size_t i = 0; i < unitCount; ++i)
+            if (Unit(i) != Unit::Number && units[i] != 0) return false;
+        return comparisons.empty();
+    }
+    double number() const { return units[size_t(Unit::Number)]; }
+    void multiply(double factor)
+    {
+        for (double &each : units)
+            each *= factor;
+        for (Value &each : comparisons)
+            each.number *= factor;
+    }
+    void add(const Terms &other)
+    {
+        for (size_t i = 0; i < unitCount; ++i)
+            units[i] += other.units[i];
+        comparisons.insert(comparisons.end(), other.comparisons.begin(), other.comparisons.end());
+    }
+    bool hasPercent() const
+    {
+        if (units[size_t(Unit::Percent)] != 0) return true;
+        return std::any_of(comparisons.begin(), comparisons.end(), &holdsPercent);
+    }
+    Value toValue() const
+    {
+        Value value = Value::of(Value::Kind::Calc);
+        for (size_t i = 0; i < unitCount; ++i)
+            if (units[i] != 0) value.items.push_back(Value::ofLength(units[i], Unit(i)));
+        value.items.insert(value.items.end(), comparisons.begin(), comparisons.end());
+        return value;
+    }
+};
+
 class Calculator
 {
 public:
-    using Terms = std::array<double, unitCount>;
-
-    static std::optional<Terms> run(ValueReader reader, int depth = 0)
+    static bool isFunction(const Token &token)
     {
-        auto sum = product(reader, depth);
-        while (sum && !reader.atEnd()) {
-            const bool minus = reader.peek().isDelim('-');
-            if (!minus && !reader.peek().isDelim('+')) return {};
-            reader.skip();
-            const auto more = product(reader, depth);
-            if (!more) return {};
-            for (size_t i = 0; i < unitCount; ++i)
-                (*sum)[i] += minus ? -(*more)[i] : (*more)[i];
+        for (const char *name : {"calc", "-webkit-calc", "min", "max", "clamp"})
+            if (token.isFunction(name)) return true;
+        return false;
+    }
+
+    /// A number, a length, brackets or a function.
+    static std::optional<Terms> operand(ValueReader &reader, int depth = 0)
+    {
+        if (depth > 30) return {};
+        Terms terms;
+        const Token &token = reader.peek();
+        switch (token.type) {
+        case TokenType::Number:
+            terms.units[size_t(Unit::Number)] = token.number;
+            break;
+        case TokenType::Percentage:
+            terms.units[size_t(Unit::Percent)] = token.number;
+            break;
+        case TokenType::Dimension: {
+            const UnitRow *unit = unitOf(token.text);
+            if (!unit) return {};
+            terms.units[size_t(unit->unit)] = token.number * unit->factor;
+            break;
         }
-        return sum;
+        case TokenType::Function:
+            if (!isFunction(token)) return {};
+            if (const int kind = comparisonOf(token); kind >= 0)
+                return comparison(kind, reader.takeFunction(), depth + 1);
+            [[fallthrough]];
+        case TokenType::OpenParen:
+            return whole(reader.takeFunction(), depth + 1);
+        default:
+            return {};
+        }
+        reader.skip();
+        return terms;
     }
 
 private:
-    static bool isNumber(const Terms &terms)
+    static int comparisonOf(const Token &token)
     {
-        for (size_t i = 0; i < unitCount; ++i)
-            if (Unit(i) != Unit::Number && terms[i] != 0) return false;
-        return true;
+        return token.isFunction("min") ? 0 : token.isFunction("max") ? 1 : token.isFunction("clamp") ? 2 : -1;
+    }
+
+    static std::optional<Terms> whole(ValueReader reader, int depth)
+    {
+        auto terms = sum(reader, depth);
+        return reader.atEnd() ? terms : std::nullopt;
+    }
+
+    /// Up to the end or a comma.
+    static std::optional<Terms> sum(ValueReader &reader, int depth)
+    {
+        auto terms = product(reader, depth);
+        while (terms && !reader.atEnd()) {
+            const bool minus = reader.peek().isDelim('-');
+            if (!minus && !reader.peek().isDelim('+')) return terms;
+            reader.skip();
+            auto more = product(reader, depth);
+            if (!more) return {};
+            if (minus) more->multiply(-1);
+            terms->add(*more);
+        }
+        return terms;
     }
 
     static std::optional<Terms> product(ValueReader &reader, int depth)
@@ -206,97 +295,71 @@ private:
             reader.skip();
             auto other = operand(reader, depth);
             if (!other) return {};
-            if (!isNumber(*other)) {
-                if (divide || !isNumber(*value)) return {};
+            if (!other->isNumber()) {
+                if (divide || !value->isNumber()) return {};
                 std::swap(*value, *other);
             }
-            const double factor = (*other)[size_t(Unit::Number)];
-            if (divide && factor == 0) return {};
-            for (double &term : *value)
-                term = divide ? term / factor : term * factor;
+            if (divide && other->number() == 0) return {};
+            value->multiply(divide ? 1 / other->number() : other->number());
         }
         return value;
     }
 
-    static std::optional<Terms> operand(ValueReader &reader, int depth)
+    static std::optional<Terms> comparison(int kind, ValueReader reader, int depth)
     {
-        Terms terms{};
-        const Token &token = reader.peek();
-        switch (token.type) {
-        case TokenType::Number:
-            terms[size_t(Unit::Number)] = token.number;
-            break;
-        case TokenType::Percentage:
-            terms[size_t(Unit::Percent)] = token.number;
-            break;
-        case TokenType::Dimension: {
-            const UnitRow *unit = unitOf(token.text);
-            if (!unit) return {};
-            terms[size_t(unit->unit)] = token.number * unit->factor;
-            break;
+        std::vector<Terms> compared;
+        do {
+            auto terms = sum(reader, depth);
+            if (!terms) return {};
+            compared.push_back(*terms);
+        } while (reader.takeComma());
+        if (!reader.atEnd() || (kind == 2 && compared.size() != 3)) return {};
+        Terms terms;
+        const auto isNumber = [](const Terms &each) { return each.isNumber(); };
+        if (std::all_of(compared.begin(), compared.end(), isNumber)) {
+            double result = compared[kind == 2 ? 1 : 0].number();
+            if (kind == 2) {
+                result = std::max(compared[0].number(), std::min(result, compared[2].number()));
+            } else {
+                for (const Terms &each : compared)
+                    result = kind == 0 ? std::min(result, each.number()) : std::max(result, each.number());
+            }
+            terms.units[size_t(Unit::Number)] = result;
+            return terms;
         }
-        case TokenType::Function:
-            if (!token.isFunction("calc")) return {};
-            [[fallthrough]];
-        case TokenType::OpenParen:
-            if (depth > 30) return {};
-            return run(reader.takeFunction(), depth + 1);
-        default:
-            return {};
+        Value value = Value::of(Value::Kind::Comparison);
+        value.word = kind;
+        value.number = 1;
+        for (const Terms &each : compared) {
+            if (each.number() != 0) return {}; // a number among lengths
+            value.items.push_back(each.toValue());
         }
-        reader.skip();
+        terms.comparisons.push_back(std::move(value));
         return terms;
     }
 };
 
 } // namespace
 
-std::optional<Value> ValueReader::takeCalc(unsigned flags)
+std::optional<Value> ValueReader::takeCalculation(unsigned flags)
 {
     const size_t back = mAt;
-    const auto terms = Calculator::run(takeFunction());
-    const bool hasNumber = terms && (*terms)[size_t(Unit::Number)] != 0;
-    const bool hasPercent = terms && (*terms)[size_t(Unit::Percent)] != 0;
-    if (!terms || hasNumber || (hasPercent && !(flags & Percent))) {
+    const auto terms = Calculator::operand(*this);
+    if (!terms || terms->number() != 0 || (terms->hasPercent() && !(flags & Percent))) {
         mAt = back;
         return {};
     }
-    Value value = Value::of(Value::Kind::Calc);
+    Value value = terms->toValue();
     value.text = sourceOf(mTokens, back, skipComponent(mTokens, back, mEnd), mText);
-    for (size_t i = 0; i < unitCount; ++i)
-        if ((*terms)[i] != 0) value.items.push_back(Value::ofLength((*terms)[i], Unit(i)));
     // `word` tells who computes the value whether it mustn't be negative.
     value.word = flags & NonNegative ? 1 : 0;
-    return value;
-}
-
-// min(), max() and clamp(): a Function whose items are what is compared.
-std::optional<Value> ValueReader::takeComparison(unsigned flags)
-{
-    const size_t back = mAt;
-    Value value = Value::ofText(Value::Kind::Function, QString());
-    value.word = peek().isFunction("min") ? 0 : peek().isFunction("max") ? 1 : 2;
-    ValueReader arguments = takeFunction();
-    bool good = true;
-    do {
-        const auto item = arguments.takeLength(flags & Percent);
-        good = item.has_value();
-        if (good) value.items.push_back(*item);
-    } while (good && arguments.takeComma());
-    if (!good || !arguments.atEnd() || (value.word == 2 && value.items.size() != 3)) {
-        mAt = back;
-        return {};
-    }
-    value.number = flags & NonNegative ? 1 : 0;
-    value.text = sourceOf(mTokens, back, skipComponent(mTokens, back, mEnd), mText);
     return value;
 }
 
 std::optional<Value> ValueReader::takeLength(unsigned flags)
 {
     const Token &token = peek();
-    if (token.isFunction("min") || token.isFunction("max") || token.isFunction("clamp")) return takeComparison(flags);
-    if (token.isFunction("calc") || token.isFunction("-webkit-calc")) return takeCalc(flags);
+    if (Calculator::isFunction(token)) return takeCalculation(flags);
     if ((flags & NonNegative) && token.number < 0) return {};
     const double number = token.number;
     if (token.is(TokenType::Dimension)) {

@@ -41,7 +41,7 @@ public:
     std::optional<Value> takeNumber();
     std::optional<Value> takeInteger();
     enum : unsigned { Percent = 1, NonNegative = 2, Unitless = 4 };
-    /// A length, a percentage too with `Percent`, calc() of both. `Unitless`: a number is pixels in lenient modes.
+    /// A length, a percentage too with `Percent`, calc(), min(), max() and clamp() of both. `Unitless`: a number is pixels in lenient modes.
     std::optional<Value> takeLength(unsigned flags);
     std::optional<Value> takeString();
     /// url(...)
@@ -64,8 +64,7 @@ private:
         skipSpace();
     }
     std::optional<Value> takeColorFunction();
-    std::optional<Value> takeCalc(unsigned flags);
-    std::optional<Value> takeComparison(unsigned flags);
+    std::optional<Value> takeCalculation(unsigned flags);
 
     const Tokens &mTokens;
     size_t mAt;

@@ -253,6 +253,17 @@ private Q_SLOTS:
         QTest::newRow("per cent") << "25%" << 0.f << 25.f;
         QTest::newRow("calc") << "calc(50% - 2 * (10px + 1em))" << -60.f << 50.f;
         QTest::newRow("calc of lengths") << "calc(1em + 5px)" << 25.f << 0.f;
+        QTest::newRow("smallest") << "min(30px, 1em, 5rem)" << 20.f << 0.f;
+        QTest::newRow("largest") << "max(30px, 1em)" << 30.f << 0.f;
+        QTest::newRow("between") << "clamp(10px, 1em, 15px)" << 15.f << 0.f;
+        QTest::newRow("between, the least wins") << "clamp(30px, 1em, 15px)" << 30.f << 0.f;
+        QTest::newRow("sums are compared") << "clamp(10px, 1em + 2vw, 100px)" << 40.f << 0.f;
+        QTest::newRow("a comparison in a sum") << "calc(2 * clamp(16px, 1vw, 18px) + 1px)" << 33.f << 0.f;
+        QTest::newRow("a product with one") << "calc(0.95 * min(20px, 5vw))" << 19.f << 0.f;
+        QTest::newRow("taken away") << "calc(50px - max(1em, 30px))" << 20.f << 0.f;
+        QTest::newRow("one in another") << "min(max(1px, 40px), calc(10px + min(3px, 7px)))" << 13.f << 0.f;
+        QTest::newRow("numbers are compared") << "calc(max(2, 3) * 5px)" << 15.f << 0.f;
+        QTest::newRow("per cents beside a comparison") << "calc(10% + min(3px, 7px))" << 3.f << 10.f;
     }
     void lengthsAreComputed()
     {
@@ -274,7 +285,7 @@ private Q_SLOTS:
         QTest::addColumn<double>("size");
         QTest::newRow("initial") << "<p id=x>" << 16.0;
         QTest::newRow("h1") << "<h1 id=x>" << 32.0;
-        QTest::newRow("h1 in a section") << "<section><h1 id=x>" << 24.0;
+        QTest::newRow("h1 in a section") << "<section><h1 id=x>" << 32.0;
         QTest::newRow("h6") << "<h6 id=x>" << 10.72;
         QTest::newRow("pre") << "<pre id=x>" << 13.0;
         QTest::newRow("code in h1") << "<h1><code id=x>" << 26.0;

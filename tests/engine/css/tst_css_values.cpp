@@ -92,6 +92,9 @@ private Q_SLOTS:
                                   << "ff0000";
         QTest::newRow("calc of colours") << "width"
                                          << "calc(1px * 1px)";
+        QTest::newRow("a comparison of a number and a length") << "width" << "min(1, 2px)";
+        QTest::newRow("clamp of two") << "width" << "clamp(1px, 2px)";
+        QTest::newRow("an empty comparison") << "width" << "max()";
         QTest::newRow("calc by zero") << "width"
                                       << "calc(1px / 0)";
         QTest::newRow("clip") << "clip"
