@@ -268,7 +268,7 @@ const ComputedStyle *StyleEngine::styleFor(Element &element, Pseudo pseudo)
     auto style = compute(element, pseudo, own, &inheritedExplicitly);
     const bool generated = pseudo == Pseudo::Before || pseudo == Pseudo::After;
     if (style &&
-        ((generated && !style->rare().hasContent) || style->rare().contentNone || style->display() == Display::None))
+        ((generated && !style->rare().hasContent) || (pseudo != Pseudo::Marker && style->rare().contentNone) || style->display() == Display::None))
         style = {};
     slot.pseudos.push_back({pseudo, style});
     return style.get();

@@ -98,12 +98,12 @@ select option { display: none }
 marquee { display: inline-block; text-align: start; overflow: hidden }
 meter, progress { display: inline-block; width: 10em; height: 1em; vertical-align: -0.2em }
 meter { width: 5em }
-details > summary { display: list-item }
+details > summary { display: list-item; list-style-position: inside; list-style-type: "\25BA  " }
+details[open] > summary { list-style-type: "\25BC  " }
 noscript { display: none }
 dialog:not([open]) { display: none }
 dialog { position: absolute; left: 0; right: 0; margin: auto; border: 1px solid black; padding: 1em; background-color: white; color: black; width: fit-content; height: fit-content }
 slot { display: contents }
-::marker { unicode-bidi: isolate; white-space: pre; text-transform: none }
 )css");
 }
 

@@ -172,6 +172,7 @@ struct FlowEnd {
 };
 
 struct MarkerData {
+    StyleRef style; ///< of `::marker`; null where no rule speaks of it: the item's
     QString text;
     Unit x, baseline, width; ///< from the list item's border box
     bool inside = false;

@@ -17,6 +17,19 @@ bool isTableChild(const Box &box)
            box.kind() == BoxKind::TableColumn || (box.isBlockBox() && isCaption(static_cast<const BlockBox &>(box)));
 }
 
+// Of closed details, the summary: all that shows of them. Null where everything shows, also where they have none, since
+// nobody could open them then.
+const dom::Element *closedSummary(const dom::Node *parent)
+{
+    const dom::Element *details = parent ? parent->asElement() : nullptr;
+    if (!details || !details->is(dom::names::details)) return nullptr;
+    static const dom::Atom open("open");
+    if (details->attribute(open)) return nullptr;
+    for (const dom::Node *child = details->firstChild(); child; child = child->nextSibling())
+        if (const dom::Element *element = child->asElement(); element && element->is(dom::names::summary)) return element;
+    return nullptr;
+}
+
 bool reusable(const Box &box, const Box &made)
 {
     return box.kind() == made.kind() && box.floating == made.floating && box.positioned == made.positioned &&
@@ -198,7 +211,9 @@ void BoxBuilder::collect(const StyleRef &style, dom::Node *from, dom::Node *to, 
 {
     if (mDepth > deepest) return;
     ++mDepth;
+    const dom::Element *summary = from ? closedSummary(from->parentNode()) : nullptr;
     for (dom::Node *node = from; node && node != to; node = node->nextSibling()) {
+        if (summary && node != summary) continue;
         if (node->isText())
             addText(*node, style, list);
         else if (node->isElement())
@@ -315,7 +330,8 @@ void BoxBuilder::addInsideMarker(BlockBox &box, List &list)
         list.push_back(picture);
         return;
     }
-    auto *text = new TextBox(nullptr, box.styleRef());
+    const StyleRef &own = box.rare->marker->style;
+    auto *text = new TextBox(nullptr, own ? own : box.styleRef());
     text->generated = box.rare->marker->text;
     text->generated.replace(QLatin1Char(' '), QChar(0xA0)); // it neither collapses nor breaks
     text->pseudo = Pseudo::Marker;

@@ -97,7 +97,9 @@ QString itemText(LayoutTree &tree, dom::Element &element, Pseudo pseudo, const c
     using Kind = css::ContentItem::Kind;
     switch (item.kind) {
     case Kind::Text: return item.text;
-    case Kind::Counter: return counterText(tree.counters().valuesAt(tree, element, pseudo, item.text).back(), item.listStyle);
+    case Kind::Counter:
+        if (pseudo == Pseudo::Marker && item.text == QLatin1String("list-item")) return counterText(tree.counters().ordinalOf(element), item.listStyle);
+        return counterText(tree.counters().valuesAt(tree, element, pseudo, item.text).back(), item.listStyle);
     case Kind::Counters: {
         QStringList parts;
         for (const int value : tree.counters().valuesAt(tree, element, pseudo, item.text)) parts << counterText(value, item.listStyle);
@@ -261,28 +263,51 @@ bool isBulletType(css::ListStyleType type)
     return type == css::ListStyleType::Disc || type == css::ListStyleType::Circle || type == css::ListStyleType::Square;
 }
 
+namespace {
+
+// Bullets and strings are the same for every item; what counts isn't.
+bool markerCounts(const BlockBox &item, const MarkerData &marker)
+{
+    if (marker.style && marker.style->rare().hasContent) return showsCounters(*marker.style);
+    const css::TextGroup &text = item.style().text();
+    return text.listStyleString.isNull() && !isBulletType(text.listStyleType);
+}
+
+QString markerTextOf(LayoutTree &tree, const BlockBox &item, const MarkerData &marker)
+{
+    if (marker.style && marker.style->rare().hasContent) return generatedText(tree, *item.element(), Pseudo::Marker, *marker.style);
+    const css::TextGroup &text = item.style().text();
+    if (!text.listStyleString.isNull()) return text.listStyleString;
+    if (isBulletType(text.listStyleType)) return counterText(1, text.listStyleType) + QLatin1Char(' ');
+    return counterText(item.element() ? tree.counters().ordinalOf(*item.element()) : 1, text.listStyleType) + QStringLiteral(". ");
+}
+
+} // namespace
+
+const css::ComputedStyle &markerStyle(const BlockBox &item, const MarkerData &marker)
+{
+    return marker.style ? *marker.style : item.style();
+}
+
 void makeMarker(LayoutTree &tree, BlockBox &item)
 {
     const css::TextGroup &text = item.style().text();
     if (text.listStyleImage.kind == css::Image::Kind::Url) tree.notePicture(text.listStyleImage.text);
-    const bool image = text.listStyleImage.kind == css::Image::Kind::Url && tree.images() &&
+    auto marker = std::make_unique<MarkerData>();
+    if (item.element() && item.pseudo == Pseudo::None) marker->style = tree.styles().pseudoStyleFor(*item.element(), css::Pseudo::Marker);
+    const bool says = marker->style && marker->style->rare().hasContent, none = marker->style && marker->style->rare().contentNone;
+    const bool image = !says && text.listStyleImage.kind == css::Image::Kind::Url && tree.images() &&
                        !tree.images()->imageSize(text.listStyleImage.text).isEmpty();
-    if (text.listStyleType == css::ListStyleType::None && !image && text.listStyleString.isNull()) {
+    if (none || (!says && text.listStyleType == css::ListStyleType::None && !image && text.listStyleString.isNull())) {
         if (item.rare) item.rare->marker.reset();
         return;
     }
-    auto marker = std::make_unique<MarkerData>();
     marker->image = image;
     if (image) {
         const QSize size = tree.images()->imageSize(text.listStyleImage.text);
         marker->imageSize = {Unit::px(size.width()), Unit::px(size.height())};
     }
-    if (!text.listStyleString.isNull())
-        marker->text = text.listStyleString;
-    else if (isBulletType(text.listStyleType))
-        marker->text = counterText(1, text.listStyleType) + QLatin1Char(' ');
-    else
-        marker->text = counterText(item.element() ? tree.counters().ordinalOf(*item.element()) : 1, text.listStyleType) + QStringLiteral(". ");
+    marker->text = markerTextOf(tree, item, *marker);
     marker->inside = text.listStylePosition == css::ListStylePosition::Inside;
     item.rareData().marker = std::move(marker);
 }
@@ -290,22 +315,28 @@ void makeMarker(LayoutTree &tree, BlockBox &item)
 void refreshMarker(LayoutTree &tree, BlockBox &item)
 {
     if (!item.rare || !item.rare->marker || item.rare->marker->inside || !item.element()) return;
-    const css::TextGroup &text = item.style().text();
-    if (!text.listStyleString.isNull() || isBulletType(text.listStyleType)) return;
     MarkerData &marker = *item.rare->marker;
-    const QString now = counterText(tree.counters().ordinalOf(*item.element()), text.listStyleType) + QStringLiteral(". ");
+    if (!markerCounts(item, marker)) return;
+    const QString now = markerTextOf(tree, item, marker);
     if (now == marker.text) return;
     marker.text = now;
     marker.width = markerWidth(item, marker);
     marker.x = isRightToLeft(item.style()) ? item.width : -marker.width;
 }
 
+bool showsBullet(const BlockBox &item, const MarkerData &marker)
+{
+    const css::TextGroup &text = item.style().text();
+    const bool says = marker.style && marker.style->rare().hasContent;
+    return !says && !marker.image && text.listStyleString.isNull() && isBulletType(text.listStyleType);
+}
+
 Unit markerWidth(const BlockBox &item, const MarkerData &marker)
 {
-    const css::ComputedStyle &style = item.style();
+    const css::ComputedStyle &style = markerStyle(item, marker);
     const Font &font = fontOf(style);
     if (marker.image) return marker.imageSize.width + Unit::px(7);
-    if (isBulletType(style.text().listStyleType) && style.text().listStyleString.isNull()) {
+    if (showsBullet(item, marker)) {
         // The disc's size and its distance from the text grow with the font.
         const int ascent = font.ascent().rounded();
         const int size = (ascent * 2 / 3 + 1) / 2;

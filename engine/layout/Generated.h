@@ -29,6 +29,10 @@ BlockBox *generatedPicture(LayoutTree &tree, const QString &url, const StyleRef 
 void makeMarker(LayoutTree &tree, BlockBox &item);
 /// Items that come or go in front of this one change its number: it is counted when it is shown. Outside markers only.
 void refreshMarker(LayoutTree &tree, BlockBox &item);
+/// The style of the item's marker: its own, or the item's.
+const css::ComputedStyle &markerStyle(const BlockBox &item, const MarkerData &marker);
+/// Whether the marker is a disc, a circle or a square, which is drawn and not written.
+bool showsBullet(const BlockBox &item, const MarkerData &marker);
 /// A counter's value in a list style: "iv", "c", "12".
 QString counterText(int value, css::ListStyleType type);
 bool isBulletType(css::ListStyleType type);

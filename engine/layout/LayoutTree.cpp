@@ -251,7 +251,7 @@ void LayoutTree::attributeChanged(dom::Element &element, dom::Atom name, const Q
     // What style doesn't tell of: content and sizes that stand in attributes.
     using namespace dom::names;
     if (name == src || name == alt || name == dom::names::type || name == value || name == colspan || name == rowspan || name == dom::names::span ||
-        name == start || name == dom::names::size || name == rows || name == cols || name == "selected" || name == "data")
+        name == start || name == dom::names::size || name == rows || name == cols || name == "selected" || name == "data" || name == "open")
         reattachElement(element);
 }
 

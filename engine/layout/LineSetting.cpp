@@ -187,7 +187,14 @@ void InlineLayout::measure()
     if (!mReal) mGroups[0] = {};
     // A picture in front of an item stands on its first line, and so does any other marker, which is as high as the item's text.
     const MarkerData *marker = mFirstLine && mBlock.rare ? mBlock.rare->marker.get() : nullptr;
-    if (marker && !marker->inside && mReal) count(mStates[0]);
+    if (marker && !marker->inside && mReal) {
+        count(mStates[0]);
+        if (marker->style) {
+            State own;
+            setMetrics(*marker->style, own.ascent, own.descent, own.textAscent, own.textDescent);
+            mGroups[0].add(-own.ascent, own.descent);
+        }
+    }
     if (marker && marker->image && !marker->inside && mReal) mGroups[0].add(-marker->imageSize.height, Unit());
     for (const Piece &piece : mPieces) {
         const InlineItem &item = mContent.items[piece.item];

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Boxes out of flow: absolute and fixed positions, list markers, baselines.
 #include "engine/layout/BoxStyle.h"
+#include "engine/layout/Generated.h"
 #include "engine/layout/Engine.h"
 #include "engine/layout/ItemLayout.h"
 
@@ -181,7 +182,7 @@ void Engine::placeMarker(BlockBox &item)
 {
     if (!item.rare || !item.rare->marker || item.rare->marker->inside) return;
     MarkerData &marker = *item.rare->marker;
-    const Font &font = fontOf(item.style());
+    const Font &font = fontOf(markerStyle(item, marker));
     const std::optional<Unit> baseline = firstBaseline(item);
     marker.baseline = baseline ? *baseline : item.contentTop() + font.ascent();
     marker.width = markerWidth(item, marker);

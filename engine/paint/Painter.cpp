@@ -2,6 +2,7 @@
 #include "engine/paint/Painter.h"
 #include "engine/paint/RoundedBox.h"
 
+#include "engine/layout/Generated.h"
 #include "engine/layout/ItemLayout.h"
 
 #include "engine/dom/Names.h"
@@ -559,7 +560,7 @@ void Painter::paintMarker(BlockBox &box, Point origin)
     if (!box.rare || !box.rare->marker || box.rare->marker->inside || box.style().text().visibility != css::Visibility::Visible) return;
     mTree.markerText(box);
     const MarkerData &marker = *box.rare->marker;
-    const css::ComputedStyle &style = box.style();
+    const css::ComputedStyle &style = layout::markerStyle(box, marker);
     const Font &font = fontOf(style);
     const QPointF baseline((origin.x + marker.x).toDouble(), (origin.y + marker.baseline).toDouble());
     const QColor color = QColor::fromRgba(style.color());
@@ -569,7 +570,7 @@ void Painter::paintMarker(BlockBox &box, Point origin)
         paintPicture(style.text().listStyleImage.text, style.rare(), QRectF(baseline - QPointF(isRightToLeft(style) ? -7 : 0, size.height()), size));
         return;
     }
-    if (style.text().listStyleString.isNull() && (type == css::ListStyleType::Disc || type == css::ListStyleType::Circle || type == css::ListStyleType::Square)) {
+    if (layout::showsBullet(box, marker)) {
         const int ascent = font.ascent().rounded();
         const double size = (ascent * 2 / 3 + 1) / 2;
         const QRectF dot(baseline.x(), std::round(baseline.y() - ascent) + 3 * (ascent - ascent * 2 / 3) / 2.0, size, size);

@@ -45,6 +45,19 @@ class CountersTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void markersHaveAStyleAndAContentOfTheirOwn()
+    {
+        Page page("<style>.c::marker { content: '(' counter(list-item, upper-roman) ') ' } .n::marker { content: none } .b::marker { content: '> '; font: 40px/50px serif }"
+                  " ul { margin: 0 } li { font: 16px/20px serif }</style><ol><li class=c>a<li>b<li id=i class=c>c</ol><ul><li class=n>d<li id=b class=b>e<li id=p>f</ul>");
+        QCOMPARE(page.markers(), (QStringList{"(I)", "2.", "(III)", "", ">", QString(QChar(0x2022))}));
+        QCOMPARE(page.box("p").height(), 20.0);
+        QVERIFY2(page.box("b").height() >= 50, qPrintable(QString::number(page.box("b").height()))); // the marker stands on its line
+        dom::RawTree::setAttribute(page.byId("b"), "class", nullptr);
+        QCOMPARE(page.box("b").height(), 20.0);
+        dom::RawTree::remove(*page.byId("i").previousElementSibling());
+        QCOMPARE(page.markers().value(1), QString("(II)"));
+        QCOMPARE(page.tree.compareWithFresh(), QString());
+    }
     void chaptersAndSections()
     {
         Page page("<style>body{counter-reset:chapter}h1{counter-reset:section;counter-increment:chapter}"
