@@ -14,9 +14,9 @@ void setFontMeasure(FontMeasure measure)
     known = measure;
 }
 
-FontUnits fontUnits(const FontGroup &font)
+FontUnits fontUnits(const FontGroup &font, double size)
 {
-    return known ? known(font) : FontUnits{};
+    return known ? known(font, size) : FontUnits{size / 2, size / 2};
 }
 
 } // namespace css

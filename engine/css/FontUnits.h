@@ -5,15 +5,15 @@
 
 namespace css {
 
-/// What `1ex` and `1ch` are of the font's size.
+/// `1ex` and `1ch` at a size, in pixels.
 struct FontUnits
 {
-    double ex = 0.5, ch = 0.5;
+    double ex, ch;
 };
 
-/// Who knows fonts tells; without it both are a half. Styles that were computed before keep what they took.
-using FontMeasure = FontUnits (*)(const FontGroup &font);
+/// Who knows fonts tells; without it both are half of the size. Styles that were computed before keep what they took.
+using FontMeasure = FontUnits (*)(const FontGroup &font, double size);
 void setFontMeasure(FontMeasure measure);
-FontUnits fontUnits(const FontGroup &font);
+FontUnits fontUnits(const FontGroup &font, double size);
 
 } // namespace css

@@ -139,9 +139,9 @@ double StyleBuilder::pixels(const Value &value, double fontSize)
     case Unit::Rem:
         return within(value.number * (mContext.isRoot ? fontSize : mContext.rootFontSize));
     case Unit::Ex:
-        return within(value.number * fontSize * fontUnits(mStyle->font()).ex);
+        return within(value.number * fontUnits(mStyle->font(), fontSize).ex);
     case Unit::Ch:
-        return within(value.number * fontSize * fontUnits(mStyle->font()).ch);
+        return within(value.number * fontUnits(mStyle->font(), fontSize).ch);
     case Unit::Vw:
         return within(value.number * viewport.width() / 100);
     case Unit::Vh:

@@ -70,7 +70,9 @@ void StyleBuilder::applyFontFamily()
     for (const Value &item : value.items) {
         const QString lower = item.text.toLower();
         const bool isGeneric = item.kind == Value::Kind::Raw && generic.contains(lower);
-        font.families << (isGeneric ? lower : item.text);
+        // In quotes it is a family's name; the capital keeps the two apart.
+        const bool isName = !isGeneric && generic.contains(item.text);
+        font.families << (isGeneric ? lower : isName ? item.text.at(0).toUpper() + item.text.mid(1) : item.text);
     }
     if (font.families.isEmpty()) font.families = mContext.parent.font().families;
     font.monospace = font.families.size() == 1 && font.families[0] == QLatin1String("monospace") &&

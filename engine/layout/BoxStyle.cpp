@@ -431,7 +431,8 @@ Unit paintExtra(const BlockBox &box)
 // ---- Tables ----
 
 bool bordersCollapse(const ComputedStyle &style) { return style.text().borderCollapse == css::BorderCollapse::Collapse; }
-Size borderSpacingOf(const ComputedStyle &style) { return {Unit::from(double(style.text().borderSpacingX)), Unit::from(double(style.text().borderSpacingY))}; }
+// COMPAT: browsers drop parts of a pixel here.
+Size borderSpacingOf(const ComputedStyle &style) { return {Unit::px(int(style.text().borderSpacingX)), Unit::px(int(style.text().borderSpacingY))}; }
 bool hasCollapsedBorders(const BlockBox &box)
 {
     if (box.isTable()) return static_cast<const TableBox &>(box).collapsed;

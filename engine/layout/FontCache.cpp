@@ -3,6 +3,7 @@
 
 #include <QFontDatabase>
 #include <QGlyphRun>
+#include <QPainterPath>
 #include <QTextLayout>
 #include <QtEndian>
 
@@ -25,15 +26,21 @@ struct Twin {
     const char *name;
     const char *family;
 };
-// Families that have a metric twin among the free fonts, and the generic names.
+// The generic names, as browsers have them set. There is no font for `cursive` and `fantasy`.
+constexpr Twin generics[] = {
+    {"serif", "Liberation Serif"},
+    {"sans-serif", "Liberation Sans"},
+    {"monospace", "DejaVu Sans Mono"},
+    {"system-ui", "DejaVu Sans"},
+};
+// Families that have a metric twin among the free fonts, and the names that fontconfig has for a kind of font.
 constexpr Twin twins[] = {
-    {"serif", "Liberation Serif"},          {"times", "Liberation Serif"},        {"times new roman", "Liberation Serif"},
-    {"tinos", "Liberation Serif"},          {"sans-serif", "Liberation Sans"},    {"arial", "Liberation Sans"},
-    {"helvetica", "Liberation Sans"},       {"arimo", "Liberation Sans"},         {"monospace", "DejaVu Sans Mono"},
-    {"courier", "Liberation Mono"},         {"courier new", "Liberation Mono"},   {"cousine", "Liberation Mono"},
+    {"times", "Liberation Serif"},    {"times new roman", "Liberation Serif"}, {"tinos", "Liberation Serif"},
+    {"arial", "Liberation Sans"},     {"helvetica", "Liberation Sans"},        {"arimo", "Liberation Sans"},
+    {"courier", "Liberation Mono"},   {"courier new", "Liberation Mono"},      {"cousine", "Liberation Mono"},
     {"arial narrow", "Liberation Sans Narrow"},
-    {"cursive", "Liberation Serif"},        {"fantasy", "Liberation Serif"},      {"system-ui", "DejaVu Sans"},
-    {"ui-monospace", "DejaVu Sans Mono"},
+    {"serif", "DejaVu Serif"},        {"sans", "DejaVu Sans"},                 {"monospace", "DejaVu Sans Mono"},
+    {"system-ui", "DejaVu Sans"},
 };
 
 } // namespace
@@ -69,6 +76,11 @@ void FontFace::readTables()
     mAverageWidth = int16At(os2, 2);
     mBoxWidth = int16At(head, 40) - int16At(head, 36);
     mXHeight = os2.size() >= 88 ? int16At(os2, 86) : 0;
+    mXHeightIsDrawn = mXHeight <= 0;
+    if (mXHeightIsDrawn) { // a round letter's, which reaches a little higher than a flat one
+        const double drawn = -mRaw.pathForGlyph(glyph('o')).boundingRect().top();
+        mXHeight = int(std::lround(drawn * mUnitsPerEm / shapingSize));
+    }
     if (mXHeight <= 0) mXHeight = int(mRaw.xHeight() / shapingSize * mUnitsPerEm);
     if (mXHeight <= 0) mXHeight = mAscent / 2;
     mUnderlinePosition = -int16At(post, 8);
@@ -218,11 +230,13 @@ QString FontCache::resolveFamily(const QString &name) const
     const QString folded = name.toCaseFolded();
     const auto it = mInstalled.constFind(folded);
     if (it != mInstalled.cend()) return *it;
-    for (const Twin &twin : twins)
-        if (folded == QLatin1String(twin.name)) {
-            const QString family = QString::fromLatin1(twin.family);
-            if (mInstalled.contains(family.toCaseFolded())) return family;
-        }
+    const auto stands = [this](const QString &asked, const auto &row) {
+        return asked == QLatin1String(row.name) && mInstalled.contains(QString::fromLatin1(row.family).toCaseFolded());
+    };
+    for (const Twin &row : generics)
+        if (stands(name, row)) return QString::fromLatin1(row.family);
+    for (const Twin &row : twins)
+        if (stands(folded, row)) return QString::fromLatin1(row.family);
     return {};
 }
 
@@ -276,12 +290,19 @@ const FontFace *FontCache::fallback(char32_t character)
     return it->isEmpty() ? nullptr : &face(*it, 400, false);
 }
 
-css::FontUnits measureFont(const css::FontGroup &group)
+// What a font doesn't say browsers measure on a letter that FreeType has fitted to whole pixels: up from 3/8 of one.
+double Font::xHeight() const
 {
-    const Font &font = FontCache::instance().font(group.families, 100, group.weight, group.style != css::FontStyle::Normal);
-    css::FontUnits units;
-    if (font.xHeight() > 0) units.ex = font.xHeight() / 100;
-    if (font.zeroWidth() > 0) units.ch = font.zeroWidth() / 100;
+    const double height = mFace.xHeight() * mScale;
+    return mFace.isXHeightDrawn() ? std::floor(height + 0.625) : height;
+}
+
+css::FontUnits measureFont(const css::FontGroup &group, double size)
+{
+    const Font &font = FontCache::instance().font(group.families, size, group.weight, group.style != css::FontStyle::Normal);
+    css::FontUnits units{size / 2, size / 2};
+    if (font.xHeight() > 0) units.ex = font.xHeight();
+    if (font.zeroWidth() > 0) units.ch = font.zeroWidth();
     return units;
 }
 

@@ -30,6 +30,8 @@ public:
     int descent() const { return mDescent; }
     int lineGap() const { return mLineGap; }
     int xHeight() const { return mXHeight; }
+    /// Whether the font doesn't say it, so that it was taken from a letter.
+    bool isXHeightDrawn() const { return mXHeightIsDrawn; }
     int averageWidth() const { return mAverageWidth; }
     /// Of the box around all glyphs.
     int boxWidth() const { return mBoxWidth; }
@@ -79,6 +81,7 @@ private:
     QFont mFont;
     QRawFont mRaw;
     int mUnitsPerEm = 2048, mAscent = 0, mDescent = 0, mLineGap = 0, mXHeight = 0, mAverageWidth = 0, mBoxWidth = 0;
+    bool mXHeightIsDrawn = false;
     int mUnderlinePosition = 0, mUnderlineThickness = 0;
     bool mKerns = true;
     mutable std::array<Entry, tableSize> mEntries{};
@@ -102,7 +105,7 @@ public:
     Unit descent() const { return mDescent; }
     Unit height() const { return mAscent + mDescent; }
     Unit lineSpacing() const { return mAscent + mDescent + mLineGap; }
-    double xHeight() const { return mFace.xHeight() * mScale; }
+    double xHeight() const;
     double zeroWidth() const { return mFace.advance(mFace.glyph('0')) * mScale; }
     double spaceWidth() const { return mFace.advance(mFace.glyph(' ')) * mScale; }
     /// The first face of the family list, then of the machine, that has the character; the font's own if none has.
@@ -143,6 +146,6 @@ private:
 };
 
 /// What `ex` and `ch` are in that font.
-css::FontUnits measureFont(const css::FontGroup &font);
+css::FontUnits measureFont(const css::FontGroup &font, double size);
 
 } // namespace layout

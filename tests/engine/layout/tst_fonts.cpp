@@ -34,6 +34,8 @@ private Q_SLOTS:
         QTest::newRow("dejavu 13") << QString("DejaVu Sans") << 13 << 379.234 << 15;
         QTest::newRow("unknown") << QString("no-such-font") << 13 << 305.813 << 15;
         QTest::newRow("Verdana") << QString("Verdana") << 13 << 305.813 << 15;
+        QTest::newRow("Sans") << QString("Sans") << 13 << 379.234 << 15;
+        QTest::newRow("no cursive") << QString("cursive") << 13 << 305.813 << 15;
         QTest::newRow("Helvetica") << QString("Helvetica") << 13 << 333.156 << 15;
     }
     void widthsAreTheBrowsers()
@@ -49,6 +51,24 @@ private Q_SLOTS:
         QCOMPARE(font.height().rounded(), height);
         const ShapedText shaped = TextShaper::shape(text, font, {});
         QVERIFY(std::abs(shaped.width - TextShaper::width(text, font, {})) < 0.001);
+    }
+    void aGenericNameInQuotesIsAFamily()
+    {
+        const FontCache &fonts = FontCache::instance();
+        QCOMPARE(fonts.resolveFamily("serif"), QString("Liberation Serif"));
+        QCOMPARE(fonts.resolveFamily("Serif"), QString("DejaVu Serif")); // as fontconfig has it
+        QCOMPARE(fonts.resolveFamily("Sans-serif"), QString());
+    }
+    void theHeightOfXIsFittedWhereTheFontDoesNotSayIt()
+    {
+        // As Chromium 156 has `1ex`.
+        const auto ex = [](const char *family, double size) { return FontCache::instance().font({family}, size, 400, false).xHeight(); };
+        QCOMPARE(ex("DejaVu Sans", 13), 7.0);
+        QCOMPARE(ex("DejaVu Sans", 15), 9.0);
+        QCOMPARE(ex("DejaVu Sans", 18.4), 10.0);
+        QCOMPARE(ex("DejaVu Serif", 10), 5.0);
+        QCOMPARE(ex("DejaVu Serif", 12), 7.0);
+        QVERIFY(std::abs(ex("Liberation Serif", 20) - 9.18) < 0.01);
     }
     void complexTextEqualsSimpleText()
     {
