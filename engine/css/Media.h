@@ -27,23 +27,39 @@ public:
     bool isEmpty() const { return mQueries.empty(); }
 
 private:
+    /// Yes, no, or nobody can tell: an expression that isn't known (Media Queries 4, 3.1).
+    enum class Answer : uint8_t { No, Unknown, Yes };
     struct Feature
     {
-        enum class Kind : uint8_t { Width, Height, AspectRatio, Portrait, Landscape, True, False };
-        enum class Compare : uint8_t { Equal, Least, Most };
-        Kind kind = Kind::False;
-        Compare compare = Compare::Equal;
-        double value = 0;
+        enum class Kind : uint8_t { Width, Height, AspectRatio, Resolution, Color, None, One, Word };
+        enum class Compare : uint8_t { Less, Most, Equal, Least, Greater };
+        struct Bound
+        {
+            Compare compare;
+            double value;
+        };
+        Kind kind = Kind::None;
+        std::vector<Bound> bounds; ///< empty: whether there is any of it
+        bool portrait = false, landscape = false;
+        bool holds = false; ///< Word: of every medium
+    };
+    struct Condition
+    {
+        enum class Kind : uint8_t { Feature, Not, And, Or, Unknown };
+        Kind kind = Kind::Unknown;
+        Feature feature;
+        std::vector<Condition> parts;
     };
     struct Query
     {
         bool negated = false;
         QString type; ///< empty: all
-        std::vector<Feature> features;
+        Condition condition{Condition::Kind::And, {}, {}};
     };
-    static bool readQuery(const Tokens &tokens, size_t from, size_t to, Query &query);
-    static Feature readFeature(const Tokens &tokens, size_t from, size_t to);
-    static bool holds(const Feature &feature, const Medium &medium);
+    class Reader;
+    static Answer answer(const Feature &feature, const Medium &medium);
+    static Answer answer(const Condition &condition, const Medium &medium);
+    static bool asksForSize(const Condition &condition);
     std::vector<Query> mQueries;
 };
 
