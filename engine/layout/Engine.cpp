@@ -3,6 +3,7 @@
 
 #include "engine/layout/BoxStyle.h"
 #include "engine/layout/FlexLayout.h"
+#include "engine/layout/Generated.h"
 #include "engine/layout/GridLayout.h"
 #include "engine/layout/InlineLayout.h"
 #include "engine/layout/MultiColumn.h"
@@ -383,7 +384,7 @@ void Engine::layoutContents(BlockBox &box, const Constraint &constraint, FloatAr
         inner.width = columns->width;
     else if (box.rare)
         box.rare->columns.reset();
-    if (centresContent(box)) box.shift = {};
+    if (centresContent(box) || box.isListItem) box.shift = {};
     FloatContext own;
     if (box.formattingRoot || !area.context) {
         own.clear();
@@ -462,6 +463,10 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     } else if (!joinsTop && !(state.atTop && !box.formattingRoot && false)) {
         if (!(quirkyBottomIgnored(*this, box) && state.strut.sum().raw > 0)) content += state.strut.sum();
     }
+    if (box.isListItem) {
+        box.shift = roomForMarker(box);
+        content += box.shift;
+    }
     if (keepsLine(box) && !box.inlineContent)
         content = std::max(content, lineHeightOf(box.style()));
     Unit height = content + frame.vertical();
@@ -487,6 +492,22 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     box.collapsesThrough = false;
     below.add(box.marginBottom);
     box.bottomStrut = below;
+}
+
+// A marker beside an item stands on the first line that the item's blocks have. Where that one's baseline is too high for it
+// they stand lower.
+Unit Engine::roomForMarker(const BlockBox &item) const
+{
+    const MarkerData *marker = item.rare ? item.rare->marker.get() : nullptr;
+    if (!marker || marker->inside || item.inlineContent) return {};
+    Unit ascent = lineAscentOf(markerStyle(item, *marker));
+    if (marker->image) ascent = std::max(ascent, marker->imageSize.height);
+    for (const Box *each = item.firstChild(); each; each = each->next()) {
+        const BlockBox *child = each->asBlock();
+        if (!child || child->isOutOfFlow()) continue;
+        if (const std::optional<Unit> baseline = firstBaseline(*child)) return std::max(Unit(), ascent - *baseline);
+    }
+    return {};
 }
 
 // Lines and what stands on them keep places from the border box.

@@ -130,6 +130,7 @@ private:
     PreferredWidths inlinePreferredWidths(BlockBox &box);
     PreferredWidths outerPreferredWidths(BlockBox &child);
     void placeMarker(BlockBox &item);
+    Unit roomForMarker(const BlockBox &item) const;
     Unit definiteHeight(const BlockBox &box, const Constraint &constraint) const;
 
     bool mQuirks, mLineHeightQuirk;

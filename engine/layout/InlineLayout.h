@@ -133,4 +133,7 @@ private:
     std::vector<std::pair<std::size_t, Unit>> mLateFloats;
 };
 
+/// How far a line of nothing but text reaches above its baseline.
+Unit lineAscentOf(const css::ComputedStyle &style);
+
 } // namespace layout

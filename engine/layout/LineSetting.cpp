@@ -98,6 +98,13 @@ void setMetrics(const css::ComputedStyle &style, Unit &ascent, Unit &descent, Un
 
 } // namespace
 
+Unit lineAscentOf(const css::ComputedStyle &style)
+{
+    Unit ascent, descent, textAscent, textDescent;
+    setMetrics(style, ascent, descent, textAscent, textDescent);
+    return ascent;
+}
+
 void InlineLayout::count(State &state)
 {
     if (state.counted) return;
@@ -136,7 +143,8 @@ void InlineLayout::openStates()
     mStates.push_back(root);
     mStack.push_back(0);
     const bool heldOpen = mContent.items.empty();
-    if (mReal && (!mEngine.lineHeightQuirk() || heldOpen)) count(mStates[0]);
+    // COMPAT: the lines of a list's item are as high as its text, in every mode.
+    if (mReal && (!mEngine.lineHeightQuirk() || heldOpen || mBlock.isListItem)) count(mStates[0]);
     for (InlineBox *box : mOpen) pushState(*box);
 }
 
