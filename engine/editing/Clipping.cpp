@@ -5,7 +5,7 @@
 #include "engine/editing/Operation.h"
 #include "engine/editing/Pasting.h"
 #include "engine/editing/RangeEdits.h"
-#include "engine/ranges/TextRange.h"
+#include "engine/ranges/RangeHtml.h"
 
 // Copying, cutting and pasting, but for the desktop's clipboard.
 
@@ -25,6 +25,16 @@ bool Editor::canCopy() const
     return index.countBefore(span.start) < index.countBefore(span.end);
 }
 
+/// The field, or the part that is edited by itself, that both ends stand in: what is copied is its content. With its tags
+/// the value of a field would come back as a field within the field.
+static const Element *placeOfContent(const Span &span, const Rendering &rendering)
+{
+    const Element *host = editingHost(*span.start.node);
+    for (const Element *at = span.start.element(); at && !rendering.isBlock(*at); at = at->parentElement())
+        if ((at == host || rendering.roleOf(*at) == Role::Field) && at->contains(*span.end.node)) return at;
+    return nullptr;
+}
+
 Snippet Editor::copied() const
 {
     Snippet snippet;
@@ -35,7 +45,7 @@ Snippet Editor::copied() const
         }
     } else if (canCopy()) {
         const Ref<TextRange> range(new TextRange(mSelection, mSelection.span()));
-        snippet.html = range->htmlText();
+        snippet.html = htmlWithin(*range, placeOfContent(mSelection.span(), *mRendering));
         snippet.text = range->text();
     }
     snippet.text.replace(QLatin1String("\r\n"), QLatin1String("\n"));

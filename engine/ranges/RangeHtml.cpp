@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "engine/ranges/RangeHtml.h"
+
 #include "engine/html/Serializer.h"
-#include "engine/ranges/TextRange.h"
 
 namespace ranges {
 
@@ -114,6 +115,11 @@ QString wholeHtml(const Element &element)
 
 QString htmlOf(const TextRange &range)
 {
+    return htmlWithin(range, nullptr);
+}
+
+QString htmlWithin(const TextRange &range, const Element *around)
+{
     TextIndex &index = range.index();
     uint32_t start = range.startCount();
     const uint32_t end = range.endCount();
@@ -144,7 +150,7 @@ QString htmlOf(const TextRange &range)
         if (top != body && index.countBefore(Position::startOf(*top)) >= start) return wholeHtml(*top);
     } else if (!index.rendering().isBlock(*top)) {
         Element *covered = nullptr;
-        for (Element *at = top; at && at != body && !index.rendering().isBlock(*at); at = at->parentElement()) {
+        for (Element *at = top; at && at != body && at != around && !index.rendering().isBlock(*at); at = at->parentElement()) {
             if (!coversContent(index, *at, start, end)) break;
             covered = at;
         }
