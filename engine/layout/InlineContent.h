@@ -23,13 +23,16 @@ struct InlineItem {
 
 enum class FragmentType : uint8_t { Text, Box, Atomic };
 
+/// Where a justified line grows.
+inline bool isJustified(QChar c) { return c == QLatin1Char(' ') || c == QChar(0xA0); }
+
 /// What an item shows on one line. `y` counts from the line's top, `x` from the block's border box. An inline element's
 /// fragment stands in front of those of its content.
 struct Fragment {
     Box *box = nullptr;
     uint32_t start = 0, end = 0; ///< collapsed text
     Unit x, y, width, height;
-    float wordSpacing = 0; ///< what justification adds to each blank, pixels
+    float wordSpacing = 0; ///< what justification adds to each `isJustified` unit, pixels
     uint32_t item = 0;
     FragmentType type = FragmentType::Text;
     uint8_t level = 0;

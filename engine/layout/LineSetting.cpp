@@ -251,24 +251,25 @@ bool InlineLayout::isLastLine() const
 void InlineLayout::justify(Unit room)
 {
     if (room.raw <= 0) return;
+    std::vector<int> blanks(mPieces.size());
     int gaps = 0;
-    const auto blanksOf = [&](const Piece &piece) {
+    bool atEnd = true; // only there blanks hang; those in front of an element's tag take their share
+    for (std::size_t i = mPieces.size(); i-- > 0;) {
+        const Piece &piece = mPieces[i];
         const InlineItem &item = mContent.items[piece.item];
-        if (item.type != ItemType::Text || !item.simple) return 0;
-        int blanks = 0;
-        const uint32_t end = visibleEnd(item, piece.start, piece.end);
-        for (uint32_t i = piece.start; i < end; ++i)
-            if (mContent.text[i] == QLatin1Char(' ') || mContent.text[i] == QChar(0xA0)) ++blanks;
-        return blanks;
-    };
-    for (std::size_t i = 0; i < mPieces.size(); ++i) gaps += blanksOf(mPieces[i]);
+        if (item.type == ItemType::Open || item.type == ItemType::Close || item.type == ItemType::Break) continue;
+        const bool isText = item.type == ItemType::Text;
+        const uint32_t end = isText && atEnd ? visibleEnd(item, piece.start, piece.end) : piece.end;
+        atEnd = atEnd && isText && end == piece.start;
+        for (uint32_t at = piece.start; isText && at < end; ++at) blanks[i] += isJustified(mContent.text[at]);
+        gaps += blanks[i];
+    }
     if (!gaps) return;
     const double each = room.toDouble() / gaps;
-    for (Piece &piece : mPieces) {
-        const int blanks = blanksOf(piece);
-        if (!blanks) continue;
-        piece.wordSpacing = float(each);
-        piece.width += Unit::from(each * blanks);
+    for (std::size_t i = 0; i < mPieces.size(); ++i) {
+        if (!blanks[i]) continue;
+        mPieces[i].wordSpacing = float(each);
+        mPieces[i].width += Unit::from(each * blanks[i]);
     }
 }
 

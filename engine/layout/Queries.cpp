@@ -161,11 +161,15 @@ Unit Queries::offsetInFragment(const InlineContent &content, const Fragment &fra
         x = TextShaper::simpleWidth(text, fontOf(style), spacing);
         if (fragment.wordSpacing != 0)
             for (const QChar c : text)
-                if (c == QLatin1Char(' ') || c == QChar(0xA0)) x += double(fragment.wordSpacing);
+                if (isJustified(c)) x += double(fragment.wordSpacing);
     } else {
         const ShapedText &shaped = content.shapes[std::size_t(item.shaped)];
         const double left = std::min(double(shaped.edges[fragment.start - item.start]), double(shaped.edges[fragment.end - item.start]));
         x = double(shaped.edges[offset - item.start]) - left;
+        const bool falling = fragment.level & 1; // what follows stands on the left
+        if (fragment.wordSpacing != 0)
+            for (uint32_t i = falling ? offset : fragment.start; i < (falling ? fragment.end : offset); ++i)
+                if (isJustified(content.text[i])) x += double(fragment.wordSpacing);
     }
     return std::min(Unit::round(x), fragment.width);
 }

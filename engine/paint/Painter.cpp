@@ -480,13 +480,21 @@ void Painter::paintGlyphs(const InlineContent &content, const Fragment &fragment
         const ShapedText &shaped = content.shapes[std::size_t(item.shaped)];
         const double a = double(shaped.edges[fragment.start - item.start]), b = double(shaped.edges[fragment.end - item.start]);
         const double left = std::min(a, b), right = std::max(a, b);
+        std::vector<double> blanks; // what justification adds to them moves the glyphs on their right
+        for (uint32_t i = fragment.wordSpacing != 0 ? fragment.start : fragment.end; i < fragment.end; ++i)
+            if (isJustified(content.text[i]))
+                blanks.push_back(std::min(double(shaped.edges[i - item.start]), double(shaped.edges[i + 1 - item.start])));
+        std::sort(blanks.begin(), blanks.end());
+        const auto added = [&](double x) {
+            return double(fragment.wordSpacing) * double(std::lower_bound(blanks.begin(), blanks.end(), x - 0.01) - blanks.begin());
+        };
         for (const GlyphSpan &span : shaped.spans) {
             GlyphSpan part;
             part.face = span.face;
             for (std::size_t i = 0; i < span.glyphs.size(); ++i)
                 if (span.positions[i].x() >= left - 0.01 && (span.positions[i].x() < right - 0.01 || left == right)) {
                     part.glyphs.push_back(span.glyphs[i]);
-                    part.positions.push_back(span.positions[i]);
+                    part.positions.push_back(span.positions[i] + QPointF(added(span.positions[i].x()), 0));
                 }
             draw(part, -left);
         }
