@@ -186,6 +186,8 @@ private:
     void selectUnit(DragSelect::Unit unit, const ranges::Position &at);
     dom::Element *fixedPart(dom::Node &node) const;
     dom::Element *wholePart(dom::Node &node) const;
+    dom::Element *objectPressed(const ranges::Position &at) const;
+    ranges::Position besidePart(const ranges::Position &at, QPoint client);
     dom::Element *spanToSelect(dom::Node &node) const;
     ranges::Position withinPart(const ranges::Position &anchor, const ranges::Position &focus) const;
     ranges::Position besideWidget(const ranges::Position &anchor, const ranges::Position &focus) const;
@@ -216,11 +218,12 @@ private:
     bool pasteAtPoint(QPoint client);
     void offerSelection();
     // With cells selected, these work on the cells.
-    enum class CellCommand : uint8_t { None, Delete, Copy, Cut };
+    enum class CellCommand : uint8_t { None, Delete, Copy, Cut, Paste };
     static CellCommand cellCommand(const QString &name);
     bool runOnCells(CellCommand command);
     bool canRunOnCells(CellCommand command) const;
     bool typeOverCells(const QString &text);
+    bool pasteOverCells();
     bool hasEditableCells() const;
     void cellsChanged();
     bool dragCells(QPoint client);

@@ -162,6 +162,7 @@ View::CellCommand View::cellCommand(const QString &name)
     const QLatin1String known(command ? command->name : "");
     if (known == QLatin1String("delete") || known == QLatin1String("forwardDelete")) return CellCommand::Delete;
     if (known == QLatin1String("copy")) return CellCommand::Copy;
+    if (known == QLatin1String("paste")) return CellCommand::Paste;
     return known == QLatin1String("cut") ? CellCommand::Cut : CellCommand::None;
 }
 
@@ -174,7 +175,8 @@ bool View::hasEditableCells() const
 
 bool View::canRunOnCells(CellCommand command) const
 {
-    return command == CellCommand::Copy ? !mCells.isEmpty() : hasEditableCells();
+    if (command == CellCommand::Copy) return !mCells.isEmpty();
+    return hasEditableCells() && (command != CellCommand::Paste || (mClipboard && mClipboard->holdsSnippet()));
 }
 
 static dom::Element *rowOf(const dom::Element &cell)
@@ -227,6 +229,7 @@ editing::Snippet View::copied() const
 bool View::runOnCells(CellCommand command)
 {
     if (mCells.isEmpty() || !canRunOnCells(command)) return false;
+    if (command == CellCommand::Paste) return pasteOverCells();
     if (command != CellCommand::Delete && mClipboard) mClipboard->put(copied());
     if (command == CellCommand::Copy) return true;
     const auto cells = mCells.cells();
@@ -247,6 +250,23 @@ bool View::typeOverCells(const QString &text)
     mCells.goWithStep(true);
     const bool done = mLoaded->editor().emptyCells(mCells.cells(), text);
     mCells.goWithStep(false);
+    return done;
+}
+
+/// What is pasted takes the place of all that the cells hold, as what is typed does.
+bool View::pasteOverCells()
+{
+    const editing::Snippet snippet = mClipboard->get();
+    const QScopedValueRollback<bool> selecting(mSelectingCells, true);
+    mCells.goWithStep(true);
+    bool done = false;
+    {
+        changes::ChangeTracker::Step step(mLoaded->tracker(), changes::Kind::Command);
+        done = mLoaded->editor().emptyCells(mCells.cells()) && mLoaded->editor().paste(snippet);
+        if (done) step.done();
+    }
+    mCells.goWithStep(false);
+    edited();
     return done;
 }
 

@@ -163,7 +163,12 @@ bool View::releaseSelection(const QMouseEvent &event)
     const Position pressed = mPressPlace, place = mDropPlace;
     const bool moved = stopDragging();
     mPressedAnchor = nullptr;
-    if (!moved && pressed && pressed.node->isConnected()) moveTo(pressed.clipped(), Extend::No); // it was a click
+    if (!moved && pressed && pressed.node->isConnected()) { // it was a click
+        if (dom::Element *const object = objectPressed(pressed.clipped()))
+            mLoaded->selection().setControl({base::Ref(object)});
+        else
+            moveTo(besidePart(pressed.clipped(), mLastClick), Extend::No);
+    }
     if (moved && place && place.node->isConnected())
         moveSelection(place.clipped(), event.modifiers() & Qt::ControlModifier);
     return true;

@@ -264,22 +264,12 @@ void View::mousePressed(const QMouseEvent &event)
     mCells.clear();
     if (pressOnSelection(event, position, inside)) return;
     ranges::SelectionObject &selection = mLoaded->selection();
-    if (dom::Element *fixed = wholePart(*position.node)) {
-        // On it, it is selected as one thing; beside it the caret comes to that side.
-        if (mPressed && fixed->contains(*mPressed)) return pressObject(*fixed);
-        const QRect box = elementRect(*fixed);
-        const bool behind = at.y() > box.bottom() || (at.y() >= box.top() && at.x() > box.center().x());
-        const Content content = Movement::contentFor(Position::before(*fixed), mLoaded->editor().rendering());
-        position = content.normalised(behind ? Position::after(*fixed) : Position::before(*fixed));
-    }
-    // A picture, a rule, a control: pressed, it is meant itself. Tables are selected from within or along their edges,
-    // and what is only sized takes the caret.
-    dom::Element *const object = mPressed ? mPressed->asElement() : nullptr;
-    const bool isMeant = object && ranges::isObject(*object) && !object->is(dom::names::table) && object->parentElement() &&
-                         object->parentElement()->isContentEditable();
-    if (isMeant && !(event.modifiers() & Qt::ShiftModifier)) return pressObject(*object);
-    if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     const bool extends = event.modifiers() & Qt::ShiftModifier;
+    dom::Element *const whole = wholePart(*position.node);
+    dom::Element *const object = objectPressed(position);
+    if (object && (object == whole || !extends)) return pressObject(*object);
+    position = besidePart(position, at);
+    if (mClicks == 3) return selectUnit(DragSelect::Unit::Block, position);
     // Text that is only read leaves the caret where something can be written. A drag selects it.
     if (!extends && !ranges::editingHost(*position.node) && mLoaded->editor().canEdit()) {
         mAtPress = selection.span();
@@ -310,6 +300,31 @@ dom::Element *View::wholePart(dom::Node &node) const
     const Position at = Position::startOf(node);
     if (!ranges::editingHost(node)) return nullptr;
     return Movement::contentFor(at, mLoaded->editor().rendering()).widgetAround(&node);
+}
+
+/// What was pressed and is meant as one thing: a widget or a part that is only read; a picture, a rule, a control. Null
+/// for text, and beside such a thing. Tables are selected from within or along their edges, and what is only sized takes
+/// the caret.
+dom::Element *View::objectPressed(const Position &at) const
+{
+    if (!mPressed || !mPressed->isConnected()) return nullptr;
+    dom::Element *const whole = wholePart(*at.node);
+    if (whole && whole->contains(*mPressed)) return whole;
+    dom::Element *const object = mPressed->asElement();
+    const bool isMeant = object && ranges::isObject(*object) && !object->is(dom::names::table) && object->parentElement() &&
+                         object->parentElement()->isContentEditable();
+    return isMeant ? object : nullptr;
+}
+
+/// Where the caret comes that a point beside a widget or a part that is only read would lead into it: to that side.
+Position View::besidePart(const Position &at, QPoint client)
+{
+    dom::Element *const whole = wholePart(*at.node);
+    if (!whole) return at;
+    const QRect box = elementRect(*whole);
+    const bool behind = client.y() > box.bottom() || (client.y() >= box.top() && client.x() > box.center().x());
+    const Content content = Movement::contentFor(Position::before(*whole), mLoaded->editor().rendering());
+    return content.normalised(behind ? Position::after(*whole) : Position::before(*whole));
 }
 
 /// The editable span that a click at the node selects: of a page that is read, if the caret isn't in it already.
