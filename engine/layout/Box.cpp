@@ -68,6 +68,7 @@ BlockBox *BlockBox::containingBlock() const
     BlockBox *box = blockParent();
     const Box *up = mParent;
     while (up) {
+        if (up->unseen) return const_cast<BlockBox *>(static_cast<const BlockBox *>(up)); // nothing leaves it
         if (up->isBlockBox()) box = const_cast<BlockBox *>(static_cast<const BlockBox *>(up));
         if (!up->parent()) break;
         // What is transformed holds everything inside, fixed boxes too.

@@ -88,6 +88,7 @@ public:
     bool moved : 1 = false; ///< transformed or sticky: shown elsewhere than where it is laid out
     bool inSumTree : 1 = false;
     bool doomed : 1 = false;
+    bool unseen : 1 = false; ///< an anonymous block of what closed details hold: laid out, but without height and never shown
     Pseudo pseudo = Pseudo::None;
 
 protected:

@@ -17,19 +17,6 @@ bool isTableChild(const Box &box)
            box.kind() == BoxKind::TableColumn || (box.isBlockBox() && isCaption(static_cast<const BlockBox &>(box)));
 }
 
-// Of closed details, the summary: all that shows of them. Null where everything shows, also where they have none, since
-// nobody could open them then.
-const dom::Element *closedSummary(const dom::Node *parent)
-{
-    const dom::Element *details = parent ? parent->asElement() : nullptr;
-    if (!details || !details->is(dom::names::details)) return nullptr;
-    static const dom::Atom open("open");
-    if (details->attribute(open)) return nullptr;
-    for (const dom::Node *child = details->firstChild(); child; child = child->nextSibling())
-        if (const dom::Element *element = child->asElement(); element && element->is(dom::names::summary)) return element;
-    return nullptr;
-}
-
 bool reusable(const Box &box, const Box &made)
 {
     return box.kind() == made.kind() && box.floating == made.floating && box.positioned == made.positioned &&
@@ -168,6 +155,7 @@ void BoxBuilder::rebuildChildren(BlockBox &block)
 
 bool BoxBuilder::rebuildAround(BlockBox &block, dom::ParentNode &parent, dom::Node *at)
 {
+    if (const dom::Element *details = parent.asElement(); details && closedSummary(*details)) return false;
     if (block.inlineContent || block.flow.empty() || block.kind() == BoxKind::Table || block.isTablePart() == true) {
         if (block.inlineContent || !block.isCell() || block.flow.empty()) return false;
     }
@@ -211,15 +199,29 @@ void BoxBuilder::collect(const StyleRef &style, dom::Node *from, dom::Node *to, 
 {
     if (mDepth > deepest) return;
     ++mDepth;
-    const dom::Element *summary = from ? closedSummary(from->parentNode()) : nullptr;
+    const dom::Element *details = from ? from->parentElement() : nullptr;
+    const dom::Element *summary = details ? closedSummary(*details) : nullptr;
+    List held;
     for (dom::Node *node = from; node && node != to; node = node->nextSibling()) {
-        if (summary && node != summary) continue;
+        List &into = summary && node != summary ? held : list;
         if (node->isText())
-            addText(*node, style, list);
+            addText(*node, style, into);
         else if (node->isElement())
-            addElement(static_cast<dom::Element &>(*node), list);
+            addElement(static_cast<dom::Element &>(*node), into);
     }
+    if (!held.empty()) list.push_back(unseenBlock(style, std::move(held)));
     --mDepth;
+}
+
+// What closed details hold stands behind their summary, in a block of its own that is laid out and not shown.
+Box *BoxBuilder::unseenBlock(const StyleRef &style, List &&list)
+{
+    auto *box = new BlockBox(BoxKind::Block, nullptr, style);
+    box->anonymous = box->formattingRoot = box->clips = box->unseen = true;
+    box->dependsOnHeight = true; // something in it may
+    ++mTree.mWork.boxesBuilt;
+    fill(*box, std::move(list));
+    return box;
 }
 
 void BoxBuilder::addText(dom::Node &node, const StyleRef &style, List &list)

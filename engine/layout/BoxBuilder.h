@@ -22,6 +22,7 @@ private:
     using List = std::vector<Box *>;
     /// Boxes of `from` and its siblings up to `to`.
     void collect(const StyleRef &style, dom::Node *from, dom::Node *to, List &list);
+    Box *unseenBlock(const StyleRef &style, List &&list);
     void addElement(dom::Element &element, List &list);
     void addPseudo(dom::Element &element, Pseudo pseudo, List &list);
     void addText(dom::Node &node, const StyleRef &style, List &list);

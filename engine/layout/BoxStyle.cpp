@@ -442,6 +442,15 @@ bool hasCollapsedBorders(const BlockBox &box)
     return false;
 }
 bool tableLayoutIsFixed(const ComputedStyle &style) { return style.box().tableLayout == css::TableLayout::Fixed; }
+const dom::Element *closedSummary(const dom::Element &details)
+{
+    static const dom::Atom open("open");
+    if (!details.is(dom::names::details) || details.attribute(open)) return nullptr;
+    for (const dom::Node *child = details.firstChild(); child; child = child->nextSibling())
+        if (const dom::Element *element = child->asElement(); element && element->is(dom::names::summary)) return element;
+    return nullptr;
+}
+
 bool isCaption(const BlockBox &box) { return !box.anonymous && box.kind() == BoxKind::Block && box.style().display() == css::Display::TableCaption; }
 bool captionIsBelow(const BlockBox &box) { return box.style().text().captionSide == css::CaptionSide::Bottom; }
 SectionKind sectionKindOf(const BlockBox &box)

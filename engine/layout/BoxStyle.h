@@ -117,6 +117,9 @@ bool bordersCollapse(const css::ComputedStyle &style);
 Size borderSpacingOf(const css::ComputedStyle &style);
 bool hasCollapsedBorders(const BlockBox &box); ///< a cell or table whose borders the table works out
 bool tableLayoutIsFixed(const css::ComputedStyle &style);
+/// Of closed details, the summary: all that shows of them. Null where everything shows, also where they have none, since
+/// nobody could open them then.
+const dom::Element *closedSummary(const dom::Element &details);
 bool isCaption(const BlockBox &box);
 bool captionIsBelow(const BlockBox &box);
 SectionKind sectionKindOf(const BlockBox &box);

@@ -479,6 +479,7 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     }
     if (box.isCell() && usedHeight(box, constraint)) height = std::max(height, content + frame.vertical());
     height = quirkHeight(*this, box, height);
+    if (box.unseen) height = {};
     if (box.isCell()) box.shift = {};
     box.height = std::max(height, frame.vertical());
     if (centresContent(box)) {
@@ -525,6 +526,7 @@ void Engine::shiftLines(BlockBox &box)
 
 Unit Engine::definiteHeight(const BlockBox &box, const Constraint &constraint) const
 {
+    if (box.unseen && !mQuirks) return Unit::fromRaw(-1);
     if (box.anonymous && !box.item) return constraint.height;
     const auto given = usedHeight(box, constraint);
     if (box.heightForced)

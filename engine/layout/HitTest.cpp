@@ -33,7 +33,7 @@ BlockBox *Queries::itemAt(const BlockBox &box, Point point)
     int64_t least = INT64_MAX;
     for (Box *each = box.lastChild(); each; each = each->previous()) {
         BlockBox *item = each->asBlock();
-        if (!item || !item->item) continue;
+        if (!item || !item->item || item->unseen) continue;
         const Point inner = point - item->position() - item->shownOffset();
         if (holds(*item, inner)) return item;
         const auto away = [](Unit at, Unit size) { return int64_t(at.raw < 0 ? -at.raw : at >= size ? at.raw - size.raw + 1 : 0); };
@@ -106,7 +106,9 @@ BlockBox *Queries::hitBlock(BlockBox &box, Point point, Point &local)
         return &box;
     }
     Unit top;
-    if (BlockBox *child = box.flow.empty() ? nullptr : box.childAt(point.y, &top)) return enter(*child);
+    BlockBox *child = box.flow.empty() ? nullptr : box.childAt(point.y, &top);
+    while (child && child->unseen) child = child->previousInFlow();
+    if (child) return enter(*child);
     local = point;
     return &box;
 }
@@ -237,6 +239,29 @@ Hit Queries::hitTest(QPointF point)
             if (up) hit.element = up->element();
         }
     return hit;
+}
+
+bool Queries::isOnMarker(const dom::Element &item, QPointF point)
+{
+    mTree.update();
+    Box *box = boxOf(item);
+    BlockBox *block = box ? box->asBlock() : nullptr;
+    if (!block || !block->rare || !block->rare->marker) return false;
+    const MarkerData &marker = *block->rare->marker;
+    if (!marker.inside) {
+        const Point at = localPoint(*block, point);
+        const Unit height = marker.image ? marker.imageSize.height : fontOf(block->style()).height();
+        const Unit top = marker.baseline - (marker.image ? height : fontOf(block->style()).ascent());
+        return Rect{marker.x, top, marker.width, height}.contains(at);
+    }
+    // It begins the item's first line, which may stand in an anonymous block.
+    while (block && !block->inlineContent) block = block->flow.empty() || !block->flow.at(0)->anonymous ? nullptr : block->flow.at(0);
+    if (!block || block->inlineContent->lines.empty()) return false;
+    const Point at = localPoint(*block, point);
+    const Line &line = block->inlineContent->lines.front();
+    for (const Fragment *f = block->inlineContent->begin(line); f != block->inlineContent->end(line); ++f)
+        if (f->box->pseudo == Pseudo::Marker && Rect{f->x, line.top, f->width, line.height}.contains(at)) return true;
+    return false;
 }
 
 Queries::Where Queries::locate(TextPosition position, bool atLineEnd)

@@ -298,6 +298,10 @@ void shareStyle(Box &box, const StyleRef &style)
     box.setStyle(style);
     box.flowValid = box.widthsValid = false;
     if (box.isTable()) gridChanged(&box);
+    if (BlockBox *block = box.asBlock(); block && block->anonymous) {
+        block->needsLayout = true;
+        if (block->inlineContent) block->inlineContent->itemsValid = false;
+    }
     for (Box *child = box.firstChild(); child; child = child->next())
         if (child->pseudo == Pseudo::None && (child->isText() || child->isAnonymous())) shareStyle(*child, style);
 }

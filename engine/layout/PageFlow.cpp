@@ -235,6 +235,7 @@ void FlowCollector::children(BlockBox &box, uint32_t span)
         if (!child) continue;
         if (child->floating) addFloat(*child, span, top);
         if (!child->inSumTree) continue;
+        if (child->unseen) continue;
         y += child->gap;
         previous = int32_t(block(*child, y, FlowSpan::Place::InFlow, int32_t(span), previous));
         y += child->height;

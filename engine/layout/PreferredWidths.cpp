@@ -14,7 +14,9 @@ PreferredWidths Engine::preferredWidths(BlockBox &box)
     if (box.widthsValid) return box.preferred;
     resolveEdges(box, Unit());
     PreferredWidths widths;
-    if (box.isReplaced()) {
+    if (box.unseen) {
+        // It asks for no room.
+    } else if (box.isReplaced()) {
         const bool forced = box.heightForced;
         box.heightForced = false; // what layout made of it says nothing about what it would like
         // Per cents of a width that isn't known: as a limit they are none, but let it become as narrow as can be.

@@ -43,6 +43,8 @@ public:
     QSize scrollSize(const dom::Element &element);
 
     Hit hitTest(QPointF point);
+    /// Whether the point is on the marker of a list item.
+    bool isOnMarker(const dom::Element &item, QPointF point);
     /// One pixel wide; empty where there is no place. At a wrapped line's end the caret stands on the next line, but for
     /// `atLineEnd`.
     QRectF caretRect(TextPosition position, bool atLineEnd = false);

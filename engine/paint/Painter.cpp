@@ -118,6 +118,7 @@ template <class Draw> void Painter::paintGroup(double opacity, const QRectF &ext
 // One stacking context, or a box that is painted like one: the order of CSS 2.1, appendix E.
 void Painter::paintContext(BlockBox &box, Point origin)
 {
+    if (box.unseen) return;
     const QTransform transform = transformOf(box);
     if (transform.isIdentity()) {
         paintUntransformed(box, origin);
@@ -209,6 +210,7 @@ void Painter::raise(BlockBox &box, Point origin)
 
 void Painter::paintPhase(BlockBox &box, Point origin, Phase phase, bool isRoot)
 {
+    if (box.unseen) return;
     ++mVisited;
     // What clips, or fades, or moves is painted as one.
     if (!isRoot && (box.clips || box.moved || (!box.anonymous && box.style().rare().opacity < 1))) {

@@ -9,7 +9,7 @@ using namespace dom;
 
 bool Content::isSkipped(const Node &node) const
 {
-    if (node.isText()) return static_cast<const Text &>(node).length() == 0;
+    if (node.isText() && static_cast<const Text &>(node).length() == 0) return true;
     return !mRendering.isDisplayed(node);
 }
 
@@ -207,7 +207,8 @@ Position Content::outOfObjects(const Position &p) const
     if (result.node->isComment()) result = Position::before(*result.node);
     for (Node *at = result.node.get(); at && at != mLimit.get(); at = at->parentNode()) {
         const Element *element = at->asElement();
-        if (element && (isObject(*element) || isBreak(*element) || !mRendering.isDisplayed(*element)))
+        if ((element && (isObject(*element) || isBreak(*element) || !mRendering.isDisplayed(*element))) ||
+            (at->isText() && !mRendering.isDisplayed(*at)))
             result = Position::before(*at);
     }
     return result;

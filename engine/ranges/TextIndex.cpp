@@ -27,7 +27,7 @@ TextIndex::~TextIndex()
 
 bool TextIndex::isSkipped(const Node &node) const
 {
-    return node.isText() ? static_cast<const Text &>(node).length() == 0 : !mRendering.isDisplayed(node);
+    return (node.isText() && static_cast<const Text &>(node).length() == 0) || !mRendering.isDisplayed(node);
 }
 
 TextRun *TextIndex::runOf(const Node &leaf) const
@@ -49,9 +49,23 @@ void TextIndex::note(Node &node)
     mPending.push_back({{}, Ref<Node>(&node)});
 }
 
+// What details hold shows or not, by their summary and whether they are open.
+void TextIndex::detailsChanged(Node *details)
+{
+    Element *element = details ? details->asElement() : nullptr;
+    if (element && element->is(names::details)) styleChanged(*element, true);
+}
+
+static bool isSummary(const Node &node)
+{
+    const Element *element = node.asElement();
+    return element && element->is(names::summary);
+}
+
 void TextIndex::inserted(Node &node)
 {
     note(node);
+    if (isSummary(node)) detailsChanged(node.parentNode());
 }
 
 void TextIndex::removed(Node &node, ParentNode &parent, Node *before)
@@ -63,6 +77,7 @@ void TextIndex::removed(Node &node, ParentNode &parent, Node *before)
         mPending.push_back({Ref<Node>(&parent), Ref<Node>(before)});
     else
         mBuilt = false;
+    if (isSummary(node)) detailsChanged(&parent);
 }
 
 void TextIndex::textReplaced(CharacterData &node, uint32_t, uint32_t, uint32_t)
@@ -74,6 +89,7 @@ void TextIndex::textReplaced(CharacterData &node, uint32_t, uint32_t, uint32_t)
 
 void TextIndex::attributeChanged(Element &element, Atom name, const QString *)
 {
+    if (mBuilt && name == Atom("open")) detailsChanged(&element);
     if (mBuilt && name == Atom("type") && element.is(names::input)) {
         if (TextRun *run = runOf(element)) drop(run, true);
         note(element);
@@ -194,7 +210,8 @@ Position TextIndex::outOfLeaves(const Position &p) const
     Position result = p;
     for (Node *at = p.node.get(); at && at != limit(); at = at->parentNode()) {
         const Element *element = at->asElement();
-        if (at->isComment() || (element && (isEmbedded(*element) || isBreak(*element) || !mRendering.isDisplayed(*at))))
+        if (at->isComment() || (element && (isEmbedded(*element) || isBreak(*element) || !mRendering.isDisplayed(*at))) ||
+            (at->isText() && !mRendering.isDisplayed(*at)))
             result = Position::before(*at);
     }
     return result;

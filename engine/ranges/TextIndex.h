@@ -121,6 +121,7 @@ private:
     bool isSkipped(const dom::Node &node) const;
     void ensure();
     void rebuild();
+    void detailsChanged(dom::Node *details);
     void note(dom::Node &node);
     void rescan(const Place &place);
     void rescan(const Position &from, const Position &to);

@@ -2,6 +2,7 @@
 #include "engine/surface/StyledRendering.h"
 
 #include "engine/dom/Names.h"
+#include "engine/layout/BoxStyle.h"
 
 namespace surface {
 
@@ -34,6 +35,11 @@ bool StyledRendering::preservesSpace(const Text &text) const
 
 bool StyledRendering::isDisplayed(const Node &node) const
 {
+    const Element *parent = node.parentElement();
+    if (parent && parent->is(names::details)) {
+        const Element *summary = layout::closedSummary(*parent);
+        if (summary && summary != &node) return false;
+    }
     if (node.isText()) return true;
     const Element *element = node.asElement();
     if (!element) return false;

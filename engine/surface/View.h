@@ -207,6 +207,7 @@ private:
     bool pressOnImage(QPoint client);
     bool moveOnImage(QPoint client);
     bool releaseOnImage(QPoint client);
+    bool pressOnSummary(QPoint client);
     bool hotSpotKey(const QKeyEvent &event);
     void paintHotSpots(QPainter &painter);
     editing::CommandContext commandContext();

@@ -256,7 +256,7 @@ void View::mousePressed(const QMouseEvent &event)
     mClicks = again ? mClicks % 3 + 1 : 1;
     mClickTimer.start();
     mLastClick = at;
-    if (pressOnImage(at) || selectFromEdge(at)) return;
+    if (pressOnImage(at) || pressOnSummary(at) || selectFromEdge(at)) return;
     mPressed = elementAt(at);
     bool inside = false;
     Position position = positionAt(toDocument(event.position()), &inside);
@@ -363,6 +363,7 @@ void View::mouseDoubleClicked(const QMouseEvent &event)
 {
     if (event.button() != Qt::LeftButton) return;
     if (mHotSpots.close()) return areaDrawn();
+    if (pressOnSummary(event.position().toPoint())) return;
     mClicks = 2;
     mClickTimer.start();
     mLastClick = event.position().toPoint();

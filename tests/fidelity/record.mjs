@@ -62,14 +62,13 @@ function boxesOfPage() {
     while (pending.length) {
         const [element, path] = pending.pop();
         const style = getComputedStyle(element), box = element.getBoundingClientRect();
-        const shown = element.checkVisibility() || style.display === 'contents'; // not what closed details hold
         rows.push([path, element.localName, element.offsetLeft ?? null, element.offsetTop ?? null,
                    element.offsetWidth ?? null, element.offsetHeight ?? null, rounded(box.x + left), rounded(box.y + top),
                    rounded(box.width), rounded(box.height), style.display, style.position === 'static' ? '' : style.position,
-                   style.cssFloat === 'none' ? '' : style.cssFloat, shown ? element.getClientRects().length : 0]);
+                   style.cssFloat === 'none' ? '' : style.cssFloat, element.getClientRects().length]);
         let index = 0;
         for (const node of element.childNodes) {
-            if (node.nodeType === Node.TEXT_NODE && shown) visitText(node, path, index);
+            if (node.nodeType === Node.TEXT_NODE && style.display !== 'none') visitText(node, path, index);
             ++index;
         }
         for (let i = element.children.length - 1; i >= 0; --i) pending.push([element.children[i], `${path}.${i}`]);

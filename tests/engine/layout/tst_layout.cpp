@@ -291,6 +291,38 @@ private Q_SLOTS:
             QVERIFY2(difference.isEmpty(), qPrintable(QString("step %1: %2").arg(step).arg(difference)));
         }
     }
+    void randomlyOpenedDetailsEqualAFreshLayout()
+    {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        QRandomGenerator random(seed);
+        Page page("<details id=a>text<div>one</div><summary>s <b>t</b></summary><p>two<details id=b><summary style='float:left'>u</summary>in <i>it</i><div>x</div></details>"
+                  "<details id=c style='display:contents'><summary>v</summary><ul><li>y</ul></details></details><p>end</p>");
+        page.tree.update();
+        const char *tags[] = {"summary", "div", "span", "details"};
+        const char *styles[] = {"", "display:flex", "color:red;font-size:20px", "display:inline", "position:relative", "float:left", "display:contents", "overflow:hidden"};
+        for (int step = 0; step < 400; ++step) {
+            std::vector<dom::Element *> elements;
+            for (dom::Node *n = page.document->body()->firstChild(); n; n = n->next(page.document->body()))
+                if (n->isElement()) elements.push_back(n->asElement());
+            dom::Element &element = *elements[random.bounded(quint32(elements.size()))];
+            const int action = random.bounded(5);
+            const QString empty, style = styles[random.bounded(8)];
+            if (action < 2) {
+                dom::RawTree::setAttribute(element, "open", element.hasAttribute(dom::Atom("open")) ? nullptr : &empty);
+            } else if (action == 2) {
+                dom::RawTree::setAttribute(element, "style", &style);
+            } else if (action == 3 || elements.size() < 12) {
+                auto child = page.document->createElement(tags[random.bounded(4)]);
+                if (random.bounded(2)) dom::RawTree::insert(*child, *page.document->createTextNode("more"), nullptr);
+                dom::RawTree::insert(element, *child, element.childAt(random.bounded(element.childCount() + 1)));
+            } else {
+                dom::RawTree::remove(element);
+            }
+            if (random.bounded(3) == 0) continue;
+            const QString difference = page.tree.compareWithFresh();
+            QVERIFY2(difference.isEmpty(), qPrintable(QString("seed %1, step %2: %3").arg(seed).arg(step).arg(difference)));
+        }
+    }
 };
 
 QTEST_MAIN(LayoutTest)
