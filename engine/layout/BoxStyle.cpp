@@ -376,12 +376,13 @@ Unit blockAlignShift(const BlockBox &box, Unit free)
 }
 
 // Whether a margin is the one that the browser's own sheet gives: such margins vanish at the edges of cells and of the
-// body in quirks mode.
+// body in quirks mode. COMPAT: of the margins below, only those of paragraphs and of preformatted text do.
 bool isQuirkyMargin(const BlockBox &box, bool top)
 {
     const dom::Element *element = box.element();
     if (!element || box.anonymous) return false;
     using namespace dom::names;
+    if (!top && !element->is(p) && !element->is(pre) && !element->is(listing) && !element->is(xmp) && !element->is(plaintext)) return false;
     static const std::pair<dom::Atom, double> known[] = {{p, 1}, {ul, 1}, {ol, 1}, {dl, 1}, {dir, 1}, {menu, 1}, {pre, 1}, {blockquote, 1},
         {h1, .67}, {h2, .83}, {h3, 1}, {h4, 1.33}, {h5, 1.67}, {h6, 2.33}, {listing, 1}, {xmp, 1}, {plaintext, 1}};
     for (const auto &[name, ems] : known)
@@ -395,11 +396,6 @@ bool isQuirkyMargin(const BlockBox &box, bool top)
 bool dropsQuirkyMargins(const Engine &engine, const BlockBox &box)
 {
     return engine.quirks() && (box.isCell() || (box.element() && box.element()->is(dom::names::body)));
-}
-bool quirkyBottomIgnored(const Engine &engine, const BlockBox &box)
-{
-    if (!engine.quirks() || !box.isCell() || box.flow.empty()) return false;
-    return isQuirkyMargin(*box.flow.at(box.flow.size() - 1), false);
 }
 Unit quirkHeight(const Engine &engine, const BlockBox &box, Unit height)
 {

@@ -106,7 +106,6 @@ Unit blockAlignShift(const BlockBox &box, Unit free);
 /// A cell, or the body, in quirks mode.
 bool dropsQuirkyMargins(const Engine &engine, const BlockBox &box);
 bool isQuirkyMargin(const BlockBox &box, bool top);
-bool quirkyBottomIgnored(const Engine &engine, const BlockBox &box);
 Unit quirkHeight(const Engine &engine, const BlockBox &box, Unit height);
 Unit quirkPercentBase(const Engine &engine, const BlockBox &box, const Constraint &constraint);
 std::optional<Unit> atomicBaseline(const Engine &engine, const BlockBox &box);

@@ -113,7 +113,7 @@ void Engine::updateFlowMemo(BlockBox &box, Unit containingWidth)
     if (!empty || !open || box.border.bottom || box.padding.bottom || hasMinimumHeight(box)) return;
     if (!heightIsAuto(box) && !heightIsZero(box)) return;
     box.collapsesThrough = true;
-    box.topStrut.add(box.marginBottom);
+    box.topStrut.add(box.marginBottom, mQuirks && isQuirkyMargin(box, false));
 }
 
 bool Engine::avoidsFloats(const BlockBox &box) const
@@ -281,7 +281,7 @@ void Engine::placeChild(BlockBox &parent, BlockBox &child, FlowState &state, con
         if (cleared) { // what follows stands below the floats, too
             state.y = top;
             state.strut = {};
-            state.strut.add(child.marginBottom);
+            state.strut.add(child.marginBottom, mQuirks && isQuirkyMargin(child, false));
         } else if (!joins) {
             state.strut = strut;
         }
@@ -461,7 +461,7 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
     if (collapsesWithLast(box)) {
         below = joinsTop ? MarginStrut{} : state.strut;
     } else if (!joinsTop && !(state.atTop && !box.formattingRoot && false)) {
-        if (!(quirkyBottomIgnored(*this, box) && state.strut.sum().raw > 0)) content += state.strut.sum();
+        content += (quirks() && box.isCell() ? state.strut.withoutQuirky() : state.strut).sum();
     }
     if (box.isListItem) {
         box.shift = roomForMarker(box);
@@ -491,7 +491,7 @@ void Engine::finishHeight(BlockBox &box, const Constraint &constraint, const Flo
         return;
     }
     box.collapsesThrough = false;
-    below.add(box.marginBottom);
+    below.add(box.marginBottom, mQuirks && isQuirkyMargin(box, false));
     box.bottomStrut = below;
 }
 

@@ -51,6 +51,28 @@ class TablesTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    // COMPAT: in quirks mode the margins above go, and of those below a paragraph's and preformatted text's, however deep.
+    void aQuirkyCellLosesSomeMargins_data()
+    {
+        QTest::addColumn<QString>("content");
+        QTest::addColumn<double>("height");
+        QTest::newRow("paragraph") << "<p>x</p>" << 10.0;
+        QTest::newRow("paragraph in a block") << "<div><p>x</p></div>" << 10.0;
+        QTest::newRow("paragraph behind text") << "x<p>x</p>" << 36.0;
+        QTest::newRow("preformatted") << "<pre style='font-size:16px'>x</pre>" << 10.0;
+        QTest::newRow("list") << "<ul><li>x</ul>" << 26.0;
+        QTest::newRow("paragraph in a list") << "<ul><li><p>x</p></ul>" << 26.0;
+        QTest::newRow("descriptions") << "<dl><dd>x</dl>" << 26.0;
+        QTest::newRow("quotation") << "<blockquote>x</blockquote>" << 26.0;
+        QTest::newRow("heading") << "<h1 style='font-size:100px'>x</h1>" << 77.0;
+    }
+    void aQuirkyCellLosesSomeMargins()
+    {
+        QFETCH(QString, content);
+        QFETCH(double, height);
+        LaidOutPage page("<table cellpadding=0 style='line-height:10px'><tr><td id=a>" + content + "</table>");
+        QCOMPARE(page.box("a").height(), height);
+    }
     void typingLooksAtOneRow_data()
     {
         QTest::addColumn<QString>("start");
