@@ -123,7 +123,10 @@ void InlineLayout::textLine(FlowState &state)
 void InlineLayout::clearBehindBreak(FlowState &state)
 {
     if (!mForced || mPieces.empty() || !mArea.context) return;
-    const Box &lineBreak = *mContent.items[mPieces.back().item].box;
+    const auto isBreak = [this](const Piece &piece) { return mContent.items[piece.item].type == ItemType::Break; };
+    const auto last = std::find_if(mPieces.rbegin(), mPieces.rend(), isBreak);
+    if (last == mPieces.rend()) return;
+    const Box &lineBreak = *mContent.items[last->item].box;
     if (lineBreak.kind() != BoxKind::LineBreak) return;
     const auto side = clearOf(lineBreak);
     if (!side) return;
@@ -327,11 +330,23 @@ void InlineLayout::fill()
             mForced = true;
             mOffset = item.end;
             ++mItem;
+            endElements();
             return;
         case ItemType::Block:
             mAtBlock = true;
             return;
         }
+    }
+}
+
+// Elements that end right behind a break end on its line, and open none of their own.
+void InlineLayout::endElements()
+{
+    for (; mItem < mContent.items.size() && mContent.items[mItem].type == ItemType::Close; ++mItem) {
+        const InlineItem &item = mContent.items[mItem];
+        const Unit edge = closeEdge(static_cast<const InlineBox &>(*item.box));
+        mPieces.push_back({mItem, item.start, item.start, edge, {}, {}, 0, false, item.level});
+        mUsed += edge;
     }
 }
 

@@ -60,6 +60,7 @@ private:
     // Filling
     void fill();
     bool addText();
+    void endElements();
     bool addAtomic();
     void addFloat();
     bool overflows(Unit width) const;
