@@ -100,7 +100,6 @@ meter, progress { display: inline-block; width: 10em; height: 1em; vertical-alig
 meter { width: 5em }
 details > summary { display: list-item; list-style-position: inside; list-style-type: "\25BA  " }
 details[open] > summary { list-style-type: "\25BC  " }
-noscript { display: none }
 dialog:not([open]) { display: none }
 dialog { position: absolute; left: 0; right: 0; margin: auto; border: 1px solid black; padding: 1em; background-color: white; color: black; width: fit-content; height: fit-content }
 slot { display: contents }
