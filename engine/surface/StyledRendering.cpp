@@ -33,11 +33,25 @@ bool StyledRendering::preservesSpace(const Text &text) const
     return !mStyles.styleFor(const_cast<Element &>(*parent))->collapsesSpaces();
 }
 
+// Each child of details asks for their summary, which may stand far behind it or not at all.
+const Element *StyledRendering::closedSummaryOf(const Element &details) const
+{
+    static const Atom open("open");
+    if (details.attribute(open)) return nullptr;
+    const uint64_t version = details.document().structureVersion();
+    if (!details.isConnected() || mDetails != &details || mDetailsVersion != version) {
+        mDetails = &details;
+        mDetailsVersion = version;
+        mSummary = layout::closedSummary(details);
+    }
+    return mSummary;
+}
+
 bool StyledRendering::isDisplayed(const Node &node) const
 {
     const Element *parent = node.parentElement();
     if (parent && parent->is(names::details)) {
-        const Element *summary = layout::closedSummary(*parent);
+        const Element *summary = closedSummaryOf(*parent);
         if (summary && summary != &node) return false;
     }
     if (node.isText()) return true;

@@ -29,7 +29,13 @@ public:
     void styleChanged(dom::Element &element, css::Difference difference) override;
 
 private:
+    const dom::Element *closedSummaryOf(const dom::Element &details) const;
+
     layout::StyleSource &mStyles;
+    // The details last asked about; never followed, only compared.
+    mutable const dom::Element *mDetails = nullptr;
+    mutable const dom::Element *mSummary = nullptr;
+    mutable uint64_t mDetailsVersion = 0;
     ranges::TextIndex *mIndex = nullptr;
     std::function<ranges::Role(const dom::Element &)> mRoleOf;
 };
