@@ -44,10 +44,18 @@ bool isMisspellingMarker(const IHTMLElement *e)
     return e->className() == QLatin1String(misspelled);
 }
 
+/// A widget's buttons have names too, but are no places for a value: nobody types into their captions.
+bool isWidgetButton(const QString &id)
+{
+    return id == QLatin1String("editwidget") || id == QLatin1String("deletewidget");
+}
+
 bool isNamedOrMarked(const IHTMLElement &e)
 {
     static const dom::Atom contentEditable("contenteditable");
-    return !e.idAttribute().isEmpty() || e.hasAttribute(contentEditable);
+    if (e.hasAttribute(contentEditable)) return true;
+    const QString id = e.idAttribute();
+    return !id.isEmpty() && !isWidgetButton(id);
 }
 
 } // namespace
