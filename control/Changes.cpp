@@ -117,6 +117,7 @@ void Changes::Undo()
             if (manager) manager->Flush();
             const surface::View::CellsStay stay(ed.view()); // those that the undo has selected again
             modMain::RestoreSelectionPoint(mHost.mDoc(), mState.mSelectionLength, mState.mSelectionCharactersFromStart);
+            ed.view().showSelection(); // whoever takes something back wants to see it
         }
         clearCellHighlights();
         mEvents.ed_CommandStateChange(-1, -1);
@@ -136,6 +137,7 @@ void Changes::Redo()
             else
                 manager->Redo();
             if (manager) manager->Flush();
+            ed.view().showSelection();
         }
         mEvents.ed_CommandStateChange(-1, -1);
     });

@@ -298,10 +298,16 @@ dom::Element *View::caretElement()
 void View::edited()
 {
     if (!mLoaded) return;
-    updateScrollBars();
-    ensureVisible(caretBox());
+    showSelection();
     showCaret();
     commandStatesChanged();
+}
+
+void View::showSelection()
+{
+    if (!mLoaded) return;
+    updateScrollBars();
+    ensureVisible(caretBox());
 }
 
 /// Told behind the records of what is under way: who asks then whether there is something to undo gets the new answer.

@@ -89,6 +89,8 @@ public:
         View &mView;
         base::Ref<dom::Element> mPart; ///< null where all of the page can be edited
     };
+    /// Scrolls as far as it must for the moving end of the selection to be seen.
+    void showSelection();
     /// The area of an image map that is selected; null for none, and once it has gone.
     dom::Element *selectedArea() const;
     void selectArea(dom::Element *area);
