@@ -55,14 +55,14 @@ bool isMarker(const IHTMLElement &span)
     return span.className().compare(markerClass, Qt::CaseInsensitive) == 0;
 }
 
-/// Puts what a misspelling marker holds in its place. A word is put back as text: read as HTML, "a<b" would lose its
-/// end. Elements, which come into a marker where somebody makes half of a word bold, stay elements.
+/// Puts the word that a misspelling marker holds in its place, as text: read as HTML, "a<b" would lose its end. A marker
+/// that holds more than a word, a picture or a line break, leaves all of that.
 void dissolve(IHTMLElement &marker)
 {
-    bool onlyText = true;
-    for (const dom::Node *child = marker.firstChild(); child; child = child->nextSibling())
-        onlyText = onlyText && child->isText();
-    if (onlyText) {
+    bool isWord = true;
+    for (const dom::Node *node = marker.firstChild(); node; node = node->next(&marker))
+        if (const dom::Element *element = node->asElement()) isWord = isWord && !element->isVoid() && element->firstChild();
+    if (isWord) {
         marker.insertAdjacentText(QStringLiteral("afterend"), marker.innerText());
     } else if (dom::Node *const parent = marker.parentNode()) {
         while (dom::Node *const child = marker.firstChild())
