@@ -143,8 +143,7 @@ void InlineLayout::openStates()
     mStates.push_back(root);
     mStack.push_back(0);
     const bool heldOpen = mContent.items.empty();
-    // COMPAT: the lines of a list's item are as high as its text, in every mode.
-    if (mReal && (!mEngine.lineHeightQuirk() || heldOpen || mBlock.isListItem)) count(mStates[0]);
+    if (mReal && (!mEngine.lineHeightQuirk() || heldOpen)) count(mStates[0]);
     for (InlineBox *box : mOpen) pushState(*box);
 }
 
@@ -208,6 +207,8 @@ void InlineLayout::measure()
         const InlineItem &item = mContent.items[piece.item];
         switch (item.type) {
         case ItemType::Open:
+            // COMPAT: a line of a list's item on which an element begins is as high as the item's text, in every mode.
+            if (mReal && mBlock.isListItem) count(mStates[0]);
             pushState(static_cast<InlineBox &>(*item.box));
             if (hasInlineEdges(static_cast<InlineBox &>(*item.box))) count(mStates.back());
             break;

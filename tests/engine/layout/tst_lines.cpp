@@ -45,6 +45,19 @@ class LinesTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void aQuirkyLineIsAsHighAsWhatStandsOnIt()
+    {
+        // As Chromium 156 has it. In an item of a list a line on which an element begins is as high as the item's text.
+        LaidOutPage page("<html><head><style>div,li{width:150px;line-height:1.5;font-size:16px} code{font-size:10px}</style></head><body>"
+                         "<div id=a><code>longlonglonglonglong longlonglonglonglong longlonglonglong</code></div>"
+                         "<ul><li id=b><code>longlonglonglonglong longlonglonglonglong longlonglonglong</code></ul>"
+                         "<ul style='list-style:none'><li id=c><code>longlonglonglonglong</code> <code>longlonglonglonglong longlonglonglong</code></ul>"
+                         "<ul><li id=d><b>b</b><br><code>longlonglonglonglong</code><br><code>longlonglonglonglong</code></ul>");
+        QCOMPARE(page.box("a").height(), 45.0);
+        QCOMPARE(page.box("b").height(), 54.0);
+        QCOMPARE(page.box("c").height(), 63.0);
+        QCOMPARE(page.box("d").height(), 72.0);
+    }
     void lettersKernAcrossTheEndsOfElements()
     {
         Page page("<style>div{font:32px 'Liberation Serif';width:max-content}</style><div id=whole>AVAV</div>"
