@@ -7,9 +7,16 @@ namespace ranges {
 
 using namespace dom;
 
+/// Texts have no style that could hide them: only what details hold may not show.
+static bool isHiddenText(const Node &node, const Rendering &rendering)
+{
+    const Element *parent = node.isText() ? node.parentElement() : nullptr;
+    return parent && parent->is(names::details) && !rendering.isDisplayed(node);
+}
+
 bool Content::isSkipped(const Node &node) const
 {
-    if (node.isText() && static_cast<const Text &>(node).length() == 0) return true;
+    if (node.isText()) return static_cast<const Text &>(node).length() == 0 || isHiddenText(node, mRendering);
     return !mRendering.isDisplayed(node);
 }
 
@@ -208,7 +215,7 @@ Position Content::outOfObjects(const Position &p) const
     for (Node *at = result.node.get(); at && at != mLimit.get(); at = at->parentNode()) {
         const Element *element = at->asElement();
         if ((element && (isObject(*element) || isBreak(*element) || !mRendering.isDisplayed(*element))) ||
-            (at->isText() && !mRendering.isDisplayed(*at)))
+            isHiddenText(*at, mRendering))
             result = Position::before(*at);
     }
     return result;

@@ -124,7 +124,7 @@ void tst_editing_work::isThatOfTheBlock()
     QVERIFY(many.dirty >= 1 && many.dirty <= 3);
     QCOMPARE(many.dirty, few.dirty);
     QVERIFY(many.bytes <= few.bytes + 40 * 6); // ids have more digits
-    QVERIFY2(few.asked < 600, qPrintable(QString::number(few.asked))); // texts are asked about, too
+    QVERIFY2(few.asked < 400, qPrintable(QString::number(few.asked)));
 }
 
 QTEST_GUILESS_MAIN(tst_editing_work)
